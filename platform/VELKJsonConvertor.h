@@ -1,0 +1,45 @@
+/*
+ * The camera stack's source of per-task and per-cluster tuning figures. The order of the virtual
+ * operations is the order of the closed class's table and must not change.
+ */
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "VELKTypes.h"
+
+enum ENUM_VELK_JSON_SOURCE : int32_t {
+    VELK_JSON_SOURCE_PLATFORM = 0,
+    VELK_JSON_SOURCE_CUSTOMER = 1,
+};
+
+class VELKJsonConvertor {
+  public:
+    // A new convertor, or an empty owner when the source has no data.
+    static std::unique_ptr<VELKJsonConvertor> createInstance(const ENUM_VELK_JSON_SOURCE& source,
+                                                             const VELKScenario& scenario,
+                                                             const VELKFeatureCustomization& custom);
+
+    virtual ~VELKJsonConvertor() = default;
+
+    virtual void reserved3() = 0;  // not called by the library
+
+    virtual int32_t getTaskTargetTime(const int& task) = 0;
+    virtual int32_t getTaskDefaultUclamp(const int& task) = 0;  // 0..1024
+    virtual int32_t getTaskSpecValue(const int& task) = 0;
+    virtual bool isVIPTask(const int& task) = 0;
+    // Task enum of the head of the task's group, 0 for none.
+    virtual int getGroupHeadTask(const int& task, const VELKTaskExtraParams& extra) = 0;
+
+    virtual void reserved9() = 0;  // not called by the library
+
+    // 0..1024, of CPU cluster 0..2 or of level position 0..7.
+    virtual uint32_t getClusterLevel(int index) = 0;
+    virtual uint32_t getClusterDefaultLevel(int cluster) = 0;
+    // Empty when the task is unknown.
+    virtual std::string getTaskName(const int& task) = 0;
+    // Called once, before any other operation.
+    virtual void load() = 0;
+};

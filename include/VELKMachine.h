@@ -1,0 +1,204 @@
+/*
+ * VELKMachine: what camera threads tell the CPU scheduling driver.
+ *
+ * Every operation is static, runs to completion on the calling thread and returns 0 on success and
+ * -1 on failure; the log says why. Each successful notification is one ioctl() on
+ * "/proc/velk/velk_ioctl", so every operation may block for as long as the driver takes.
+ *
+ * Threads. Any operation may be called from any thread at any time, also against init and uninit:
+ * a call finds the library down (-1) or finishes on a live instance. The last uninit waits for the
+ * calls that are already inside, never for later ones. Operations marked "global mutex" run one at
+ * a time. At process exit a call still running is left alone, and later calls return -1.
+ *
+ * Not allowed: calling the library from inside a platform callback (a convertor, the settings
+ * provider, ULogger, log, trace or property functions that the library is just calling), or from a
+ * signal handler. The tables of the platform are asked while locks are held.
+ *
+ * Exceptions. None is thrown by design; std::bad_alloc and what the platform classes throw reach
+ * the caller, after the trace section is closed and every lock is released. Unless an operation
+ * says otherwise, a call that throws leaves nothing behind and can simply be made again.
+ *
+ * Runtime switches (system properties): "vendor.debug.velk.debuglog" lets gated messages pass and
+ * is read once a process; "vendor.debug.velk.forceoff" switches init and markCriticalTask off.
+ * Every operation that does work brackets it in a trace section "VELK::" plus its name under the
+ * camera trace tag.
+ */
+#ifndef VELK_MACHINE_H
+#define VELK_MACHINE_H
+
+#include "VELKTypes.h"
+
+class VELKMachine {
+  public:
+    /*
+     * Brings the library up, or counts one more user when it is up already.
+     *
+     * The first user's call opens the control node, loads the tuning data for params.scenario and
+     * params.customization, sends command 27 (init) and applies the default single-shot controls
+     * (command 35, their results are ignored). They lie on the stack of handed-over controls.
+     *
+     * Returns 0 when the user was counted and, on a creating call, the driver took command 27.
+     * Returns -1 with nothing changed when the feature is switched off, the node exists but cannot
+     * be opened, or the platform has no tuning data. Returns -1 with the library up and the user
+     * counted (uninit is still needed) when only command 27 failed, for example because the device
+     * has no control node.
+     *
+     * Feature switch: yes. Locks: global mutex, for the whole call. Exceptions: a creating call
+     * that throws leaves the library down and the count unchanged.
+     */
+    VELK_API static int init(const VELKInitParams& params);
+
+    /*
+     * Takes one user back. The last one sends command 32 (uninit), waits for the unlocked calls
+     * that are inside and destroys the instance with all tables, ids and its descriptor. Also
+     * closes the descriptor that critical-task marking opened while the library was down.
+     *
+     * Returns 0 when the call was counted and, on the last one, the driver took command 32. Returns
+     * -1 when no user was left, or when command 32 failed (the library is down all the same).
+     *
+     * Feature switch: no. Locks: global mutex, for the whole call. Exceptions: the user is taken
+     * back and a last call completes the teardown even when it throws.
+     */
+    VELK_API static int uninit();
+
+    /*
+     * The calling thread starts one unit of camera work. `key` identifies the caller (only its
+     * value is used) and `task` the kind of work; the pair gets a unique task id on its first start
+     * and keeps it until the last uninit.
+     *
+     * The first start of a pair registers the task with command 28; a refused registration is kept,
+     * tried once more at once and again on every later start, and does not fail the start. Every
+     * start sends command 29 (thread id, unique task id) and records the thread as running the
+     * task, also when the driver refuses the command.
+     *
+     * `task`: an enum whose tuning data has a target time and a default uclamp above 0; below 21
+     * the platform's data is asked, from 22 the customer's, 21 is never valid. `extra`: flags for
+     * the registration; default {-1, 0, 0}.
+     *
+     * Returns 0 when the driver took command 29; -1 when the library is down, the task is invalid
+     * or the driver refused. Feature switch: no. Locks: global mutex, for the whole call.
+     * Exceptions: a pair whose registration was neither sent nor kept is forgotten (its id number
+     * is spent) and registered anew by its next start.
+     */
+    VELK_API static int notifyTaskStart(const void* key, int task,
+                                        const VELKTaskExtraParams& extra);
+    VELK_API static int notifyTaskStart(const void* key, int task);
+
+    /*
+     * The calling thread ends the unit of work of the pair: sends command 30 (thread id, unique
+     * task id) and marks every thread that runs this id as no longer running it, also when the
+     * driver refuses. The pair keeps its id.
+     *
+     * Returns 0 when the driver took the command; -1 when the library is down, the task is invalid
+     * (see notifyTaskStart), the pair never started, or the driver refused. Feature switch: no.
+     * Locks: global mutex, for the whole call.
+     */
+    VELK_API static int notifyTaskEnd(const void* key, int task);
+
+    /*
+     * The task that the calling thread is running has entered another scene: sends command 31 with
+     * the thread id, the unique task id of the first active start of `task` on this thread, and
+     * `mode` unchanged.
+     *
+     * Returns 0 when the driver took the command; -1 when the library is down, this thread runs no
+     * such task, or the driver refused. Feature switch: no. Locks: a table lock for the look-up;
+     * none while the driver works.
+     */
+    VELK_API static int notifyTaskSceneChange(int task, VELKSceneChangeMode mode);
+
+    /*
+     * Activates the single-shot control that the settings hold for `category` in the current
+     * scenario, or in the fallback scenario 8; a category unknown to the settings stands for the
+     * first control handed over for it. Otherwise as the overload below.
+     *
+     * Returns 0 when the driver took command 35; -1 when the library is down, the category is not
+     * found, its control is out of range, or the driver refused. Feature switch: no. Locks: global
+     * mutex, for the whole call.
+     */
+    VELK_API static int notifySingleShotControl(int category);
+
+    /*
+     * Activates `control` and sends the merge of everything active as command 35: per value the
+     * maximum over the active controls, levels with the tuning data's floor. A control of category
+     * 0 goes onto a stack; another category's first control becomes its default while the library
+     * is up. The control stays active when the driver refuses, until it is reset.
+     *
+     * Critical tasks are sent as the unique task ids that exist for their task enums, at most 20;
+     * with none or more the record goes out without ids and an error is logged.
+     *
+     * Returns 0 when the driver took the command; -1 when the library is down, the control is out
+     * of range (see VELKSingleShotControl; nothing is changed), or the driver refused. Feature
+     * switch: no. Locks: table locks, one at a time, none while the driver works.
+     */
+    VELK_API static int notifySingleShotControl(const VELKSingleShotControl& control);
+
+    /*
+     * Withdraws a control and sends the merge of what stays active as command 35 with the reset
+     * flag. Category 0 (and the overload without argument) takes the newest handed-over control off
+     * the stack; any other category withdraws the control that the settings give for it now. A
+     * value leaves the merge with all its equals, also those of other active controls.
+     *
+     * Returns 0 when the driver took the command; -1 when the library is down, the category is not
+     * found, the stack is empty, the control is out of range, or the driver refused (the control is
+     * withdrawn all the same). Feature switch: no. Locks: global mutex, for the whole call.
+     */
+    VELK_API static int notifyResetSingleShotControl();
+    VELK_API static int notifyResetSingleShotControl(int category);
+
+    /*
+     * The caller's work becomes critical. While the library is up this is
+     * notifySingleShotControl(user) and returns its result. While it is down, the settings'
+     * control of `user` for scenario 8 goes to the driver unmerged as command 35, through a
+     * descriptor that stays open for the next init or uninit; without such a control nothing is
+     * sent and the result is 0. The overload without argument marks for user 4.
+     *
+     * Returns 0 on success; -1 when the feature is switched off, the node cannot be opened, or the
+     * driver refused. Feature switch: yes. Locks: none while the library is down; else those of
+     * notifySingleShotControl(int). Two first calls racing may both open the node; the later
+     * descriptor is used and the earlier one stays open and idle.
+     */
+    VELK_API static int markCriticalTask();
+    VELK_API static int markCriticalTask(int user);
+
+    /*
+     * The caller's work is critical no longer: a control in its default state is notified like any
+     * handed-over control while the library is up, or sent unmerged while it is down (command 35).
+     *
+     * Returns 0 when the driver took the command; -1 when the node cannot be opened or the driver
+     * refused. Feature switch: no. Locks: global mutex, for the whole call.
+     */
+    VELK_API static int unsetCriticalTask();
+
+    /*
+     * The calling thread starts (command 36: thread id and critical value) or ends (command 37:
+     * thread id) a critical piece of `task`. The critical value is the larger of the task's default
+     * uclamp and what the active single-shot controls ask for it. Start and end must come from the
+     * thread that does the work; the library does not pair them.
+     *
+     * `task`: an enum whose tuning data has a default uclamp above 0 (see notifyTaskStart). Returns
+     * 0 when the driver took the command; -1 when the library is down, the task is unknown, or the
+     * driver refused. Feature switch: no. Locks: the start takes a table lock for the value; none
+     * while the driver works.
+     */
+    VELK_API static int notifySingleShotCriticalTaskStart(int task);
+    VELK_API static int notifySingleShotCriticalTaskEnd(int task);
+
+    /*
+     * The pipeline passes an anchor point: command 38 with the anchor, the phase, `serial`
+     * unchanged, and the anchor's targets of the current scenario (start: latency and jitter; end:
+     * jitter alone). The customer's non-zero targets override the platform's; the properties
+     * "vendor.debug.velk.latencySpec" and "vendor.debug.velk.jitterSpec", read on each call, set to
+     * anchor * 100000 + target, override both and switch the targets of all other anchors off.
+     *
+     * A start of an anchor with neither target fails and makes the anchor invalid until the last
+     * uninit: every later start and end of it fails at once. An end does not validate.
+     *
+     * Returns 0 when the driver took the command; -1 when the library is down, the anchor is
+     * invalid, or the driver refused. Feature switch: no. Locks: the anchor lock while the targets
+     * are looked up; none while the driver works.
+     */
+    VELK_API static int notifyAnchorPointStart(int anchor, unsigned int serial);
+    VELK_API static int notifyAnchorPointEnd(int anchor, unsigned int serial);
+};
+
+#endif  // VELK_MACHINE_H

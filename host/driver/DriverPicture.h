@@ -1,0 +1,71 @@
+/*
+ * What the driver model knows at one moment. An init command begins a new session: it clears the
+ * tasks, threads and spans. An uninit leaves them, so that what was still active can be told.
+ */
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/CommandTable.h"
+
+namespace desk {
+
+struct TaskPicture {
+    VELK_TASK_INIT_PARAM registration = {};  // as last received
+    bool isRegistered = false;               // false: every registration of it was refused
+    uint64_t starts = 0;                     // accepted ones
+    uint64_t ends = 0;                       // runs that were ended
+    int64_t totalRunNs = 0;                  // of the ended runs
+    int64_t longestRunNs = 0;
+};
+
+struct RunningThread {
+    uint32_t tid = 0;
+    uint32_t uniqueTaskId = 0;
+    int64_t sinceNs = 0;
+};
+
+struct CriticalSpan {
+    uint32_t tid = 0;
+    int32_t criticalValue = 0;
+    int64_t sinceNs = 0;
+};
+
+struct CallCounters {
+    uint64_t accepted = 0;  // with the noted ones
+    uint64_t noted = 0;
+    uint64_t refusedAsTold = 0;
+    uint64_t refused = 0;
+};
+
+struct FindingCount {
+    std::string finding;
+    uint64_t count = 0;
+    uint64_t firstSequence = 0;
+};
+
+struct DriverPicture {
+    bool isInitialised = false;
+    size_t openDescriptors = 0;
+    std::optional<VELK_INIT_PARAM> init;            // the last accepted one
+    std::vector<TaskPicture> tasks;                 // by unique task id
+    std::vector<RunningThread> running;             // by thread id, then unique task id
+    std::vector<CriticalSpan> spans;                // by thread id
+    std::optional<VELK_SINGLE_SHOT_PARAM> control;  // the last accepted one: the merged control
+    std::optional<uint32_t> fps;
+
+    CallCounters opens;
+    CallCounters closes;
+    std::array<CallCounters, VELK_COMMANDS.size()> commands = {};  // by place in the command table
+    CallCounters otherRequests;          // requests that are none of the table
+    uint64_t refusedRegistrations = 0;   // every refused command 28
+    uint64_t replayedRegistrations = 0;  // accepted ones of a task that was refused before
+    std::vector<FindingCount> findings;  // by first appearance
+};
+
+}  // namespace desk

@@ -27,7 +27,7 @@ struct DriverEvent {
     DriverCall call = DriverCall::Command;
     Verdict verdict = Verdict::Accepted;
     uint64_t sequence = 0;  // 1, 2, 3, ... in the order in which the model took the calls
-    int64_t timeNs = 0;     // the model's clock, normally CLOCK_MONOTONIC
+    int64_t timeNs = 0;     // of the desk's clock
     uint32_t tid = 0;       // the calling thread
     int descriptor = -1;    // -1 for an open that was refused
 

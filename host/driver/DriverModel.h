@@ -20,10 +20,6 @@
 
 namespace desk {
 
-// Nanoseconds. Called with the model locked, so it must not call the model.
-using DriverClock = int64_t (*)() noexcept;
-int64_t monotonicNowNs() noexcept;
-
 // Thread-safe. The calls of the node return 0 or a negated errno, as a driver does.
 class DriverModel {
   public:
@@ -39,12 +35,11 @@ class DriverModel {
     int close(int descriptor, uint32_t tid);
 
     void setMisbehaviour(const Misbehaviour& misbehaviour);
-    void setClock(DriverClock clock);
     // Null removes it. A notification that is under way on another thread may still be finishing.
     void setObserver(std::shared_ptr<DriverObserver> observer);
 
     DriverPicture picture() const;
-    // Forgets everything but the clock, the observer and the descriptors that are open.
+    // Forgets everything but the observer and the descriptors that are open.
     void reset();
 
   private:

@@ -168,7 +168,7 @@ inline constexpr uint32_t VELK_LIMIT_NONE_ACTIVE = 999999;
 
 template <typename Record>
 inline constexpr bool isWireRecord =
-        std::is_trivially_copyable_v<Record> && std::has_unique_object_representations_v<Record>;
+        std::is_trivially_copyable_v<Record>&& std::has_unique_object_representations_v<Record>;
 static_assert(isWireRecord<VELK_INIT_PARAM> && isWireRecord<VELK_TASK_INIT_PARAM> &&
               isWireRecord<VELK_TASK_PARAM> && isWireRecord<VELK_UNINIT_PARAM> &&
               isWireRecord<VELK_VSYNC_PARAM> && isWireRecord<VELK_CAM_FPS_PARAM> &&

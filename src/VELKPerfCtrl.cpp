@@ -1,0 +1,697 @@
+/*
+ * The entry operations: lifecycle, tasks, single-shot controls, critical tasks, anchor points and
+ * frame information. Each reads like the steps it performs; the tables are VELKRescManagement's.
+ *
+ * Who may use the instance. Operations under the global mutex use gResource. All others count
+ * themselves inside and use what gPublishedResource shows them: whoever takes the instance away
+ * hides it, waits for those inside, and only then destroys it. A descriptor in gDeviceFd is taken
+ * away in the same manner.
+ */
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "VELKInfoNotifier.h"
+#include "VELKMachine.h"
+#include "VELKSettingsProvider.h"
+#include "foundation/ActiveCalls.h"
+#include "foundation/CommandChannel.h"
+#include "foundation/LogGate.h"
+#include "foundation/NeverDestroyed.h"
+#include "foundation/Rollback.h"
+#include "foundation/RuntimeSwitches.h"
+#include "foundation/ThreadSafety.h"
+#include "foundation/TraceSection.h"
+#include "resource/AnchorTargets.h"
+#include "resource/SingleShotRecord.h"
+#include "resource/VELKRescManagement.h"
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = -1;
+
+constexpr int32_t kDefaultTuningParam1 = 10;
+constexpr int32_t kDefaultTuningParam2 = 65;
+constexpr int32_t kMinTargetTime = 5;
+constexpr size_t kMaxShortName = sizeof(VELK_TASK_INIT_PARAM::taskName) - 1;
+constexpr int kDefaultUser = 4;
+constexpr int kUserCategory = 0;
+
+constinit NeverDestroyed<std::mutex> gGlobalMutexStorage;
+std::mutex& gGlobalMutex = gGlobalMutexStorage.object;
+
+constinit NeverDestroyed<std::unique_ptr<VELKRescManagement>> gResourceStorage;
+std::unique_ptr<VELKRescManagement>& gResource VELK_GUARDED_BY(gGlobalMutex) =
+        gResourceStorage.object;
+
+constinit std::atomic<VELKRescManagement*> gPublishedResource = nullptr;
+constinit std::atomic<uint32_t> gUseCount = 0;
+constinit ActiveCalls gActiveCalls;
+
+using InsideCall = ActiveCalls::Inside;
+
+constexpr int resultOf(bool sent) {
+    return sent ? kSuccess : kFailure;
+}
+
+void publishResource(std::unique_ptr<VELKRescManagement> resource) VELK_REQUIRES(gGlobalMutex) {
+    gResource = std::move(resource);
+    gPublishedResource.store(gResource.get());
+}
+
+void destroyResource() noexcept VELK_REQUIRES(gGlobalMutex) {
+    gPublishedResource.store(nullptr);
+    gActiveCalls.waitForThoseInside();
+    gResource.reset();
+}
+
+// Closes the descriptor that marking opened while the library was down.
+void closeTemporaryDevice() noexcept VELK_REQUIRES(gGlobalMutex) {
+    int32_t fd = gDeviceFd.load();
+    while (fd >= 0 && !gDeviceFd.compare_exchange_weak(fd, kNotOpened)) {
+    }
+    if (fd >= 0) {
+        gActiveCalls.waitForThoseInside();
+        close(fd);
+    }
+}
+
+// The descriptor for a command that is sent while the library is down, opened on first need. Two
+// first calls may both open the node; the later descriptor is kept and the earlier one stays open.
+bool openTemporaryDevice(int32_t& fd) {
+    fd = gDeviceFd.load();
+    if (fd != kNotOpened) {
+        return true;
+    }
+    if (!openVELKDevice(fd)) {
+        return false;
+    }
+    gDeviceFd.store(fd);
+    return true;
+}
+
+// Destroys an instance that is still there when the process exits or the library is unloaded.
+// Threads may still be running: an instance that one of them is using is left to the kernel.
+class ExitTeardown {
+  public:
+    ~ExitTeardown() {
+        if (gGlobalMutex.try_lock()) {
+            gPublishedResource.store(nullptr);
+            if (gActiveCalls.isQuiet()) {
+                gResource.reset();
+            }
+            gGlobalMutex.unlock();
+        }
+    }
+};
+const ExitTeardown gExitTeardown;
+
+}  // namespace
+
+// --- Lifecycle -----------------------------------------------------------------------------------
+
+namespace {
+
+VELK_INIT_PARAM buildInitRecord(const VELKRescManagement& resource) {
+    const VELKInitParams& params = resource.initParams();
+    VELK_INIT_PARAM record{};
+    record.driverParam = params.driverParam;
+    for (int cluster = 0; cluster < 3; ++cluster) {
+        record.clusterLevels[cluster] = resource.clusterLevel(cluster);
+    }
+    if (params.queryMaxEfficientFreq) {
+        for (int cluster = 0; cluster < 3; ++cluster) {
+            record.maxEfficientFreqs[cluster] =
+                    VELKSettingsProvider::getMaxEfficientCPUFreqProvider(cluster);
+        }
+    }
+    record.tuningParam1 = params.tuningParam1 > 0 ? params.tuningParam1 : kDefaultTuningParam1;
+    record.tuningParam2 = params.tuningParam2 > 0 ? params.tuningParam2 : kDefaultTuningParam2;
+    return record;
+}
+
+void applyDefaultControls(const VELKRescManagement& resource) {
+    VELKSingleShotControl levels;
+    for (int cluster = 0; cluster < 3; ++cluster) {
+        levels.rangeLevels1.push_back(resource.clusterDefaultLevel(cluster));
+    }
+    VELKMachine::notifySingleShotControl(levels);
+
+    if (resource.initParams().applyExtraDefaultControl) {
+        VELKSingleShotControl extra;
+        extra.extraValues[0] = 1;
+        VELKMachine::notifySingleShotControl(extra);
+    }
+}
+
+}  // namespace
+
+int VELKMachine::init(const VELKInitParams& params) {
+    if (!isVELKEnabled()) {
+        VELK_LOGW_GATED("VELK is not supported!");
+        return kFailure;
+    }
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const TraceSection section("VELK::init");
+    if (gResource != nullptr) {
+        VELK_LOGI("gResource already exists");
+        ++gUseCount;
+        return kSuccess;
+    }
+
+    publishResource(VELKRescManagement::createInstance(params));
+    const uint32_t usersBefore = gUseCount;
+    Rollback goDown([usersBefore]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
+        gUseCount = usersBefore;
+        destroyResource();
+    });
+    VELK_LOGI("velk created");
+    if (gResource == nullptr) {
+        VELK_LOGE("VELK init fail");
+        return kFailure;
+    }
+
+    ++gUseCount;
+    const bool sent = sendIOCtl<VELK_IOC_INIT>(gResource->deviceFd(), buildInitRecord(*gResource));
+    VELK_LOGI("[%s] init done", "init");
+    applyDefaultControls(*gResource);
+    goDown.dismiss();
+    return resultOf(sent);
+}
+
+int VELKMachine::uninit() {
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    closeTemporaryDevice();
+    if (gUseCount == 0) {
+        return kFailure;
+    }
+    const TraceSection section("VELK::uninit");
+    const uint32_t users = --gUseCount;
+
+    // The last call goes through with the teardown on every way out.
+    bool isDriverTold = false;
+    const auto tellDriver = [&isDriverTold]() VELK_NO_THREAD_SAFETY_ANALYSIS {
+        isDriverTold = true;
+        return sendIOCtl<VELK_IOC_UNINIT>(gResource->deviceFd(), VELK_UNINIT_PARAM{});
+    };
+    Rollback teardown([&]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
+        if (!isDriverTold) {
+            try {
+                tellDriver();
+            } catch (...) {
+                // The exception that brought the operation here is the one the caller gets.
+                isDriverTold = false;
+            }
+        }
+        destroyResource();
+        closeTemporaryDevice();
+        gDeviceFd = kNotOpened;
+    });
+    const bool isLast = users == 0 && gResource != nullptr;
+    if (!isLast) {
+        teardown.dismiss();
+    }
+
+    VELK_LOGI("[%s] velk uninit, usecount: %d", "uninit", static_cast<int>(users));
+    return isLast ? resultOf(tellDriver()) : kSuccess;
+}
+
+// --- Tasks ---------------------------------------------------------------------------------------
+
+namespace {
+
+// The smallest target time that the driver is told; the validity test takes the figure as it is.
+int32_t adjustedTargetTime(int32_t targetTime) {
+    return targetTime > 0 ? std::max(targetTime, kMinTargetTime) : targetTime;
+}
+
+bool isTaskValid(VELKRescManagement& resource, const int& task) {
+    const int32_t targetTime = resource.targetTimeOf(task);
+    const int32_t defaultUclamp = resource.defaultUclampOf(task);
+    if (targetTime > 0 && defaultUclamp > 0) {
+        return true;
+    }
+    VELK_LOGD("task: %d invalid, target time: %d, defaultuclamp: %d", task,
+              adjustedTargetTime(targetTime), defaultUclamp);
+    return false;
+}
+
+void eraseFirst(std::string& text, std::string_view part) {
+    if (const size_t position = text.find(part); position != std::string::npos) {
+        text.erase(position, part.size());
+    }
+}
+
+std::string shortTaskName(const VELKRescManagement& resource, int task) {
+    std::string name = resource.taskName(task);
+    eraseFirst(name, "TASK_");
+    eraseFirst(name, "CUSTOM_");
+    return name.substr(0, kMaxShortName);
+}
+
+// Describes a new task to the driver. A refused description is kept for the next start.
+[[gnu::noinline, gnu::cold]] void registerTask(VELKRescManagement& resource, int task,
+                                               unsigned uniqueTaskId,
+                                               const VELKTaskExtraParams& extra) {
+    const std::string name = shortTaskName(resource, task);
+    const int32_t targetTime = adjustedTargetTime(resource.targetTimeOf(task));
+    const bool isVIPTask = resource.isVIPTask(task);
+    VELK_LOGI("new task: %d (%d) taskTargetTime: %d, isVIPTask: %d", task,
+              static_cast<int>(uniqueTaskId), targetTime, isVIPTask);
+    VELK_LOGI("curTask uniqueId: %d (task enum: %d => %s), group head uniqueId: %d",
+              static_cast<int>(uniqueTaskId), task, name.c_str(), 0);
+
+    VELK_TASK_INIT_PARAM record{};
+    record.uniqueTaskId = uniqueTaskId;
+    record.defaultUclamp = resource.defaultUclampOf(task);
+    record.targetTime = targetTime;
+    record.taskSpecValue = resource.specValueOf(task);
+    record.isVIPTask = isVIPTask;
+    record.extraFlag0 = extra.extraFlag0;
+    record.extraFlag1 = extra.extraFlag1;
+    std::copy_n(name.c_str(), std::char_traits<char>::length(name.c_str()), record.taskName);
+    if (!sendIOCtl<VELK_IOC_TASK_INIT>(resource.deviceFd(), record)) {
+        resource.taskErrors().addToErrorList(uniqueTaskId, record);
+    }
+}
+
+// Sends what the driver has refused so far for the task.
+[[gnu::noinline, gnu::cold]] void replayRegistration(VELKRescManagement& resource,
+                                                     unsigned uniqueTaskId) {
+    VELK_TASK_INIT_PARAM record{};
+    if (resource.taskErrors().getResidual(uniqueTaskId, record) &&
+        sendIOCtl<VELK_IOC_TASK_INIT>(resource.deviceFd(), record)) {
+        resource.taskErrors().removeFromErrorList(uniqueTaskId);
+    }
+}
+
+}  // namespace
+
+int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraParams& extra) {
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    if (gResource == nullptr) {
+        VELK_LOGD("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    VELKRescManagement& resource = *gResource;
+    if (!isTaskValid(resource, task)) {
+        VELK_LOGD("Task: %d is invalid", task);
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyTaskStart");
+    VELK_LOGD("[%s] notifyTaskStart", "notifyTaskStart");
+
+    bool isFirstShowUp = false;
+    VELK_TASK_PARAM record{};
+    record.tid = static_cast<uint32_t>(gettid());
+    record.uniqueTaskId = resource.getUniqueTaskId(key, task, isFirstShowUp);
+    {
+        // A pair whose registration is neither sent nor kept has to be registered next time.
+        Rollback forgetPair([&]() noexcept {
+            if (isFirstShowUp) {
+                resource.removeUniqueTaskId(key, task);
+            }
+        });
+        VELK_LOGD("[%s] isFirstShowUp: %d, uniqueId: %u", "notifyTaskStart", isFirstShowUp,
+                  record.uniqueTaskId);
+        if (isFirstShowUp) [[unlikely]] {
+            registerTask(resource, task, record.uniqueTaskId, extra);
+        }
+        forgetPair.dismiss();
+    }
+    if (resource.taskErrors().isInErrorList(record.uniqueTaskId)) [[unlikely]] {
+        replayRegistration(resource, record.uniqueTaskId);
+    }
+
+    const bool sent = sendIOCtl<VELK_IOC_TASK_START>(resource.deviceFd(), record);
+    resource.updateTaskState(task, static_cast<int>(record.uniqueTaskId), record.tid, true);
+    return resultOf(sent);
+}
+
+int VELKMachine::notifyTaskStart(const void* key, int task) {
+    return notifyTaskStart(key, task, VELKTaskExtraParams{});
+}
+
+int VELKMachine::notifyTaskEnd(const void* key, int task) {
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    if (gResource == nullptr) {
+        VELK_LOGD("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    VELKRescManagement& resource = *gResource;
+    if (!isTaskValid(resource, task)) {
+        VELK_LOGD("Task: %d is not valid", task);
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyTaskEnd");
+    VELK_LOGD("[%s] notifyTaskEnd", "notifyTaskEnd");
+
+    bool isFirstShowUp = false;
+    VELK_TASK_PARAM record{};
+    record.tid = static_cast<uint32_t>(gettid());
+    record.uniqueTaskId = resource.getUniqueTaskId(key, task, isFirstShowUp);
+    if (isFirstShowUp) [[unlikely]] {
+        // The look-up has just made an id for a pair that never started.
+        const Rollback forgetPair([&]() noexcept { resource.removeUniqueTaskId(key, task); });
+        VELK_LOGW("notifyTaskEnd should not called before notifyTaskStart,curTask: %d", task);
+        return kFailure;
+    }
+
+    const bool sent = sendIOCtl<VELK_IOC_TASK_END>(resource.deviceFd(), record);
+    resource.updateTaskState(task, static_cast<int>(record.uniqueTaskId), record.tid, false);
+    return resultOf(sent);
+}
+
+int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyTaskSceneChange");
+
+    VELK_TASK_PARAM record{};
+    record.tid = static_cast<uint32_t>(gettid());
+    record.uniqueTaskId = resource->findTaskIdFromTid(task, record.tid);
+    VELK_LOGI("[%s] notifyTaskSceneChange, taskId: %d", "notifyTaskSceneChange",
+              static_cast<int>(record.uniqueTaskId));
+    if (record.uniqueTaskId == 0) {
+        VELK_LOGE("error taskid, need to check");
+        return kFailure;
+    }
+    record.sceneChangeMode = static_cast<uint32_t>(mode);
+    return resultOf(sendIOCtl<VELK_IOC_SCENE_CHANGE>(resource->deviceFd(), record));
+}
+
+// --- Single-shot controls ------------------------------------------------------------------------
+
+int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    VELK_LOGD("VELK::notifySingleShotControl:%d", control.category);
+    const TraceSection section("VELK::notifySingleShotControl");
+    if (!isValidSingleShotControl(control)) {
+        VELK_LOGE("Not valid single shot control");
+        return kFailure;
+    }
+
+    VELKSingleShotControl resolved = control;
+    VELK_SINGLE_SHOT_PARAM record{};
+    const bool isUserControl = control.category == kUserCategory;
+    bool isNewDefault = false;
+    if (isUserControl) {
+        resource->pushUserSingleShotControl(control);
+    } else {
+        isNewDefault = resource->addDefaultSingleShotControl(control);
+    }
+    // A caller that gets an exception may hand the same control over again.
+    Rollback forgetControl([&]() noexcept {
+        if (isUserControl) {
+            resource->dropUserSingleShotControl(control);
+        } else if (isNewDefault) {
+            resource->forgetDefaultSingleShotControl(control.category);
+        }
+    });
+    resource->registerSingleShotControl(control);
+    Rollback deactivate([&]() noexcept { resource->undoRegisterSingleShotControl(control); });
+
+    resource->resolveSingleShotControl(resolved);
+    setSingleShotParam(record, resolved, resource);
+    const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource->deviceFd(), record);
+    deactivate.dismiss();
+    forgetControl.dismiss();
+    return resultOf(sent);
+}
+
+int VELKMachine::notifySingleShotControl(int category) {
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    if (gResource == nullptr) {
+        VELK_LOGD("no VELKResource exists, may haven't process init()");
+        return kFailure;
+    }
+    VELKSingleShotControl control;
+    if (!gResource->getSingleShotSetting(category, control)) {
+        VELK_LOGE("Single shot setting of %d not found", category);
+        return kFailure;
+    }
+    control.category = category;
+    return notifySingleShotControl(control);
+}
+
+int VELKMachine::notifyResetSingleShotControl(int category) {
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    if (gResource == nullptr) {
+        VELK_LOGD("no VELKResource exists, may haven't process init()");
+        return kFailure;
+    }
+    VELKRescManagement& resource = *gResource;
+    VELK_LOGD("VELK::notifyResetSingleShotControl:%d", category);
+    const TraceSection section("VELK::notifyResetSingleShotControl");
+
+    VELKSingleShotControl control;
+    if (category != kUserCategory) {
+        if (!resource.getSingleShotSetting(category, control)) {
+            VELK_LOGE("Single shot setting of %d not found", category);
+            return kFailure;
+        }
+    } else if (!resource.popUserSingleShotControl(control)) {
+        return kFailure;
+    }
+    if (!isValidSingleShotControl(control)) {
+        VELK_LOGE("Not valid single shot control");
+        return kFailure;
+    }
+    // A caller that gets an exception may reset again: the control is then still there.
+    Rollback keepControl([&]() noexcept {
+        if (category == kUserCategory) {
+            resource.restoreUserSingleShotControl(std::move(control));
+        }
+    });
+
+    VELKSingleShotControl resolved = control;
+    VELK_SINGLE_SHOT_PARAM record{};
+    resolved.isReset = true;
+    const WithdrawnCounts withdrawn = resource.unregisterSingleShotControl(control);
+    Rollback reactivate(
+            [&]() noexcept { resource.undoUnregisterSingleShotControl(control, withdrawn); });
+
+    resource.resolveSingleShotControl(resolved);
+    if (resolved.requestValue != -1) {
+        resolved.releaseRequest = true;
+    }
+    setSingleShotParam(record, resolved, &resource);
+    const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource.deviceFd(), record);
+    reactivate.dismiss();
+    keepControl.dismiss();
+    return resultOf(sent);
+}
+
+int VELKMachine::notifyResetSingleShotControl() {
+    return notifyResetSingleShotControl(kUserCategory);
+}
+
+// --- Critical tasks ------------------------------------------------------------------------------
+
+namespace {
+
+// Marks while the library is down: the settings' control goes to the driver unmerged. Empty when
+// the library is up after all. Leaves before the caller takes the global mutex.
+std::optional<int> markWithoutResource(int user) {
+    const InsideCall inside(gActiveCalls);
+    if (gPublishedResource.load() != nullptr) {
+        return std::nullopt;
+    }
+    VELK_LOGD_GATED("no VELKResource exists, create temp devfd");
+    VELK_SINGLE_SHOT_PARAM record{};
+    const auto controls = VELKSettingsProvider::getSingleShotControlProvider();
+    const auto settings = controls.find(user);
+    if (settings == controls.end()) {
+        return kSuccess;
+    }
+    const auto setting = settings->second.find(VELK_SCENARIO_FALLBACK);
+    if (setting == settings->second.end()) {
+        return kSuccess;
+    }
+    int32_t fd = kNotOpened;
+    if (!openTemporaryDevice(fd)) {
+        return kFailure;
+    }
+    setSingleShotParam(record, setting->second, nullptr);
+    return resultOf(sendIOCtl<VELK_IOC_SINGLE_SHOT>(fd, record));
+}
+
+// Whether the tuning data knows the task of a critical span.
+bool isCriticalTaskKnown(const VELKRescManagement& resource, int task) {
+    if (resource.defaultUclampOf(task) > 0) {
+        return true;
+    }
+    VELK_LOGD_GATED("task: %d invalid", task);
+    return false;
+}
+
+}  // namespace
+
+int VELKMachine::markCriticalTask(int user) {
+    if (!isVELKEnabled()) {
+        VELK_LOGW_GATED("VELK is not supported!");
+        return kFailure;
+    }
+    const TraceSection section("VELK::markCriticalTask");
+    if (const std::optional<int> result = markWithoutResource(user)) {
+        return *result;
+    }
+    return notifySingleShotControl(user);
+}
+
+int VELKMachine::markCriticalTask() {
+    return markCriticalTask(kDefaultUser);
+}
+
+int VELKMachine::unsetCriticalTask() {
+    const TraceSection section("VELK::unsetCriticalTask");
+    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const VELKSingleShotControl control;
+    if (gResource != nullptr) {
+        return notifySingleShotControl(control);
+    }
+    VELK_SINGLE_SHOT_PARAM record{};
+    int32_t fd = kNotOpened;
+    if (!openTemporaryDevice(fd)) {
+        return kFailure;
+    }
+    setSingleShotParam(record, control, nullptr);
+    return resultOf(sendIOCtl<VELK_IOC_SINGLE_SHOT>(fd, record));
+}
+
+int VELKMachine::notifySingleShotCriticalTaskStart(int task) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD_GATED("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifySingleShotCriticalTaskStart");
+    if (!isCriticalTaskKnown(*resource, task)) {
+        return kFailure;
+    }
+    VELK_LOGD_GATED("[%s] notifySingleShotCriticalTaskStart", "notifySingleShotCriticalTaskStart");
+    VELK_CRITICAL_TASK_PARAM record{};
+    record.tid = gettid();
+    record.criticalValue = resource->criticalValueOf(task);
+    return resultOf(sendIOCtl<VELK_IOC_CRITICAL_START>(resource->deviceFd(), record));
+}
+
+int VELKMachine::notifySingleShotCriticalTaskEnd(int task) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD_GATED("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifySingleShotCriticalTaskEnd");
+    if (!isCriticalTaskKnown(*resource, task)) {
+        return kFailure;
+    }
+    VELK_LOGD_GATED("[%s] notifySingleShotCriticalTaskEnd", "notifySingleShotCriticalTaskEnd");
+    VELK_CRITICAL_TASK_PARAM record{};
+    record.tid = gettid();
+    return resultOf(sendIOCtl<VELK_IOC_CRITICAL_END>(resource->deviceFd(), record));
+}
+
+// --- Anchor points -------------------------------------------------------------------------------
+
+int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD_GATED("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    const auto spec = resource->validateAnchor(anchor);
+    if (!spec) {
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyAnchorPointStart");
+    VELK_ANCHOR_PARAM record{};
+    record.anchor = anchor;
+    record.phase = VELK_ANCHOR_START;
+    record.serial = serial;
+    // The overriding properties count as they are now, not as they were when the anchor passed.
+    record.latencyTarget = getLatencySpec(anchor, *spec);
+    record.jitterTarget = getJitterSpec(anchor, *spec);
+    return resultOf(sendIOCtl<VELK_IOC_ANCHOR>(resource->deviceFd(), record));
+}
+
+int VELKMachine::notifyAnchorPointEnd(int anchor, unsigned int serial) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD_GATED("no VELKResource exists, check init()");
+        return kFailure;
+    }
+    const auto spec = resource->anchorSpecUnlessInvalid(anchor);
+    if (!spec) {
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyAnchorPointEnd");
+    VELK_ANCHOR_PARAM record{};
+    record.anchor = anchor;
+    record.phase = VELK_ANCHOR_END;
+    record.serial = serial;
+    record.jitterTarget = getJitterSpec(anchor, *spec);
+    return resultOf(sendIOCtl<VELK_IOC_ANCHOR>(resource->deviceFd(), record));
+}
+
+// --- Frame information ---------------------------------------------------------------------------
+
+namespace {
+
+// Truncates toward zero; what an unsigned 32-bit rate cannot hold becomes its nearest bound.
+uint32_t wholeFps(float fps) {
+    constexpr float kBeyondRange = 4294967296.0F;
+    if (!(fps > 0)) {
+        return 0;
+    }
+    return fps < kBeyondRange ? static_cast<uint32_t>(fps) : std::numeric_limits<uint32_t>::max();
+}
+
+}  // namespace
+
+int VELKInfoNotifier::notifyVSync() {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD_GATED("no VELKResource exists, may haven't process init()");
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyVSync");
+    return resultOf(sendIOCtl<VELK_IOC_VSYNC>(resource->deviceFd(), VELK_VSYNC_PARAM{}));
+}
+
+int VELKInfoNotifier::notifyCamFps(float fps) {
+    const InsideCall inside(gActiveCalls);
+    VELKRescManagement* const resource = gPublishedResource.load();
+    if (resource == nullptr) {
+        VELK_LOGD_GATED("no VELKResource exists, may haven't process init()");
+        return kFailure;
+    }
+    const TraceSection section("VELK::notifyCamFps");
+    VELK_LOGD_GATED("get fps: %f", static_cast<double>(fps));
+    VELK_CAM_FPS_PARAM record{};
+    record.fps = wholeFps(fps);
+    return resultOf(sendIOCtl<VELK_IOC_CAM_FPS>(resource->deviceFd(), record));
+}

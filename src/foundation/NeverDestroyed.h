@@ -1,0 +1,15 @@
+/*
+ * Storage for a process-wide object that outlives everything: threads of the camera service may
+ * still call into the library while the process is exiting.
+ */
+#pragma once
+
+template <typename T>
+union NeverDestroyed {
+    constexpr NeverDestroyed() : object() {}
+    ~NeverDestroyed() {}
+    NeverDestroyed(const NeverDestroyed&) = delete;
+    NeverDestroyed& operator=(const NeverDestroyed&) = delete;
+
+    T object;
+};

@@ -1,0 +1,3 @@
+#include "resource/ErrorHandle.h"
+
+template class ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>;

@@ -1,0 +1,70 @@
+/*
+ * Keeps what the driver refused until a later attempt delivers it: per key the first refused value.
+ */
+#pragma once
+
+#include <cstddef>
+#include <mutex>
+#include <unordered_map>
+
+#include "VELKTypes.h"
+#include "foundation/CommandRecords.h"
+#include "foundation/LogGate.h"
+#include "foundation/Rollback.h"
+#include "foundation/ThreadSafety.h"
+
+// Every operation may be called from any thread and holds the list's own lock for its whole run.
+template <typename Key, typename Value>
+class ErrorHandle {
+  public:
+    // Keeps a copy of the value unless the key has one already. Warns when the list is long; the
+    // list has no upper bound.
+    void addToErrorList(const Key& key, const Value& value) {
+        const std::lock_guard<std::mutex> lock(mLock);
+        const auto [residual, inserted] = mResiduals.try_emplace(key, value);
+        // A caller that gets an exception instead of a warning is told that nothing was kept.
+        Rollback forget([this, position = residual, isNew = inserted]()
+                                VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
+                                    if (isNew) {
+                                        mResiduals.erase(position);
+                                    }
+                                });
+        if (mResiduals.size() >= kWarnFrom) {
+            VELK_LOGW("too many Error, error number: %lu",
+                      static_cast<unsigned long>(mResiduals.size()));
+        }
+        forget.dismiss();
+    }
+
+    // Whether something is still owed under the key.
+    bool isInErrorList(const Key& key) {
+        const std::lock_guard<std::mutex> lock(mLock);
+        return !mResiduals.empty() && mResiduals.find(key) != mResiduals.end();
+    }
+
+    // Copies what is owed under the key. False, with `value` untouched, when nothing is.
+    bool getResidual(const Key& key, Value& value) {
+        const std::lock_guard<std::mutex> lock(mLock);
+        const auto residual = mResiduals.find(key);
+        if (residual == mResiduals.end()) {
+            return false;
+        }
+        value = residual->second;
+        return true;
+    }
+
+    // Forgets what is owed under the key, if anything.
+    void removeFromErrorList(const Key& key) {
+        const std::lock_guard<std::mutex> lock(mLock);
+        mResiduals.erase(key);
+    }
+
+  private:
+    static constexpr size_t kWarnFrom = 6;
+
+    std::unordered_map<Key, Value> mResiduals VELK_GUARDED_BY(mLock);
+    std::mutex mLock;
+};
+
+// The one that task registrations use; callers link to the library's own.
+extern template class VELK_API ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>;

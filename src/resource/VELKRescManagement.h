@@ -1,0 +1,224 @@
+/*
+ * The resource manager: everything the library keeps while it is up. One instance exists from the
+ * first init to the last uninit. One source file a table.
+ */
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "VELKJsonConvertor.h"
+#include "VELKSettingsProvider.h"
+#include "VELKTypes.h"
+#include "foundation/CommandChannel.h"
+#include "foundation/CommandRecords.h"
+#include "foundation/ThreadSafety.h"
+#include "resource/ActiveValues.h"
+#include "resource/ErrorHandle.h"
+
+// Answer of lookupGroupHead when there is no group head.
+inline constexpr uint32_t INVALID_UNIQUE_TASK_ID = 0xFFFFFFFF;
+
+// Task enums below are described by the platform, enums above by the customer, this one by neither.
+inline constexpr int32_t kTaskEnumGap = 21;
+
+// Figures that stand in for a task that no convertor describes.
+inline constexpr int32_t kUnknownTargetTime = -1;
+inline constexpr int32_t kUnknownDefaultUclamp = 0;
+inline constexpr int32_t kUnknownSpecValue = -1;
+
+// Full capacity on the kernel scheduler's utilisation-clamp scale; bound of every level.
+inline constexpr uint32_t kMaxUclamp = 1024;
+
+class VELK_INTERNAL VELKRescManagement {
+  public:
+    // One thread that runs, or ran, a task. An ended slot is reused by the task's next start.
+    struct TaskState {
+        bool isActive;
+        uint32_t tid;
+        int32_t uniqueTaskId;
+    };
+
+    // {latency target, jitter target} of an anchor.
+    using AnchorSpec = std::array<int, 2>;
+
+    // Does no input or output.
+    VELK_API explicit VELKRescManagement(const VELKInitParams& params);
+    // Closes the descriptor, then releases the tables and last the convertors.
+    VELK_API ~VELKRescManagement();
+    VELKRescManagement(const VELKRescManagement&) = delete;
+    VELKRescManagement& operator=(const VELKRescManagement&) = delete;
+
+    // A ready instance, or empty when the node cannot be opened or there is no tuning data. Takes
+    // over the descriptor that was opened while the library was down. Under the global mutex.
+    VELK_API static std::unique_ptr<VELKRescManagement> createInstance(
+            const VELKInitParams& params);
+
+    const VELKInitParams& initParams() const { return mInitParams; }
+    int32_t deviceFd() const { return mDeviceFd; }
+
+    // --- Static tuning data (StaticData.cpp) -----------------------------------------------------
+
+    // Fetches the convertors and the anchor specifications. Whether there is platform tuning data.
+    VELK_API bool queryStaticData(const VELKInitParams& params);
+
+    // The convertor that describes the task, null when none does.
+    VELKJsonConvertor* convertorOf(int task) const {
+        if (mpJsonConvertor != nullptr && task < kTaskEnumGap) {
+            return mpJsonConvertor.get();
+        }
+        if (mpCustomJsonConvertor != nullptr && task > kTaskEnumGap) {
+            return mpCustomJsonConvertor.get();
+        }
+        return nullptr;
+    }
+    int32_t targetTimeOf(int task) const;
+    int32_t defaultUclampOf(int task) const;
+    int32_t specValueOf(int task) const;
+    bool isVIPTask(int task) const;
+    // The platform's name of a task, else the customer's, whatever the enum; else empty.
+    std::string taskName(int task) const;
+    // Level of a CPU cluster or of a level position, full capacity without tuning data.
+    uint32_t clusterLevel(int index) const;
+    uint32_t clusterDefaultLevel(int cluster) const;
+
+    // --- Task identity (TaskIdentity.cpp) --------------------------------------------------------
+
+    // The unique task id of the pair; sets isFirstShowUp when the pair is new, else leaves it.
+    VELK_API unsigned getUniqueTaskId(const void* key, const int& task, bool& isFirstShowUp)
+            VELK_EXCLUDES(mUniqueTaskIdMutex);
+    VELK_API unsigned getUniqueTaskId(const void* key, const int& task);
+    // Forgets the pair, whose id number is spent; no effect on an unknown pair.
+    VELK_API void removeUniqueTaskId(const void* key, const int& task)
+            VELK_EXCLUDES(mUniqueTaskIdMutex);
+    // Takes a slot for a start, or makes every slot with this id inactive for an end.
+    VELK_API void updateTaskState(const int& task, int uniqueTaskId, unsigned tid, bool isStart)
+            VELK_EXCLUDES(mTaskStateMutex);
+    // Id of the first active start of the task on the thread, 0 when there is none.
+    VELK_API unsigned findTaskIdFromTid(const int& task, unsigned tid)
+            VELK_EXCLUDES(mTaskStateMutex);
+    // Appends the id of every slot of the task, active or not.
+    VELK_API void getUniqueTaskIdsFromTask(const int& task, std::vector<unsigned>& out)
+            VELK_EXCLUDES(mTaskStateMutex);
+    // Group heads take no lock; the caller holds the global mutex.
+    VELK_API void recordGroupHead(const int& task, const unsigned& uniqueTaskId,
+                                  const VELKTaskExtraParams& extra);
+    VELK_API unsigned lookupGroupHead(const int& task, const VELKTaskExtraParams& extra);
+
+    // Rewrites the dump file (TaskTableDump.cpp).
+    VELK_API void dumpTaskTable() VELK_REQUIRES(mUniqueTaskIdMutex);
+
+    // Task registrations that the driver has refused so far.
+    ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>& taskErrors() { return mTaskErrors; }
+
+    // --- Single-shot settings (SingleShotSettings.cpp) -------------------------------------------
+
+    // Copies the control of a category in the current scenario. False, with `control` untouched,
+    // when there is none.
+    VELK_API bool getSingleShotSetting(int category, VELKSingleShotControl& control)
+            VELK_EXCLUDES(mSettingsLock);
+    // Makes the control the default of its category when the category has none. Whether it did.
+    bool addDefaultSingleShotControl(const VELKSingleShotControl& control)
+            VELK_EXCLUDES(mSettingsLock);
+    // Undoes addDefaultSingleShotControl.
+    void forgetDefaultSingleShotControl(int category) noexcept VELK_EXCLUDES(mSettingsLock);
+
+    // --- Active single-shot controls (ActiveSingleShots.cpp) -------------------------------------
+
+    // Handed-over controls, newest last. Dropping removes the newest control equal to the given
+    // one.
+    void pushUserSingleShotControl(const VELKSingleShotControl& control)
+            VELK_EXCLUDES(mResourceLock);
+    void dropUserSingleShotControl(const VELKSingleShotControl& control) noexcept
+            VELK_EXCLUDES(mResourceLock);
+    bool popUserSingleShotControl(VELKSingleShotControl& control) VELK_EXCLUDES(mResourceLock);
+    void restoreUserSingleShotControl(VELKSingleShotControl&& control) noexcept
+            VELK_EXCLUDES(mResourceLock);
+
+    // Adds the control's values to the active ones; all or none.
+    void registerSingleShotControl(const VELKSingleShotControl& control)
+            VELK_EXCLUDES(mResourceLock);
+    // Takes one registration back.
+    void undoRegisterSingleShotControl(const VELKSingleShotControl& control) noexcept
+            VELK_EXCLUDES(mResourceLock);
+    // Removes the control's values and all their equals; all or none.
+    WithdrawnCounts unregisterSingleShotControl(const VELKSingleShotControl& control)
+            VELK_EXCLUDES(mResourceLock);
+    // Puts back what a withdrawal removed.
+    void undoUnregisterSingleShotControl(const VELKSingleShotControl& control,
+                                         const WithdrawnCounts& counts) noexcept
+            VELK_EXCLUDES(mResourceLock);
+    // Replaces the control's values with the merge of everything active.
+    void resolveSingleShotControl(VELKSingleShotControl& control) VELK_EXCLUDES(mResourceLock);
+    // The larger of the task's default uclamp and what active controls ask for it.
+    int32_t criticalValueOf(int task) VELK_EXCLUDES(mResourceLock);
+
+    // --- Anchors (AnchorSpecs.cpp) ---------------------------------------------------------------
+
+    // The targets that the tuning data sets for an anchor at its start; empty when it has none in
+    // force, which makes the anchor invalid from then on.
+    std::optional<AnchorSpec> validateAnchor(int anchor) VELK_EXCLUDES(mAnchorLock);
+    // The same at its end, without validation; empty when a start has found the anchor invalid.
+    std::optional<AnchorSpec> anchorSpecUnlessInvalid(int anchor) VELK_EXCLUDES(mAnchorLock);
+
+  private:
+    using CriticalTaskUclamps = std::multimap<int32_t, int32_t>;
+
+    void resolveUclampLevels(std::vector<uint32_t>& levels) VELK_EXCLUDES(mResourceLock);
+    void resolveCriticalTaskUclamps(CriticalTaskUclamps& table) VELK_EXCLUDES(mResourceLock);
+    template <typename Visitor>
+    void visitActiveValues(const VELKSingleShotControl& control, Visitor&& visit)
+            VELK_REQUIRES(mResourceLock);
+    void ensureCriticalTaskEntries(const VELKSingleShotControl& control)
+            VELK_REQUIRES(mResourceLock);
+    AnchorSpec anchorSpec(int anchor) VELK_REQUIRES(mAnchorLock);
+
+    // The order of the members is the order of construction; the convertors are released last.
+    const VELKInitParams mInitParams;
+    int32_t mDeviceFd = kNotOpened;
+    uint32_t mNextUniqueTaskId VELK_GUARDED_BY(mUniqueTaskIdMutex) = 1;
+    std::shared_ptr<VELKJsonConvertor> mpJsonConvertor;
+    std::shared_ptr<VELKJsonConvertor> mpCustomJsonConvertor;
+
+    std::unordered_map<int, AnchorSpec> mAnchorSpecs VELK_GUARDED_BY(mAnchorLock);
+    std::unordered_map<int, AnchorSpec> mCustAnchorSpecs VELK_GUARDED_BY(mAnchorLock);
+    std::unordered_set<int> mInvalidAnchors VELK_GUARDED_BY(mAnchorLock);
+    std::mutex mAnchorLock;
+
+    // Caller key -> task enum -> unique task id.
+    std::unordered_map<int64_t, std::unordered_map<int, uint32_t>> mUniqueTaskIds
+            VELK_GUARDED_BY(mUniqueTaskIdMutex);
+    // Unique task id -> task enum, filled in dump mode only.
+    std::unordered_map<uint32_t, int> mUniqueIdToTask VELK_GUARDED_BY(mUniqueTaskIdMutex);
+    std::unordered_map<int, std::vector<TaskState>> mTaskState VELK_GUARDED_BY(mTaskStateMutex);
+    // Task enum of a group head -> group index -> unique task id of the head.
+    std::unordered_map<int, std::unordered_map<uint32_t, int>> mGroupHeads;
+    std::mutex mUniqueTaskIdMutex;
+    std::mutex mTaskStateMutex;
+
+    ErrorHandle<unsigned, VELK_TASK_INIT_PARAM> mTaskErrors;
+
+    const VELKScenario mScenario;
+    // Category -> scenario -> control, for the categories that the settings do not know.
+    std::map<int, std::map<VELKScenario, VELKSingleShotControl>> mDefaultSingleShotTable
+            VELK_GUARDED_BY(mSettingsLock);
+    std::mutex mSettingsLock;
+
+    std::vector<VELKSingleShotControl> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);
+    std::array<ActiveValues<int32_t>, 8> mActiveUclampLevels VELK_GUARDED_BY(mResourceLock);
+    ActiveValues<int32_t> mActivePercentLevels VELK_GUARDED_BY(mResourceLock);
+    ActiveValues<uint32_t> mActiveLimits VELK_GUARDED_BY(mResourceLock);
+    std::unordered_map<int32_t, ActiveValues<int32_t>> mActiveCriticalTaskUclamps
+            VELK_GUARDED_BY(mResourceLock);
+    int32_t mSharedFlagCount VELK_GUARDED_BY(mResourceLock) = 0;
+    std::mutex mResourceLock;
+};

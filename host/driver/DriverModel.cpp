@@ -1,0 +1,261 @@
+#include "driver/DriverModel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <mutex>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "clock/DeskClock.h"
+#include "driver/DriverSession.h"
+#include "driver/RecordCheck.h"
+
+namespace desk {
+
+namespace {
+
+// Takes one of the refusals that are left, if any.
+int takeRefusal(Misbehaviour::Refusal& refusal) {
+    if (refusal.error == 0 || refusal.times == 0) {
+        return 0;
+    }
+    if (refusal.times != Misbehaviour::kAlways) {
+        --refusal.times;
+    }
+    return refusal.error;
+}
+
+void count(CallCounters& counters, Verdict verdict) {
+    switch (verdict) {
+        case Verdict::Noted:
+            ++counters.noted;
+            [[fallthrough]];
+        case Verdict::Accepted:
+            ++counters.accepted;
+            break;
+        case Verdict::RefusedAsTold:
+            ++counters.refusedAsTold;
+            break;
+        case Verdict::Refused:
+            ++counters.refused;
+            break;
+    }
+}
+
+void note(DriverEvent& event, const char* finding) {
+    event.verdict = Verdict::Noted;
+    event.finding = finding;
+}
+
+void refuse(DriverEvent& event, int error, const char* finding) {
+    event.verdict = Verdict::Refused;
+    event.error = error;
+    event.finding = finding;
+}
+
+void refuseAsTold(DriverEvent& event, int error) {
+    event.verdict = Verdict::RefusedAsTold;
+    event.error = error;
+}
+
+size_t indexOf(const VELKCommand& command) {
+    return static_cast<size_t>(&command - VELK_COMMANDS.data());
+}
+
+}  // namespace
+
+struct DriverModel::State {
+    mutable std::mutex mutex;
+    std::atomic<bool> isSlow = false;
+    Misbehaviour misbehaviour;
+    std::shared_ptr<DriverObserver> observer;
+    std::vector<int> descriptors;
+    uint64_t lastSequence = 0;
+    DriverSession session;
+    DriverPicture totals;  // counters and findings alone
+
+    bool isOpen(int descriptor) const {
+        return std::ranges::find(descriptors, descriptor) != descriptors.end();
+    }
+
+    void judgeCommand(DriverEvent& event);
+    void judgeKnownCommand(const RecordLayout& layout, DriverEvent& event);
+    void countFinding(const DriverEvent& event);
+    // `judge(event)` decides and does. Returns what the driver answers.
+    template <typename Judge>
+    int handle(DriverEvent& event, CallCounters& counters, Judge&& judge);
+    void waitAsTold(const VELKCommand& command) const;
+};
+
+template <typename Judge>
+int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge&& judge) {
+    std::shared_ptr<DriverObserver> hearer;
+    {
+        const std::lock_guard lock(mutex);
+        event.sequence = ++lastSequence;
+        event.timeNs = nowNs();
+        judge(event);
+        count(counters, event.verdict);
+        if (*event.finding != '\0') {
+            countFinding(event);
+        }
+        hearer = observer;
+    }
+    if (isRefusal(event.verdict)) {
+        event.result = -1;
+    }
+    if (hearer != nullptr) {
+        hearer->onDriverEvent(event);
+    }
+    return -event.error;
+}
+
+void DriverModel::State::countFinding(const DriverEvent& event) {
+    const std::string_view text = event.finding;
+    const auto known = std::ranges::find(totals.findings, text, &FindingCount::finding);
+    if (known != totals.findings.end()) {
+        ++known->count;
+    } else {
+        totals.findings.push_back({std::string(text), 1, event.sequence});
+    }
+}
+
+void DriverModel::State::judgeCommand(DriverEvent& event) {
+    const RecordLayout* layout = findRecordLayout(event.request);
+    if (!isOpen(event.descriptor)) {
+        refuse(event, EBADF, "a command on a descriptor that is not open");
+    } else if (layout == nullptr) {
+        refuse(event, ENOTTY, "a request of no known command");
+    } else if (event.record == nullptr) {
+        refuse(event, EFAULT, "a command without a record");
+    } else {
+        judgeKnownCommand(*layout, event);
+    }
+}
+
+void DriverModel::State::judgeKnownCommand(const RecordLayout& layout, DriverEvent& event) {
+    if (const char* fault = findRecordFault(layout, event.record, event.tid)) {
+        refuse(event, EINVAL, fault);
+        session.refuse(event.request, event.record, false);
+        return;
+    }
+    const DriverSession::Finding finding = session.inspect(event.request, event.record);
+    if (finding.isFault) {
+        refuse(event, EINVAL, finding.text);
+        return;
+    }
+    if (const int error = takeRefusal(misbehaviour.commands[indexOf(*event.command)])) {
+        refuseAsTold(event, error);
+        session.refuse(event.request, event.record, true);
+        return;
+    }
+    session.accept(event.request, event.record, event.timeNs);
+    if (*finding.text != '\0') {
+        note(event, finding.text);
+    }
+}
+
+void DriverModel::State::waitAsTold(const VELKCommand& command) const {
+    std::chrono::microseconds delay = {};
+    {
+        const std::lock_guard lock(mutex);
+        delay = misbehaviour.delays[indexOf(command)];
+    }
+    std::this_thread::sleep_for(delay);
+}
+
+DriverModel::DriverModel() : mState(std::make_unique<State>()) {}
+DriverModel::~DriverModel() = default;
+
+int DriverModel::open(int descriptor, uint32_t tid) {
+    DriverEvent event;
+    event.call = DriverCall::Open;
+    event.tid = tid;
+    State& state = *mState;
+    return state.handle(event, state.totals.opens, [&state, descriptor](DriverEvent& open) {
+        if (const int error = takeRefusal(state.misbehaviour.open)) {
+            refuseAsTold(open, error);
+            return;
+        }
+        open.descriptor = descriptor;
+        open.result = descriptor;
+        if (state.isOpen(descriptor)) {
+            note(open, "the descriptor was closed behind the driver's back");
+        } else {
+            state.descriptors.push_back(descriptor);
+        }
+    });
+}
+
+int DriverModel::command(int descriptor, uint32_t request, const void* record, uint32_t tid) {
+    State& state = *mState;
+    DriverEvent event;
+    event.call = DriverCall::Command;
+    event.tid = tid;
+    event.descriptor = descriptor;
+    event.request = request;
+    event.record = record;
+    CallCounters* counters = &state.totals.otherRequests;
+    if (const RecordLayout* layout = findRecordLayout(request)) {
+        event.command = layout->command;
+        event.recordSize = layout->command->recordSize;
+        counters = &state.totals.commands[indexOf(*layout->command)];
+        if (state.isSlow.load(std::memory_order_relaxed)) {
+            state.waitAsTold(*layout->command);
+        }
+    }
+    return state.handle(event, *counters, [&state](DriverEvent& e) { state.judgeCommand(e); });
+}
+
+int DriverModel::close(int descriptor, uint32_t tid) {
+    State& state = *mState;
+    DriverEvent event;
+    event.call = DriverCall::Close;
+    event.tid = tid;
+    event.descriptor = descriptor;
+    return state.handle(event, state.totals.closes, [&state](DriverEvent& close) {
+        if (std::erase(state.descriptors, close.descriptor) == 0) {
+            refuse(close, EBADF, "a close of a descriptor that is not open");
+        }
+    });
+}
+
+void DriverModel::setMisbehaviour(const Misbehaviour& misbehaviour) {
+    const std::lock_guard lock(mState->mutex);
+    mState->misbehaviour = misbehaviour;
+    mState->isSlow =
+            std::ranges::any_of(misbehaviour.delays, [](auto delay) { return delay.count() > 0; });
+}
+
+void DriverModel::setObserver(std::shared_ptr<DriverObserver> observer) {
+    // The former observer goes after the lock is released, because its end may take long.
+    const std::lock_guard lock(mState->mutex);
+    mState->observer.swap(observer);
+}
+
+DriverPicture DriverModel::picture() const {
+    const std::lock_guard lock(mState->mutex);
+    DriverPicture picture = mState->totals;
+    picture.openDescriptors = mState->descriptors.size();
+    mState->session.fill(picture);
+    return picture;
+}
+
+void DriverModel::reset() {
+    const std::lock_guard lock(mState->mutex);
+    mState->session = {};
+    mState->totals = {};
+    mState->lastSequence = 0;
+    mState->misbehaviour = {};
+    mState->isSlow = false;
+}
+
+DriverModel& controlNode() {
+    static DriverModel& instance = *new DriverModel;
+    return instance;
+}
+
+}  // namespace desk

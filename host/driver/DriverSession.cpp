@@ -1,0 +1,298 @@
+#include "driver/DriverSession.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "driver/RecordCopy.h"
+
+namespace desk {
+
+namespace {
+
+template <typename Runs>
+auto findRunIn(Runs& runs, uint32_t tid) {
+    return std::find_if(runs.begin(), runs.end(),
+                        [tid](const auto& run) { return run.tid == tid; });
+}
+
+void finishRun(TaskPicture& task, int64_t runNs) {
+    ++task.ends;
+    task.totalRunNs += runNs;
+    task.longestRunNs = std::max(task.longestRunNs, runNs);
+}
+
+}  // namespace
+
+const DriverSession::Task* DriverSession::findTask(uint32_t uniqueTaskId) const {
+    const auto place = mTasks.find(uniqueTaskId);
+    return place != mTasks.end() ? &place->second : nullptr;
+}
+
+const DriverSession::Run* DriverSession::findRun(const Task& task, uint32_t tid) {
+    const auto run = findRunIn(task.runs, tid);
+    return run != task.runs.end() ? &*run : nullptr;
+}
+
+DriverSession::Finding DriverSession::inspect(uint32_t request, const void* record) const {
+    Finding finding;
+    switch (request) {
+        case VELK_IOC_INIT:
+            return {mIsSenderUp ? "init without an uninit since the last one" : "", false};
+        case VELK_IOC_SINGLE_SHOT:  // may come before init
+            return inspectControl(copyRecord<VELK_SINGLE_SHOT_PARAM>(record));
+        case VELK_IOC_TASK_INIT: {
+            const Task* task = findTask(copyRecord<VELK_TASK_INIT_PARAM>(record).uniqueTaskId);
+            const bool isKnown = task != nullptr && task->picture.isRegistered;
+            finding = {isKnown ? "the task is registered already" : "", false};
+            break;
+        }
+        case VELK_IOC_TASK_START:
+            finding = inspectStart(copyRecord<VELK_TASK_PARAM>(record));
+            break;
+        case VELK_IOC_TASK_END:
+            finding = inspectEnd(copyRecord<VELK_TASK_PARAM>(record));
+            break;
+        case VELK_IOC_SCENE_CHANGE:
+            finding = inspectSceneChange(copyRecord<VELK_TASK_PARAM>(record));
+            break;
+        case VELK_IOC_CRITICAL_START:
+        case VELK_IOC_CRITICAL_END:
+            finding = inspectSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record),
+                                  request == VELK_IOC_CRITICAL_START);
+            break;
+        case VELK_IOC_ANCHOR: {
+            const auto anchor = copyRecord<VELK_ANCHOR_PARAM>(record);
+            const bool isAimless = anchor.phase == VELK_ANCHOR_START && anchor.latencyTarget == 0 &&
+                                   anchor.jitterTarget == 0;
+            finding = {isAimless ? "the anchor starts without a target" : "", false};
+            break;
+        }
+        default:
+            break;
+    }
+    if (!mIsSenderUp && !finding.isFault) {
+        return {"a command before init or after uninit", false};
+    }
+    return finding;
+}
+
+DriverSession::Finding DriverSession::inspectStart(const VELK_TASK_PARAM& record) const {
+    const Task* task = findTask(record.uniqueTaskId);
+    if (task == nullptr) {
+        return {"start of a task that was never registered", true};
+    }
+    if (!task->picture.isRegistered && !task->isRefusalTold) {
+        return {"start of a task whose registration was refused", false};
+    }
+    const Run* run = findRun(*task, record.tid);
+    return {run != nullptr && !run->isDisputed ? "the thread runs the task already" : "", false};
+}
+
+DriverSession::Finding DriverSession::inspectEnd(const VELK_TASK_PARAM& record) const {
+    const Task* task = findTask(record.uniqueTaskId);
+    if (task == nullptr) {
+        return {"end of a task that was never registered", true};
+    }
+    if (findRun(*task, record.tid) != nullptr) {
+        return {};
+    }
+    return {task->runs.empty() ? "end of a task that does not run"
+                               : "end of a task that only other threads run",
+            false};
+}
+
+DriverSession::Finding DriverSession::inspectSceneChange(const VELK_TASK_PARAM& record) const {
+    const Task* task = findTask(record.uniqueTaskId);
+    if (task == nullptr) {
+        return {"scene change of a task that was never registered", true};
+    }
+    return {findRun(*task, record.tid) == nullptr ? "scene change of a task that the thread does "
+                                                    "not run"
+                                                  : "",
+            false};
+}
+
+DriverSession::Finding DriverSession::inspectControl(const VELK_SINGLE_SHOT_PARAM& record) const {
+    const bool areKnown =
+            std::all_of(std::begin(record.criticalTaskIds), std::end(record.criticalTaskIds),
+                        [this](uint32_t id) { return id == 0 || findTask(id) != nullptr; });
+    return {areKnown ? "" : "the control names a task that was never registered", false};
+}
+
+DriverSession::Finding DriverSession::inspectSpan(const VELK_CRITICAL_TASK_PARAM& record,
+                                                  bool isStart) const {
+    const auto span = mSpans.find(static_cast<uint32_t>(record.tid));
+    if (isStart) {
+        const bool isNested = span != mSpans.end() && !span->second.isDisputed;
+        return {isNested ? "a critical span starts within another of its thread" : "", false};
+    }
+    return {span == mSpans.end() ? "end of a critical span that is not open" : "", false};
+}
+
+void DriverSession::accept(uint32_t request, const void* record, int64_t now) {
+    switch (request) {
+        case VELK_IOC_INIT:
+            begin(true);
+            mInit = copyRecord<VELK_INIT_PARAM>(record);
+            break;
+        case VELK_IOC_TASK_INIT:
+            registerTask(copyRecord<VELK_TASK_INIT_PARAM>(record));
+            break;
+        case VELK_IOC_TASK_START:
+            startTask(copyRecord<VELK_TASK_PARAM>(record), now);
+            break;
+        case VELK_IOC_TASK_END:
+            endTask(copyRecord<VELK_TASK_PARAM>(record), now);
+            break;
+        case VELK_IOC_UNINIT:
+            mIsInitialised = false;
+            mIsSenderUp = false;
+            break;
+        case VELK_IOC_CAM_FPS:
+            mFps = copyRecord<VELK_CAM_FPS_PARAM>(record).fps;
+            break;
+        case VELK_IOC_SINGLE_SHOT:
+            mControl = copyRecord<VELK_SINGLE_SHOT_PARAM>(record);
+            break;
+        case VELK_IOC_CRITICAL_START: {
+            const auto start = copyRecord<VELK_CRITICAL_TASK_PARAM>(record);
+            const auto tid = static_cast<uint32_t>(start.tid);
+            mSpans[tid] = {{tid, start.criticalValue, now}, true, false};
+            break;
+        }
+        case VELK_IOC_CRITICAL_END:
+            mSpans.erase(static_cast<uint32_t>(copyRecord<VELK_CRITICAL_TASK_PARAM>(record).tid));
+            break;
+        default:
+            break;  // a scene change, a vsync and an anchor leave nothing behind
+    }
+}
+
+void DriverSession::refuse(uint32_t request, const void* record, bool isTold) {
+    switch (request) {
+        case VELK_IOC_INIT:
+            begin(false);
+            break;
+        case VELK_IOC_UNINIT:
+            mIsSenderUp = false;
+            break;
+        case VELK_IOC_TASK_INIT: {
+            const auto registration = copyRecord<VELK_TASK_INIT_PARAM>(record);
+            Task& task = mTasks[registration.uniqueTaskId];
+            task.picture.registration = registration;
+            task.isRefusalTold = isTold;
+            ++mRefusedRegistrations;
+            break;
+        }
+        case VELK_IOC_TASK_START:
+        case VELK_IOC_TASK_END:
+            if (isTold) {
+                disputeRun(copyRecord<VELK_TASK_PARAM>(record), request == VELK_IOC_TASK_START);
+            }
+            break;
+        case VELK_IOC_CRITICAL_START:
+        case VELK_IOC_CRITICAL_END:
+            if (isTold) {
+                disputeSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record),
+                            request == VELK_IOC_CRITICAL_START);
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+void DriverSession::begin(bool isInitialised) {
+    mIsInitialised = isInitialised;
+    mIsSenderUp = true;
+    mTasks.clear();
+    mSpans.clear();
+}
+
+void DriverSession::registerTask(const VELK_TASK_INIT_PARAM& record) {
+    const auto [place, isNew] = mTasks.try_emplace(record.uniqueTaskId);
+    TaskPicture& task = place->second.picture;
+    if (!isNew && !task.isRegistered) {
+        ++mReplayedRegistrations;
+    }
+    task.registration = record;
+    task.isRegistered = true;
+}
+
+void DriverSession::startTask(const VELK_TASK_PARAM& record, int64_t now) {
+    Task& task = mTasks.at(record.uniqueTaskId);
+    ++task.picture.starts;
+    const auto run = findRunIn(task.runs, record.tid);
+    if (run == task.runs.end()) {
+        task.runs.push_back({record.tid, now, true, false});
+    } else if (run->isDisputed) {
+        *run = {record.tid, now, true, false};
+    }
+}
+
+// An end ends the run of its thread. Where that thread has none, it ends those of all others,
+// because the sender takes the task for ended altogether.
+void DriverSession::endTask(const VELK_TASK_PARAM& record, int64_t now) {
+    Task& task = mTasks.at(record.uniqueTaskId);
+    const bool isOwn = findRun(task, record.tid) != nullptr;
+    std::erase_if(task.runs, [&](const Run& run) {
+        const bool isEnded = !isOwn || run.tid == record.tid;
+        if (isEnded && run.isRunning) {
+            finishRun(task.picture, now - run.sinceNs);
+        }
+        return isEnded;
+    });
+}
+
+void DriverSession::disputeRun(const VELK_TASK_PARAM& record, bool isStart) {
+    const auto place = mTasks.find(record.uniqueTaskId);
+    if (place == mTasks.end()) {
+        return;
+    }
+    std::vector<Run>& runs = place->second.runs;
+    const auto run = findRunIn(runs, record.tid);
+    if (run != runs.end()) {
+        run->isDisputed = true;
+    } else if (isStart) {
+        runs.push_back({record.tid, 0, false, true});
+    }
+}
+
+void DriverSession::disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart) {
+    const auto tid = static_cast<uint32_t>(record.tid);
+    if (isStart) {
+        mSpans[tid].isDisputed = true;
+    } else if (const auto span = mSpans.find(tid); span != mSpans.end()) {
+        span->second.isDisputed = true;
+    }
+}
+
+void DriverSession::fill(DriverPicture& picture) const {
+    picture.isInitialised = mIsInitialised;
+    picture.init = mInit;
+    picture.control = mControl;
+    picture.fps = mFps;
+    picture.refusedRegistrations = mRefusedRegistrations;
+    picture.replayedRegistrations = mReplayedRegistrations;
+    for (const auto& [id, task] : mTasks) {
+        picture.tasks.push_back(task.picture);
+        for (const Run& run : task.runs) {
+            if (run.isRunning) {
+                picture.running.push_back({run.tid, id, run.sinceNs});
+            }
+        }
+    }
+    for (const auto& [tid, span] : mSpans) {
+        if (span.isOpen) {
+            picture.spans.push_back(span.picture);
+        }
+    }
+    std::ranges::sort(picture.tasks, {},
+                      [](const TaskPicture& task) { return task.registration.uniqueTaskId; });
+    std::ranges::sort(picture.running, {}, [](const RunningThread& thread) {
+        return std::tuple(thread.tid, thread.uniqueTaskId);
+    });
+    std::ranges::sort(picture.spans, {}, &CriticalSpan::tid);
+}
+
+}  // namespace desk

@@ -1,0 +1,78 @@
+/*
+ * What the driver has learnt from the commands so far: its tasks, the threads that run them, the
+ * open critical spans, the merged control. Not thread-safe.
+ */
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "driver/DriverPicture.h"
+
+namespace desk {
+
+class DriverSession {
+  public:
+    struct Finding {
+        const char* text = "";
+        bool isFault = false;  // to be refused, not only noted
+    };
+
+    // The record of each has passed the check of its content.
+    Finding inspect(uint32_t request, const void* record) const;
+    void accept(uint32_t request, const void* record, int64_t now);
+
+    // The command was refused, and the sender goes on as it does then. It may not have been
+    // checked.
+    void refuse(uint32_t request, const void* record, bool isTold);
+
+    void fill(DriverPicture& picture) const;
+
+  private:
+    struct Run {
+        uint32_t tid = 0;
+        int64_t sinceNs = 0;
+        bool isRunning = false;   // false: its start was refused
+        bool isDisputed = false;  // a refusal on demand has parted the sender's view from ours
+    };
+    struct Task {
+        TaskPicture picture;
+        bool isRefusalTold = false;
+        std::vector<Run> runs;
+    };
+    struct Span {
+        CriticalSpan picture;
+        bool isOpen = false;
+        bool isDisputed = false;
+    };
+
+    const Task* findTask(uint32_t uniqueTaskId) const;
+    static const Run* findRun(const Task& task, uint32_t tid);
+
+    Finding inspectStart(const VELK_TASK_PARAM& record) const;
+    Finding inspectEnd(const VELK_TASK_PARAM& record) const;
+    Finding inspectSceneChange(const VELK_TASK_PARAM& record) const;
+    Finding inspectControl(const VELK_SINGLE_SHOT_PARAM& record) const;
+    Finding inspectSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart) const;
+
+    void begin(bool isInitialised);
+    void registerTask(const VELK_TASK_INIT_PARAM& record);
+    void startTask(const VELK_TASK_PARAM& record, int64_t now);
+    void endTask(const VELK_TASK_PARAM& record, int64_t now);
+    void disputeRun(const VELK_TASK_PARAM& record, bool isStart);
+    void disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart);
+
+    bool mIsInitialised = false;
+    bool mIsSenderUp = false;  // the sender's view, which a refused init or uninit does not change
+    std::optional<VELK_INIT_PARAM> mInit;
+    std::unordered_map<uint32_t, Task> mTasks;
+    std::unordered_map<uint32_t, Span> mSpans;
+    std::optional<VELK_SINGLE_SHOT_PARAM> mControl;
+    std::optional<uint32_t> mFps;
+    uint64_t mRefusedRegistrations = 0;
+    uint64_t mReplayedRegistrations = 0;
+};
+
+}  // namespace desk

@@ -1,0 +1,63 @@
+#include "log/DeskLog.h"
+
+#include <android/log.h>
+
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "log/LogLine.h"
+
+namespace desk {
+
+namespace {
+
+struct Target {
+    std::mutex mutex;
+    std::shared_ptr<LineSink> sink;
+};
+
+// Never destroyed: other threads may log while the process exits.
+Target& target() {
+    static Target& instance = *new Target;
+    return instance;
+}
+
+std::string_view priorityLetter(int priority) {
+    constexpr std::string_view kLetters = "??VDIWEF";
+    const auto index = static_cast<size_t>(priority);
+    return index < kLetters.size() ? kLetters.substr(index, 1) : kLetters.substr(0, 1);
+}
+
+void logToSink(const __android_logger_data* data, const char* message) {
+    std::shared_ptr<LineSink> sink;
+    {
+        const std::lock_guard lock(target().mutex);
+        sink = target().sink;
+    }
+    if (sink != nullptr) {
+        writeLogLine(*sink, priorityLetter(data->priority), data->tag != nullptr ? data->tag : "",
+                     message);
+    }
+}
+
+// liblog of a host writes to standard error until it is told otherwise.
+[[maybe_unused]] const bool kStartsSilent = [] {
+    setAndroidLog(nullptr);
+    return true;
+}();
+
+}  // namespace
+
+void setAndroidLog(std::shared_ptr<LineSink> sink) {
+    // liblog drops debug messages by default, and formats all others even if nobody wants them.
+    const int priority = sink != nullptr ? ANDROID_LOG_VERBOSE : ANDROID_LOG_SILENT;
+    {
+        const std::lock_guard lock(target().mutex);
+        target().sink = std::move(sink);
+    }
+    __android_log_set_logger(logToSink);
+    __android_log_set_minimum_priority(priority);
+}
+
+}  // namespace desk

@@ -1,0 +1,40 @@
+/*
+ * Reads tuning data from the JSON files of a folder: platform.json, and where they exist
+ * customer.json and settings.json.
+ */
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "tuning/TuningData.h"
+
+namespace desk {
+
+struct TuningError {
+    std::string file;
+    std::string path;     // JSON pointer, "" for the whole file
+    std::string problem;  // what was found
+    std::string expected;
+
+    // "FILE: PATH: problem, expected ..."
+    std::string text() const;
+};
+
+using TuningResult = std::variant<std::shared_ptr<const TuningData>, TuningError>;
+
+TuningResult loadTuning(const std::filesystem::path& folder);
+
+// The texts of the three files.
+struct TuningTexts {
+    std::string platform;
+    std::optional<std::string> customer;
+    std::optional<std::string> settings;
+};
+
+TuningResult parseTuning(const TuningTexts& texts);
+
+}  // namespace desk

@@ -1,0 +1,366 @@
+#include "driver/DriverModel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "DriverScript.h"
+#include "clock/DeskClock.h"
+
+namespace desk {
+namespace {
+
+// A 32-bit word of an otherwise valid record is overwritten.
+struct ContentCase {
+    uint32_t request;
+    size_t offset;
+    uint32_t word;
+    const char* fault;  // empty: is taken
+};
+
+std::vector<uint32_t> validRecord(uint32_t request) {
+    const auto words = [](const auto& record) {
+        std::vector<uint32_t> copy(sizeof record / sizeof(uint32_t));
+        std::memcpy(copy.data(), &record, sizeof record);
+        return copy;
+    };
+    switch (request) {
+        case VELK_IOC_INIT:
+            return words(initRecord());
+        case VELK_IOC_TASK_INIT:
+            return words(taskInitRecord(1));
+        case VELK_IOC_UNINIT:
+            return words(VELK_UNINIT_PARAM{});
+        case VELK_IOC_VSYNC:
+        case VELK_IOC_CAM_FPS:
+            return words(VELK_VSYNC_PARAM{});
+        case VELK_IOC_SINGLE_SHOT:
+            return words(singleShotRecord(kTid));
+        case VELK_IOC_CRITICAL_START:
+            return words(VELK_CRITICAL_TASK_PARAM{kTid, 1024});
+        case VELK_IOC_CRITICAL_END:
+            return words(VELK_CRITICAL_TASK_PARAM{kTid, 0});
+        case VELK_IOC_ANCHOR:
+            return words(VELK_ANCHOR_PARAM{1, 0, VELK_ANCHOR_END, 0, 5, 0, 3});
+        default:
+            return words(VELK_TASK_PARAM{kTid, 1, 0, 0});
+    }
+}
+
+constexpr uint32_t kMinusOne = 0xFFFFFFFF;
+constexpr uint32_t kMinusTwo = 0xFFFFFFFE;
+constexpr const char* kReserved = "a reserved field is not 0";
+constexpr const char* kTidFault = "the thread id is not the caller's";
+constexpr const char* kTuning = "a tuning parameter is not above 0";
+constexpr const char* kUclamp = "the default uclamp is outside 1..1024";
+constexpr const char* kRange = "a range level is above 1024";
+constexpr const char* kPercent = "the percent level is outside -2..100";
+constexpr const char* kFlag = "a flag is neither 0 nor 1";
+constexpr const char* kBehind = "there are critical tasks behind the first free place";
+constexpr const char* kCritical = "the critical value is outside 1..1024";
+constexpr const char* kPhase = "the phase is neither 1 nor 2";
+
+constexpr ContentCase kContentCases[] = {
+        {VELK_IOC_INIT, 4, 1024, ""},
+        {VELK_IOC_INIT, 12, 1025, "a cluster level is above 1024"},
+        {VELK_IOC_INIT, 24, kMinusOne, ""},
+        {VELK_IOC_INIT, 28, 0, kTuning},
+        {VELK_IOC_INIT, 32, kMinusOne, kTuning},
+        {VELK_IOC_TASK_INIT, 0, 0, "the task id is 0"},
+        {VELK_IOC_TASK_INIT, 4, 1, kReserved},
+        {VELK_IOC_TASK_INIT, 8, 0, kUclamp},
+        {VELK_IOC_TASK_INIT, 8, 1024, ""},
+        {VELK_IOC_TASK_INIT, 8, 1025, kUclamp},
+        {VELK_IOC_TASK_INIT, 12, 4, "the target time is below 5"},
+        {VELK_IOC_TASK_INIT, 12, 5, ""},
+        {VELK_IOC_TASK_INIT, 20, 1, kReserved},
+        {VELK_IOC_TASK_INIT, 24, 0x00000002, "the VIP flag is neither 0 nor 1"},
+        {VELK_IOC_TASK_INIT, 32, 0x78000000, "the task name has bytes behind its end"},
+        {VELK_IOC_TASK_INIT, 36, 0x00000100, kReserved},
+        {VELK_IOC_TASK_START, 0, kTid + 1, kTidFault},
+        {VELK_IOC_TASK_START, 4, 0, "the task id is 0"},
+        {VELK_IOC_TASK_START, 4, 2, "start of a task that was never registered"},
+        {VELK_IOC_TASK_START, 8, 1, kReserved},
+        {VELK_IOC_TASK_START, 12, 1, kReserved},
+        {VELK_IOC_TASK_END, 0, 0, kTidFault},
+        {VELK_IOC_TASK_END, 4, 2, "end of a task that was never registered"},
+        {VELK_IOC_TASK_END, 12, 1, kReserved},
+        {VELK_IOC_SCENE_CHANGE, 4, 2, "scene change of a task that was never registered"},
+        {VELK_IOC_SCENE_CHANGE, 8, 1, kReserved},
+        {VELK_IOC_SCENE_CHANGE, 12, kMinusOne, ""},
+        {VELK_IOC_UNINIT, 0, 1, kReserved},
+        {VELK_IOC_VSYNC, 4, 1, kReserved},
+        {VELK_IOC_CAM_FPS, 0, 1, kReserved},
+        {VELK_IOC_CAM_FPS, 4, kMinusOne, ""},
+        {VELK_IOC_SINGLE_SHOT, 0, kTid + 1, kTidFault},
+        {VELK_IOC_SINGLE_SHOT, 32, 1025, "a uclamp level is above 1024"},
+        {VELK_IOC_SINGLE_SHOT, 36, kMinusTwo, ""},
+        {VELK_IOC_SINGLE_SHOT, 36, kMinusTwo - 1, kPercent},
+        {VELK_IOC_SINGLE_SHOT, 36, 100, ""},
+        {VELK_IOC_SINGLE_SHOT, 36, 101, kPercent},
+        {VELK_IOC_SINGLE_SHOT, 48, 1025, kRange},
+        {VELK_IOC_SINGLE_SHOT, 80, 1025, kRange},
+        {VELK_IOC_SINGLE_SHOT, 140, 1025, kRange},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00000101, ""},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00000002, kFlag},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00000200, kFlag},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00010000, kReserved},
+        {VELK_IOC_SINGLE_SHOT, 148, 1, ""},
+        {VELK_IOC_SINGLE_SHOT, 152, 1, kBehind},
+        {VELK_IOC_SINGLE_SHOT, 304, 1, kBehind},
+        {VELK_IOC_SINGLE_SHOT, 324, 0x00000200, kFlag},
+        {VELK_IOC_SINGLE_SHOT, 324, 0x00000002, kFlag},
+        {VELK_IOC_SINGLE_SHOT, 324, 0x01000000, kReserved},
+        {VELK_IOC_CRITICAL_START, 0, kTid + 1, kTidFault},
+        {VELK_IOC_CRITICAL_START, 4, 0, kCritical},
+        {VELK_IOC_CRITICAL_START, 4, 1025, kCritical},
+        {VELK_IOC_CRITICAL_END, 0, kTid + 1, kTidFault},
+        {VELK_IOC_CRITICAL_END, 4, 1, "the critical value of an end is not 0"},
+        {VELK_IOC_ANCHOR, 4, 1, kReserved},
+        {VELK_IOC_ANCHOR, 8, 0, kPhase},
+        {VELK_IOC_ANCHOR, 8, 3, kPhase},
+        {VELK_IOC_ANCHOR, 8, VELK_ANCHOR_START, ""},
+        {VELK_IOC_ANCHOR, 12, 1, kReserved},
+        {VELK_IOC_ANCHOR, 16, kMinusOne, ""},
+        {VELK_IOC_ANCHOR, 20, 1, "the latency target of an end is not 0"},
+};
+
+TEST(DriverModelContent, IsJudgedFieldByField) {
+    for (const ContentCase& c : kContentCases) {
+        SCOPED_TRACE(fmt::format("{:#x} offset {} word {:#x}", c.request, c.offset, c.word));
+        ScriptedDriver driver;
+        const bool isRegistration = c.request == VELK_IOC_TASK_INIT || c.request == VELK_IOC_INIT;
+        driver.play(isRegistration ? "init" : "init, reg 1, start 1, open-span");
+        std::vector<uint32_t> record = validRecord(c.request);
+        record[c.offset / sizeof(uint32_t)] = c.word;
+
+        const int reply = driver.model.command(kNode, c.request, record.data(), kTid);
+        EXPECT_EQ(reply, *c.fault == '\0' ? 0 : -EINVAL);
+        EXPECT_STREQ(driver.recorder->events.back().verdict == Verdict::Refused
+                             ? driver.recorder->events.back().finding
+                             : "",
+                     c.fault);
+    }
+}
+
+TEST(DriverModelContent, FindsANameWithoutAnEnd) {
+    ScriptedDriver driver;
+    driver.play("init");
+    VELK_TASK_INIT_PARAM record = taskInitRecord(1);
+    std::fill(std::begin(record.taskName), std::end(record.taskName), 'x');
+    EXPECT_EQ(driver.send(VELK_IOC_TASK_INIT, record), -EINVAL);
+    record.taskName[9] = '\0';
+    EXPECT_EQ(driver.send(VELK_IOC_TASK_INIT, record), 0);
+}
+
+struct HistoryCase {
+    const char* spec;
+    const char* script;
+    const char* verdicts;
+};
+
+constexpr HistoryCase kHistoryCases[] = {
+        {"",
+         "control, init, reg 1, start 1, scene 1, end 1, start 1, end 1, open-span, close-span, "
+         "anchor 5, vsync, fps 30, control 1, uninit, control, init, reg 1, start 1",
+         "ok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\n"},
+        {"", "vsync, init, uninit, anchor 5, start 1",
+         "note: a command before init or after uninit\nok\nok\n"
+         "note: a command before init or after uninit\n"
+         "fault: start of a task that was never registered\n"},
+        {"", "init, init, reg 1, reg 1, anchor 0",
+         "ok\nnote: init without an uninit since the last one\nok\n"
+         "note: the task is registered already\nnote: the anchor starts without a target\n"},
+        {"", "init, reg 1, start 1 @1, start 1 @2, end 1 @1, end 1 @2, end 1 @1",
+         "ok\nok\nok\nok\nok\nok\nnote: end of a task that does not run\n"},
+        {"", "init, reg 1, start 1 @1, start 1 @2, end 1 @3, scene 1 @1",
+         "ok\nok\nok\nok\nnote: end of a task that only other threads run\n"
+         "note: scene change of a task that the thread does not run\n"},
+        {"", "init, reg 1, start 1, start 1, end 1",
+         "ok\nok\nok\nnote: the thread runs the task already\nok\n"},
+        {"", "init, open-span @1, open-span @2, open-span @1, close-span @1, close-span @1",
+         "ok\nok\nok\nnote: a critical span starts within another of its thread\nok\n"
+         "note: end of a critical span that is not open\n"},
+        {"", "init, control 3", "ok\nnote: the control names a task that was never registered\n"},
+        // What follows from a refusal on demand is nobody's fault.
+        {"taskInit=EIO*2", "init, reg 1, start 1, reg 1, start 1 @2, reg 1, control 1",
+         "ok\ntold\nok\ntold\nok\nok\nok\n"},
+        {"taskStart=EIO*1", "init, reg 1, start 1, scene 1, end 1, start 1, end 1",
+         "ok\nok\ntold\nok\nok\nok\nok\n"},
+        {"taskEnd=EIO*1", "init, reg 1, start 1, end 1, start 1, end 1, end 1",
+         "ok\nok\nok\ntold\nok\nok\nnote: end of a task that does not run\n"},
+        {"36=EIO*1, 37=EIO*1", "init, open-span, close-span, close-span, open-span, close-span",
+         "ok\ntold\ntold\nok\nok\nok\n"},
+        {"init=EIO*1", "init, reg 1, start 1, uninit, init", "told\nok\nok\nok\nok\n"},
+        {"uninit=EIO*1", "init, reg 1, uninit, init, reg 1", "ok\nok\ntold\nok\nok\n"},
+        {"vsync=EIO", "init, vsync, vsync, vsync", "ok\ntold\ntold\ntold\n"},
+};
+
+TEST(DriverModelHistory, IsHeldAgainstEveryCommand) {
+    for (const HistoryCase& c : kHistoryCases) {
+        SCOPED_TRACE(fmt::format("{} with \"{}\"", c.script, c.spec));
+        ScriptedDriver driver;
+        driver.model.setMisbehaviour(Misbehaviour::parse(c.spec));
+        EXPECT_EQ(driver.play(c.script), c.verdicts);
+    }
+}
+
+TEST(DriverModelHistory, RemembersARegistrationThatItRefusedByItself) {
+    ScriptedDriver driver;
+    driver.play("init");
+    VELK_TASK_INIT_PARAM record = taskInitRecord(1);
+    record.defaultUclamp = 2000;
+    EXPECT_EQ(driver.send(VELK_IOC_TASK_INIT, record), -EINVAL);
+    EXPECT_EQ(driver.play("start 1"), "note: start of a task whose registration was refused\n");
+}
+
+TEST(DriverModelCalls, AreRefusedWithTheErrnoOfTheirFault) {
+    ScriptedDriver driver;
+    const VELK_INIT_PARAM record = initRecord();
+    EXPECT_EQ(driver.model.command(kNode + 1, VELK_IOC_INIT, &record, kTid), -EBADF);
+    EXPECT_EQ(driver.model.command(kNode, VELK_IOC_INIT + 1, &record, kTid), -ENOTTY);
+    EXPECT_EQ(driver.model.command(kNode, VELK_IOC_INIT, nullptr, kTid), -EFAULT);
+    EXPECT_EQ(driver.model.close(kNode, kTid), 0);
+    EXPECT_EQ(driver.model.close(kNode, kTid), -EBADF);
+    EXPECT_EQ(driver.model.command(kNode, VELK_IOC_INIT, &record, kTid), -EBADF);
+
+    driver.model.setMisbehaviour(Misbehaviour::parse("open=EACCES*1"));
+    EXPECT_EQ(driver.model.open(kNode, kTid), -EACCES);
+    EXPECT_EQ(driver.model.open(kNode, kTid), 0);
+    driver.model.setMisbehaviour(Misbehaviour::parse("absent"));
+    EXPECT_EQ(driver.model.open(kNode, kTid), -ENOENT);
+
+    const DriverPicture picture = driver.model.picture();
+    EXPECT_EQ(picture.openDescriptors, 1U);
+    EXPECT_EQ(picture.opens.accepted, 2U);
+    EXPECT_EQ(picture.opens.refusedAsTold, 2U);
+    EXPECT_EQ(picture.closes.accepted, 1U);
+    EXPECT_EQ(picture.closes.refused, 1U);
+    EXPECT_EQ(picture.commands[0].refused, 3U);
+    EXPECT_EQ(picture.otherRequests.refused, 1U);
+}
+
+TEST(DriverModelEvents, TellTheCallAndItsOutcome) {
+    static std::atomic<int64_t> now = 0;
+    setClock([]() noexcept { return now += 1000; });
+    ScriptedDriver driver;
+    driver.model.setMisbehaviour(Misbehaviour::parse("vsync=EIO, slow=vsync:1us"));
+    const VELK_VSYNC_PARAM vsync = {};
+    driver.send(VELK_IOC_VSYNC, vsync);
+    driver.model.open(kNode + 1, 77);
+    setClock(nullptr);
+
+    ASSERT_EQ(driver.recorder->events.size(), 2U);
+    const DriverEvent& command = driver.recorder->events[0];
+    EXPECT_EQ(command.call, DriverCall::Command);
+    EXPECT_EQ(command.verdict, Verdict::RefusedAsTold);
+    EXPECT_EQ(command.sequence, 2U);  // the first open came before the observer
+    EXPECT_EQ(command.timeNs, 2000);
+    EXPECT_EQ(command.tid, kTid);
+    EXPECT_EQ(command.descriptor, kNode);
+    EXPECT_EQ(command.request, VELK_IOC_VSYNC);
+    EXPECT_STREQ(command.command->name, "vsync");
+    EXPECT_EQ(command.record, &vsync);
+    EXPECT_EQ(command.recordSize, sizeof vsync);
+    EXPECT_EQ(command.result, -1);
+    EXPECT_EQ(command.error, EIO);
+    const DriverEvent& open = driver.recorder->events[1];
+    EXPECT_EQ(open.call, DriverCall::Open);
+    EXPECT_EQ(open.result, kNode + 1);
+    EXPECT_EQ(open.tid, 77U);
+    EXPECT_EQ(open.error, 0);
+}
+
+TEST(DriverModelPicture, ShowsTasksRunsSpansControlAndCounters) {
+    static std::atomic<int64_t> now = 0;
+    setClock([]() noexcept { return now += 10; });
+    ScriptedDriver driver;
+    driver.model.setMisbehaviour(Misbehaviour::parse("taskInit=EINVAL*1"));
+    driver.play(
+            "init, reg 2, reg 1, reg 2, start 1 @5, start 2 @4, end 1 @5, start 1 @5, vsync, "
+            "end 1 @5, start 1 @6, start 1 @4, open-span @4, open-span @3, fps 24, control, "
+            "close-span @9, uninit");
+    setClock(nullptr);
+
+    const DriverPicture picture = driver.model.picture();
+    EXPECT_FALSE(picture.isInitialised);
+    ASSERT_TRUE(picture.init.has_value());
+    EXPECT_EQ(picture.init->clusterLevels[1], 800U);
+    ASSERT_EQ(picture.tasks.size(), 2U);
+    const TaskPicture& task = picture.tasks[0];
+    EXPECT_EQ(task.registration.uniqueTaskId, 1U);
+    EXPECT_STREQ(task.registration.taskName, "render");
+    EXPECT_EQ(task.starts, 4U);
+    EXPECT_EQ(task.ends, 2U);
+    EXPECT_EQ(task.totalRunNs, 40);
+    EXPECT_EQ(task.longestRunNs, 20);
+    EXPECT_TRUE(picture.tasks[1].isRegistered);
+
+    std::string running;
+    for (const RunningThread& thread : picture.running) {
+        running += fmt::format("{}/{} ", thread.tid, thread.uniqueTaskId);
+    }
+    EXPECT_EQ(running, "4/1 4/2 6/1 ");
+    ASSERT_EQ(picture.spans.size(), 2U);
+    EXPECT_EQ(picture.spans[0].tid, 3U);
+    EXPECT_EQ(picture.spans[1].criticalValue, 500);
+    ASSERT_TRUE(picture.control.has_value());
+    EXPECT_EQ(picture.control->percentLevel, 60);
+    EXPECT_EQ(picture.fps, 24U);
+    EXPECT_EQ(picture.refusedRegistrations, 1U);
+    EXPECT_EQ(picture.replayedRegistrations, 1U);
+    EXPECT_EQ(picture.commands[1].accepted, 2U);
+    EXPECT_EQ(picture.commands[1].refusedAsTold, 1U);
+    EXPECT_EQ(picture.commands[10].noted, 1U);
+    EXPECT_EQ(picture.commands[10].accepted, 1U);
+    ASSERT_EQ(picture.findings.size(), 1U);
+    EXPECT_EQ(picture.findings[0].finding, "end of a critical span that is not open");
+    EXPECT_EQ(picture.findings[0].count, 1U);
+
+    driver.play("init");
+    EXPECT_TRUE(driver.model.picture().isInitialised);
+    EXPECT_TRUE(driver.model.picture().tasks.empty());
+    driver.model.reset();
+    EXPECT_FALSE(driver.model.picture().control.has_value());
+    EXPECT_EQ(driver.model.picture().openDescriptors, 1U);
+}
+
+TEST(DriverModelThreads, ShareOneModel) {
+    constexpr int kThreads = 4;
+    constexpr uint32_t kRounds = 500;
+    ScriptedDriver driver;
+    driver.model.setObserver(nullptr);
+    driver.send(VELK_IOC_INIT, initRecord());
+    std::vector<std::thread> threads;
+    for (uint32_t tid = 1; tid <= kThreads; ++tid) {
+        threads.emplace_back([&driver, tid] {
+            driver.send(VELK_IOC_TASK_INIT, taskInitRecord(tid), tid);
+            for (uint32_t i = 0; i < kRounds; ++i) {
+                const VELK_TASK_PARAM record = {tid, tid, 0, 0};
+                driver.send(VELK_IOC_TASK_START, record, tid);
+                driver.send(VELK_IOC_TASK_END, record, tid);
+                if (i % 100 == 0) {
+                    driver.model.setMisbehaviour({});
+                    driver.model.setObserver(nullptr);
+                    driver.model.picture();
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    const DriverPicture picture = driver.model.picture();
+    EXPECT_EQ(picture.commands[2].accepted, uint64_t{kThreads} * kRounds);
+    EXPECT_TRUE(picture.findings.empty());
+    EXPECT_TRUE(std::ranges::all_of(picture.tasks,
+                                    [](const TaskPicture& task) { return task.ends == kRounds; }));
+}
+
+}  // namespace
+}  // namespace desk

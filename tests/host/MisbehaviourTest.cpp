@@ -1,0 +1,87 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "driver/Misbehaviour.h"
+
+namespace {
+
+using desk::Misbehaviour;
+using testing::AllOf;
+using testing::HasSubstr;
+
+constexpr size_t placeOf(uint32_t number) {
+    return number - VELK_COMMANDS.front().number;
+}
+
+TEST(MisbehaviourText, AsksForNothingWhenEmpty) {
+    for (const char* text : {"", "  "}) {
+        const Misbehaviour result = Misbehaviour::parse(text);
+        EXPECT_EQ(result.open.error, 0);
+        for (size_t i = 0; i < VELK_COMMANDS.size(); ++i) {
+            EXPECT_EQ(result.commands[i].error, 0);
+            EXPECT_EQ(result.delays[i].count(), 0);
+        }
+    }
+}
+
+TEST(MisbehaviourText, TakesEveryItemAndTheLaterOfTwo) {
+    const Misbehaviour result = Misbehaviour::parse(
+            "absent, 28=EINVAL*3 ,taskStart = EIO, open=EACCES * 2,anchor=EAGAIN,38=EINTR,"
+            "slow=7ms,slow=29:50us,slow = vsync : 2s");
+    EXPECT_EQ(result.open.error, EACCES);
+    EXPECT_EQ(result.open.times, 2);
+    EXPECT_EQ(result.commands[placeOf(28)].error, EINVAL);
+    EXPECT_EQ(result.commands[placeOf(28)].times, 3);
+    EXPECT_EQ(result.commands[placeOf(29)].error, EIO);
+    EXPECT_EQ(result.commands[placeOf(29)].times, Misbehaviour::kAlways);
+    EXPECT_EQ(result.commands[placeOf(38)].error, EINTR);
+    EXPECT_EQ(result.commands[placeOf(27)].error, 0);
+    EXPECT_EQ(result.delays[placeOf(27)], std::chrono::milliseconds(7));
+    EXPECT_EQ(result.delays[placeOf(29)], std::chrono::microseconds(50));
+    EXPECT_EQ(result.delays[placeOf(33)], std::chrono::seconds(2));
+
+    const Misbehaviour absent = Misbehaviour::parse("absent");
+    EXPECT_EQ(absent.open.error, ENOENT);
+    EXPECT_EQ(absent.open.times, Misbehaviour::kAlways);
+}
+
+struct BadText {
+    const char* text;
+    const char* item;
+    const char* expected;
+};
+
+TEST(MisbehaviourText, SaysWhatIsWrongAndWhatWasExpected) {
+    for (const BadText& bad : {
+                 BadText{"nonsense", "\"nonsense\": there is no =", "absent, open=ERRNO"},
+                 BadText{"28=EINVAL,,29=EIO", "\"\": it is empty", "an item between two commas"},
+                 BadText{"28=EINVAL,", "\"\": it is empty", "an item between two commas"},
+                 BadText{"26=EIO", "\"26\" is no command", "a number from 27 to 38"},
+                 BadText{"39=EIO", "\"39\" is no command", "one of init taskInit taskStart"},
+                 BadText{"taskstart=EIO", "\"taskstart\" is no command", "taskStart"},
+                 BadText{"28=EFOO", "\"EFOO\" is no errno", "a name such as EINVAL"},
+                 BadText{"open=", "\"\" is no errno", "a name such as EINVAL"},
+                 BadText{"open=13", "\"13\" is no errno", "a name such as EINVAL"},
+                 BadText{"28=EIO*", "\"\" is no count", "1 or more after the *"},
+                 BadText{"28=EIO*0", "\"0\" is no count", "1 or more after the *"},
+                 BadText{"28=EIO*-1", "\"-1\" is no count", "1 or more after the *"},
+                 BadText{"slow=50", "\"50\" is no duration", "us, ms or s, at most 10s"},
+                 BadText{"slow=11s", "\"11s\" is no duration", "at most 10s"},
+                 BadText{"slow=99999999999999999999us", "is no duration", "at most 10s"},
+                 BadText{"slow=29:", "\"\" is no duration", "us, ms or s"},
+                 BadText{"slow=x:1us", "\"x\" is no command", "a number from 27 to 38"},
+         }) {
+        try {
+            Misbehaviour::parse(bad.text);
+            ADD_FAILURE() << bad.text << " was taken";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_THAT(error.what(), AllOf(HasSubstr("driver item \""), HasSubstr(bad.item),
+                                            HasSubstr(bad.expected)));
+        }
+    }
+}
+
+}  // namespace

@@ -21,7 +21,8 @@
 
 /* Camera use case that selects tuning data. Any value of the camera stack may be passed. */
 enum VELKScenario : int32_t {
-    /* The scenario whose single-shot control serves a category that has none for the current one. */
+    /* The scenario whose single-shot control serves a category that has none for the current one.
+     */
     VELK_SCENARIO_FALLBACK = 8,
 };
 
@@ -40,10 +41,10 @@ struct VELKInitParams {
     uint32_t driverParam; /* sent to the driver unchanged */
     VELKScenario scenario;
     VELKFeatureCustomization customization;
-    bool queryMaxEfficientFreq;     /* tell the driver the maximum efficient CPU frequencies */
-    int32_t tuningParam1;           /* sent to the driver; 0 and below select 10 */
-    int32_t tuningParam2;           /* sent to the driver; 0 and below select 65 */
-    bool applyExtraDefaultControl;  /* apply a second default single-shot control */
+    bool queryMaxEfficientFreq;    /* tell the driver the maximum efficient CPU frequencies */
+    int32_t tuningParam1;          /* sent to the driver; 0 and below select 10 */
+    int32_t tuningParam2;          /* sent to the driver; 0 and below select 65 */
+    bool applyExtraDefaultControl; /* apply a second default single-shot control */
 };
 
 /* Details of a task start. Default: in no group, no flag. */
@@ -59,24 +60,23 @@ struct VELKTaskExtraParams {
  * kernel scheduler's scale 0..1024. A control outside the stated ranges is refused whole.
  */
 struct VELKSingleShotControl {
-    int32_t category = 0;                /* 0: handed over by the caller; else its category */
-    std::vector<uint32_t> uclampLevels;  /* up to 8 uclamps, merged by maximum per position */
-    int32_t percentLevel = -1;           /* -1: no request; 0..100, merged by maximum */
-    bool isReset = false;                /* set by the library in a control that it withdraws */
-    int32_t requestValue = -1;           /* -1: no request; sent unchanged */
-    int32_t auxValue = 0;                /* sent unchanged */
-    bool releaseRequest = false;         /* send -2 in place of requestValue */
-    bool auxFlag = false;                /* sent unchanged */
-    std::vector<uint32_t> rangeLevels1;  /* up to 8 values 0..1024, sent unchanged */
-    std::vector<uint32_t> rangeLevels2;  /* up to 8 values 0..1024, sent unchanged */
-    std::vector<uint32_t> rangeLevels3;  /* up to 8 values 0..1024, sent unchanged */
+    int32_t category = 0;               /* 0: handed over by the caller; else its category */
+    std::vector<uint32_t> uclampLevels; /* up to 8 uclamps, merged by maximum per position */
+    int32_t percentLevel = -1;          /* -1: no request; 0..100, merged by maximum */
+    bool isReset = false;               /* set by the library in a control that it withdraws */
+    int32_t requestValue = -1;          /* -1: no request; sent unchanged */
+    int32_t auxValue = 0;               /* sent unchanged */
+    bool releaseRequest = false;        /* send -2 in place of requestValue */
+    bool auxFlag = false;               /* sent unchanged */
+    std::vector<uint32_t> rangeLevels1; /* up to 8 values 0..1024, sent unchanged */
+    std::vector<uint32_t> rangeLevels2; /* up to 8 values 0..1024, sent unchanged */
+    std::vector<uint32_t> rangeLevels3; /* up to 8 values 0..1024, sent unchanged */
     std::multimap<int32_t, int32_t> criticalTaskUclamps; /* task enum -> uclamp of its threads */
-    std::array<uint32_t, 4> limits = {}; /* [0]: 0 no request, else merged by maximum; [1..3] sent */
-    bool passFlag = false;               /* sent unchanged */
-    bool sharedFlag = false;             /* stays on while at least one active control holds it */
+    std::array<uint32_t, 4> limits =
+            {};              /* [0]: 0 no request, else merged by maximum; [1..3] sent */
+    bool passFlag = false;   /* sent unchanged */
+    bool sharedFlag = false; /* stays on while at least one active control holds it */
     std::array<int32_t, 3> extraValues = {-1, -1, -1}; /* sent unchanged */
-
-    bool operator==(const VELKSingleShotControl&) const = default;
 };
 
 #else /* C */

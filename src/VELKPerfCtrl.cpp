@@ -63,6 +63,27 @@ constexpr int resultOf(bool sent) {
     return sent ? kSuccess : kFailure;
 }
 
+// The outcomes of calls that find the library down, out of the way of those that find it up.
+[[gnu::cold, gnu::noinline]] int failCheckInit() {
+    VELK_LOGD("no VELKResource exists, check init()");
+    return kFailure;
+}
+
+[[gnu::cold, gnu::noinline]] int failCheckInitGated() {
+    VELK_LOGD_GATED("no VELKResource exists, check init()");
+    return kFailure;
+}
+
+[[gnu::cold, gnu::noinline]] int failNoInit() {
+    VELK_LOGD("no VELKResource exists, may haven't process init()");
+    return kFailure;
+}
+
+[[gnu::cold, gnu::noinline]] int failNoInitGated() {
+    VELK_LOGD_GATED("no VELKResource exists, may haven't process init()");
+    return kFailure;
+}
+
 void publishResource(std::unique_ptr<VELKRescManagement> resource) VELK_REQUIRES(gGlobalMutex) {
     gResource = std::move(resource);
     gPublishedResource.store(gResource.get());
@@ -176,7 +197,7 @@ int VELKMachine::init(const VELKInitParams& params) {
     });
     VELK_LOGI("velk created");
     if (gResource == nullptr) {
-        VELK_LOGE("VELK init fail");
+        VELK_LOGE("init", "VELK init fail");
         return kFailure;
     }
 
@@ -235,9 +256,12 @@ int32_t adjustedTargetTime(int32_t targetTime) {
 }
 
 bool isTaskValid(VELKRescManagement& resource, const int& task) {
-    const int32_t targetTime = resource.targetTimeOf(task);
-    const int32_t defaultUclamp = resource.defaultUclampOf(task);
-    if (targetTime > 0 && defaultUclamp > 0) {
+    VELKJsonConvertor* const convertor = resource.convertorOf(task);
+    const int32_t targetTime =
+            convertor != nullptr ? convertor->getTaskTargetTime(task) : kUnknownTargetTime;
+    const int32_t defaultUclamp =
+            convertor != nullptr ? convertor->getTaskDefaultUclamp(task) : kUnknownDefaultUclamp;
+    if (targetTime > 0 && defaultUclamp > 0) [[likely]] {
         return true;
     }
     VELK_LOGD("task: %d invalid, target time: %d, defaultuclamp: %d", task,
@@ -299,8 +323,7 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
 int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraParams& extra) {
     const std::lock_guard<std::mutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
-        VELK_LOGD("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInit();
     }
     VELKRescManagement& resource = *gResource;
     if (!isTaskValid(resource, task)) {
@@ -344,8 +367,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task) {
 int VELKMachine::notifyTaskEnd(const void* key, int task) {
     const std::lock_guard<std::mutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
-        VELK_LOGD("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInit();
     }
     VELKRescManagement& resource = *gResource;
     if (!isTaskValid(resource, task)) {
@@ -375,8 +397,7 @@ int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInit();
     }
     const TraceSection section("VELK::notifyTaskSceneChange");
 
@@ -386,7 +407,7 @@ int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
     VELK_LOGI("[%s] notifyTaskSceneChange, taskId: %d", "notifyTaskSceneChange",
               static_cast<int>(record.uniqueTaskId));
     if (record.uniqueTaskId == 0) {
-        VELK_LOGE("error taskid, need to check");
+        VELK_LOGE("notifyTaskSceneChange", "error taskid, need to check");
         return kFailure;
     }
     record.sceneChangeMode = static_cast<uint32_t>(mode);
@@ -399,29 +420,28 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInit();
     }
     VELK_LOGD("VELK::notifySingleShotControl:%d", control.category);
     const TraceSection section("VELK::notifySingleShotControl");
     if (!isValidSingleShotControl(control)) {
-        VELK_LOGE("Not valid single shot control");
+        VELK_LOGE("notifySingleShotControl", "Not valid single shot control");
         return kFailure;
     }
 
-    VELKSingleShotControl resolved = control;
-    VELK_SINGLE_SHOT_PARAM record{};
-    const bool isUserControl = control.category == kUserCategory;
+    const VELKSingleShotControl* pushed = nullptr;
     bool isNewDefault = false;
-    if (isUserControl) {
-        resource->pushUserSingleShotControl(control);
+    if (control.category == kUserCategory) {
+        VELKRescManagement::UserControl copy(1, control);
+        pushed = &copy.front();
+        resource->pushUserSingleShotControl(std::move(copy));
     } else {
         isNewDefault = resource->addDefaultSingleShotControl(control);
     }
     // A caller that gets an exception may hand the same control over again.
     Rollback forgetControl([&]() noexcept {
-        if (isUserControl) {
-            resource->dropUserSingleShotControl(control);
+        if (pushed != nullptr) {
+            resource->dropUserSingleShotControl(pushed);
         } else if (isNewDefault) {
             resource->forgetDefaultSingleShotControl(control.category);
         }
@@ -429,8 +449,8 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     resource->registerSingleShotControl(control);
     Rollback deactivate([&]() noexcept { resource->undoRegisterSingleShotControl(control); });
 
-    resource->resolveSingleShotControl(resolved);
-    setSingleShotParam(record, resolved, resource);
+    VELK_SINGLE_SHOT_PARAM record{};
+    resource->resolveSingleShotControl(record, control, control.isReset);
     const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource->deviceFd(), record);
     deactivate.dismiss();
     forgetControl.dismiss();
@@ -440,60 +460,69 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
 int VELKMachine::notifySingleShotControl(int category) {
     const std::lock_guard<std::mutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
-        VELK_LOGD("no VELKResource exists, may haven't process init()");
-        return kFailure;
+        return failNoInit();
     }
     VELKSingleShotControl control;
     if (!gResource->getSingleShotSetting(category, control)) {
-        VELK_LOGE("Single shot setting of %d not found", category);
+        VELK_LOGE("notifySingleShotControl", "Single shot setting of %d not found", category);
         return kFailure;
     }
     control.category = category;
     return notifySingleShotControl(control);
 }
 
+namespace {
+
+// The newest handed-over control, taken off the stack, or the control of a category. Empty when
+// there is none.
+VELKRescManagement::UserControl takeControlToReset(VELKRescManagement& resource, int category) {
+    if (category == kUserCategory) {
+        return resource.popUserSingleShotControl();
+    }
+    VELKRescManagement::UserControl control(1);
+    if (!resource.getSingleShotSetting(category, control.front())) {
+        VELK_LOGE("notifyResetSingleShotControl", "Single shot setting of %d not found", category);
+        control.clear();
+    }
+    return control;
+}
+
+}  // namespace
+
 int VELKMachine::notifyResetSingleShotControl(int category) {
     const std::lock_guard<std::mutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
-        VELK_LOGD("no VELKResource exists, may haven't process init()");
-        return kFailure;
+        return failNoInit();
     }
     VELKRescManagement& resource = *gResource;
     VELK_LOGD("VELK::notifyResetSingleShotControl:%d", category);
     const TraceSection section("VELK::notifyResetSingleShotControl");
 
-    VELKSingleShotControl control;
-    if (category != kUserCategory) {
-        if (!resource.getSingleShotSetting(category, control)) {
-            VELK_LOGE("Single shot setting of %d not found", category);
-            return kFailure;
-        }
-    } else if (!resource.popUserSingleShotControl(control)) {
+    VELKRescManagement::UserControl taken = takeControlToReset(resource, category);
+    if (taken.empty()) {
         return kFailure;
     }
+    const VELKSingleShotControl& control = taken.front();
     if (!isValidSingleShotControl(control)) {
-        VELK_LOGE("Not valid single shot control");
+        VELK_LOGE("notifyResetSingleShotControl", "Not valid single shot control");
         return kFailure;
     }
     // A caller that gets an exception may reset again: the control is then still there.
     Rollback keepControl([&]() noexcept {
         if (category == kUserCategory) {
-            resource.restoreUserSingleShotControl(std::move(control));
+            resource.pushUserSingleShotControl(std::move(taken));
         }
     });
-
-    VELKSingleShotControl resolved = control;
-    VELK_SINGLE_SHOT_PARAM record{};
-    resolved.isReset = true;
     const WithdrawnCounts withdrawn = resource.unregisterSingleShotControl(control);
     Rollback reactivate(
             [&]() noexcept { resource.undoUnregisterSingleShotControl(control, withdrawn); });
 
-    resource.resolveSingleShotControl(resolved);
-    if (resolved.requestValue != -1) {
-        resolved.releaseRequest = true;
+    VELK_SINGLE_SHOT_PARAM record{};
+    resource.resolveSingleShotControl(record, control, true);
+    record.isReset = 1;
+    if (control.requestValue != -1) {
+        record.requestValue = VELK_REQUEST_RELEASED;
     }
-    setSingleShotParam(record, resolved, &resource);
     const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource.deviceFd(), record);
     reactivate.dismiss();
     keepControl.dismiss();
@@ -530,7 +559,7 @@ std::optional<int> markWithoutResource(int user) {
     if (!openTemporaryDevice(fd)) {
         return kFailure;
     }
-    setSingleShotParam(record, setting->second, nullptr);
+    setSingleShotParam(record, setting->second);
     return resultOf(sendIOCtl<VELK_IOC_SINGLE_SHOT>(fd, record));
 }
 
@@ -573,7 +602,7 @@ int VELKMachine::unsetCriticalTask() {
     if (!openTemporaryDevice(fd)) {
         return kFailure;
     }
-    setSingleShotParam(record, control, nullptr);
+    setSingleShotParam(record, control);
     return resultOf(sendIOCtl<VELK_IOC_SINGLE_SHOT>(fd, record));
 }
 
@@ -581,8 +610,7 @@ int VELKMachine::notifySingleShotCriticalTaskStart(int task) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD_GATED("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInitGated();
     }
     const TraceSection section("VELK::notifySingleShotCriticalTaskStart");
     if (!isCriticalTaskKnown(*resource, task)) {
@@ -599,8 +627,7 @@ int VELKMachine::notifySingleShotCriticalTaskEnd(int task) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD_GATED("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInitGated();
     }
     const TraceSection section("VELK::notifySingleShotCriticalTaskEnd");
     if (!isCriticalTaskKnown(*resource, task)) {
@@ -618,8 +645,7 @@ int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD_GATED("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInitGated();
     }
     const auto spec = resource->validateAnchor(anchor);
     if (!spec) {
@@ -640,8 +666,7 @@ int VELKMachine::notifyAnchorPointEnd(int anchor, unsigned int serial) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD_GATED("no VELKResource exists, check init()");
-        return kFailure;
+        return failCheckInitGated();
     }
     const auto spec = resource->anchorSpecUnlessInvalid(anchor);
     if (!spec) {
@@ -675,8 +700,7 @@ int VELKInfoNotifier::notifyVSync() {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD_GATED("no VELKResource exists, may haven't process init()");
-        return kFailure;
+        return failNoInitGated();
     }
     const TraceSection section("VELK::notifyVSync");
     return resultOf(sendIOCtl<VELK_IOC_VSYNC>(resource->deviceFd(), VELK_VSYNC_PARAM{}));
@@ -686,8 +710,7 @@ int VELKInfoNotifier::notifyCamFps(float fps) {
     const InsideCall inside(gActiveCalls);
     VELKRescManagement* const resource = gPublishedResource.load();
     if (resource == nullptr) {
-        VELK_LOGD_GATED("no VELKResource exists, may haven't process init()");
-        return kFailure;
+        return failNoInitGated();
     }
     const TraceSection section("VELK::notifyCamFps");
     VELK_LOGD_GATED("get fps: %f", static_cast<double>(fps));

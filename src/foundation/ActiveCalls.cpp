@@ -1,13 +1,23 @@
 #include "foundation/ActiveCalls.h"
 
 void ActiveCalls::waitForThoseInside() noexcept {
-    const uint32_t epoch = mEpoch.fetch_add(1);
-    std::atomic<uint32_t>& inside = mInside[epoch & 1];
-    for (uint32_t count = inside.load(); count != 0; count = inside.load()) {
+    const uint32_t closing = mOpenCounter.load();
+    const uint32_t opening = 1 - closing;
+    mInside[opening].fetch_add(kClosed);
+    mOpenCounter.store(opening);
+
+    std::atomic<int32_t>& inside = mInside[closing];
+    inside.fetch_sub(kClosed);
+    for (int32_t count = inside.load(); count != -kClosed; count = inside.load()) {
         inside.wait(count);
     }
 }
 
-void ActiveCalls::wakeWaiter(uint32_t epoch) noexcept {
-    mInside[epoch & 1].notify_all();
+void ActiveCalls::wakeWaiter(uint32_t counter) noexcept {
+    mInside[counter].notify_all();
+}
+
+bool ActiveCalls::isQuiet() const noexcept {
+    const uint32_t open = mOpenCounter.load();
+    return mInside[open].load() == 0 && mInside[1 - open].load() == -kClosed;
 }

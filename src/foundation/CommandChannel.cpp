@@ -1,7 +1,6 @@
 #include "foundation/CommandChannel.h"
 
 #include <fcntl.h>
-#include <sys/ioctl.h>
 
 #include <cerrno>
 #include <cstring>
@@ -27,24 +26,20 @@ bool openVELKDevice(int32_t& descriptor) {
     return false;
 }
 
-bool checkIOctlValid(int fd) {
-    if (fd >= 0) {
-        return true;
-    }
+void reportInvalidDescriptor() {
     VELK_LOGW("[%s] Can't open %s: %s", "checkIOctlValid", VELK_NODE_PATH, strerror(errno));
+}
+
+void logCommand(uint32_t request) {
+    VELK_LOGD("send ioctl command: %d", static_cast<int>(request));
+}
+
+bool reportInvalidCommand() {
+    VELK_LOGW("ioctl invalid");
     return false;
 }
 
-bool sendRecord(int fd, uint32_t request, const void* record) {
-    VELK_LOGD_GATED("send ioctl command: %d", static_cast<int>(request));
-    if (!checkIOctlValid(fd)) {
-        VELK_LOGW("ioctl invalid");
-        return false;
-    }
-    const int result = ioctl(fd, request, record);
-    if (result == 0) {
-        return true;
-    }
+bool reportRefusedCommand(int result) {
     VELK_LOGD("[%s] ioctlRet:%d, errno: %s", "sendIOCtl", result, strerror(errno));
     return false;
 }

@@ -6,11 +6,14 @@
  */
 #pragma once
 
+#include <sys/ioctl.h>
+
 #include <atomic>
 #include <cstdint>
 
 #include "VELKTypes.h"
 #include "foundation/CommandTable.h"
+#include "foundation/RuntimeSwitches.h"
 
 inline constexpr int32_t kNotOpened = -1;
 inline constexpr int32_t kNodeAbsent = -2;
@@ -23,14 +26,34 @@ VELK_INTERNAL extern std::atomic<int32_t> gDeviceFd;
 // descriptor is then kNodeAbsent and every send on it fails.
 VELK_INTERNAL bool openVELKDevice(int32_t& descriptor);
 
+// Warns that the descriptor cannot carry a command.
+VELK_INTERNAL void reportInvalidDescriptor() __attribute__((cold));
+
 // Whether the descriptor can carry a command; warns when not.
-VELK_INTERNAL bool checkIOctlValid(int fd);
+inline bool checkIOctlValid(int fd) {
+    if (fd >= 0) [[likely]] {
+        return true;
+    }
+    reportInvalidDescriptor();
+    return false;
+}
+
+// The messages of the sender, out of the way of its one system call. The first one is gated by the
+// debug log, which the sender tests.
+VELK_INTERNAL void logCommand(uint32_t request) __attribute__((cold));
+VELK_INTERNAL bool reportInvalidCommand() __attribute__((cold));
+VELK_INTERNAL bool reportRefusedCommand(int result) __attribute__((cold));
 
 // Sends the record of a command as it stands; true when the driver took it. Never retries.
-VELK_INTERNAL bool sendRecord(int fd, uint32_t request, const void* record);
-
 template <uint32_t Request, typename Record>
-bool sendIOCtl(int fd, const Record& record) {
+inline bool sendIOCtl(int fd, const Record& record) {
     static_assert(isWireRecord<Record> && _IOC_SIZE(Request) == sizeof(Record));
-    return sendRecord(fd, Request, &record);
+    if (isDebugLogEnabled()) [[unlikely]] {
+        logCommand(Request);
+    }
+    if (!checkIOctlValid(fd)) {
+        return reportInvalidCommand();
+    }
+    const int result = ioctl(fd, Request, &record);
+    return result == 0 || reportRefusedCommand(result);
 }

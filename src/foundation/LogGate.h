@@ -6,7 +6,7 @@
  * message found, so that strerror(errno) says the same in both. A message that does not pass costs
  * two or three loads.
  *
- *   VELK_LOGE  error: always passes; the Android log also gets operation, line and source
+ *   VELK_LOGE  error: always passes; the Android log also gets the operation, line and source
  *   VELK_LOGW  warning, VELK_LOGI  info, VELK_LOGD  debug
  *   ..._GATED  the same, but only while the debug log is on
  */
@@ -75,18 +75,23 @@ VELK_INTERNAL inline ULogger* selectedULogger() {
 VELK_INTERNAL void writeULogger(ULogger& logger, LogLevel level, const char* format, ...)
         __attribute__((format(printf, 3, 4), cold));
 
-#define VELK_LOG_TO_SINKS(level, androidWrite, ...)          \
-    do {                                                     \
-        if (passesLogLevel(level)) [[unlikely]] {            \
-            const ErrnoKeeper errnoKeeper;                   \
-            if (isAndroidLogSelected()) {                    \
-                androidWrite;                                \
-            }                                                \
-            if (ULogger* const logger = selectedULogger()) { \
-                errnoKeeper.restore();                       \
-                writeULogger(*logger, level, __VA_ARGS__);   \
-            }                                                \
-        }                                                    \
+// What a message that passes does lies in a function of its own, so that the operation around it
+// pays for the test alone.
+#define VELK_LOG_TO_SINKS(level, androidWrite, ...)              \
+    do {                                                         \
+        if (passesLogLevel(level)) [[unlikely]] {                \
+            [&]() __attribute__((noinline, cold)) {              \
+                const ErrnoKeeper errnoKeeper;                   \
+                if (isAndroidLogSelected()) {                    \
+                    androidWrite;                                \
+                }                                                \
+                if (ULogger* const logger = selectedULogger()) { \
+                    errnoKeeper.restore();                       \
+                    writeULogger(*logger, level, __VA_ARGS__);   \
+                }                                                \
+            }                                                    \
+            ();                                                  \
+        }                                                        \
     } while (false)
 
 #define VELK_LOG_PLAIN(level, ...)                                                            \
@@ -94,11 +99,11 @@ VELK_INTERNAL void writeULogger(ULogger& logger, LogLevel level, const char* for
                       __android_log_print(androidPriority(level), VELK_LOG_TAG, __VA_ARGS__), \
                       __VA_ARGS__)
 
-#define VELK_LOGE(format, ...)                                                               \
+#define VELK_LOGE(operation, format, ...)                                                    \
     VELK_LOG_TO_SINKS(LogLevel::Error,                                                       \
                       __android_log_print(androidPriority(LogLevel::Error), VELK_LOG_TAG,    \
                                           format " (%s){#%d:%s}" __VA_OPT__(, ) __VA_ARGS__, \
-                                          __func__, __LINE__, VELK_LOG_SOURCE),              \
+                                          operation, __LINE__, VELK_LOG_SOURCE),             \
                       format __VA_OPT__(, ) __VA_ARGS__)
 #define VELK_LOGW(...) VELK_LOG_PLAIN(LogLevel::Warning, __VA_ARGS__)
 #define VELK_LOGI(...) VELK_LOG_PLAIN(LogLevel::Info, __VA_ARGS__)

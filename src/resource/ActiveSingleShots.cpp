@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <iterator>
 
+#include "resource/SingleShotRecord.h"
 #include "resource/VELKRescManagement.h"
 
 namespace {
@@ -7,40 +9,32 @@ namespace {
 // The convertor's answer for the target time of a task kind that it does not know.
 constexpr int32_t kUnknownTaskKind = -2;
 
+// The larger of a floor and the active values; the floor alone when nothing is active.
+int32_t largerOf(int32_t floor, const ActiveValues& values) {
+    return values.empty() ? floor : std::max(floor, static_cast<int32_t>(values.largest()));
+}
+
 }  // namespace
 
-void VELKRescManagement::pushUserSingleShotControl(const VELKSingleShotControl& control) {
+void VELKRescManagement::pushUserSingleShotControl(UserControl&& control) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    mUserSingleShotControls.push_back(control);
+    mUserSingleShotControls.splice(mUserSingleShotControls.end(), control);
 }
 
-void VELKRescManagement::dropUserSingleShotControl(const VELKSingleShotControl& control) noexcept {
+VELKRescManagement::UserControl VELKRescManagement::popUserSingleShotControl() {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    const auto newest =
-            std::find(mUserSingleShotControls.rbegin(), mUserSingleShotControls.rend(), control);
-    if (newest != mUserSingleShotControls.rend()) {
-        mUserSingleShotControls.erase(std::next(newest).base());
+    UserControl newest;
+    if (!mUserSingleShotControls.empty()) {
+        newest.splice(newest.end(), mUserSingleShotControls,
+                      std::prev(mUserSingleShotControls.end()));
     }
+    return newest;
 }
 
-bool VELKRescManagement::popUserSingleShotControl(VELKSingleShotControl& control) {
+void VELKRescManagement::dropUserSingleShotControl(const VELKSingleShotControl* control) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    if (mUserSingleShotControls.empty()) {
-        return false;
-    }
-    control = std::move(mUserSingleShotControls.back());
-    mUserSingleShotControls.pop_back();
-    return true;
-}
-
-void VELKRescManagement::restoreUserSingleShotControl(VELKSingleShotControl&& control) noexcept {
-    const std::lock_guard<std::mutex> lock(mResourceLock);
-    try {
-        mUserSingleShotControls.push_back(std::move(control));
-    } catch (const std::bad_alloc&) {
-        // Another thread has taken the room that the control left, and there is no more of it.
-        return;
-    }
+    mUserSingleShotControls.remove_if(
+            [control](const VELKSingleShotControl& other) { return &other == control; });
 }
 
 // Visits the values that the control contributes, each with the multiset it belongs to. The
@@ -54,7 +48,7 @@ void VELKRescManagement::visitActiveValues(const VELKSingleShotControl& control,
         visit(mActiveLimits, control.limits[0]);
     }
     for (size_t i = 0; i < control.uclampLevels.size(); ++i) {
-        visit(mActiveUclampLevels[i], static_cast<int32_t>(control.uclampLevels[i]));
+        visit(mActiveUclampLevels[i], control.uclampLevels[i]);
     }
     for (const auto& [task, uclamp] : control.criticalTaskUclamps) {
         visit(mActiveCriticalTaskUclamps.find(task)->second, uclamp);
@@ -73,15 +67,15 @@ void VELKRescManagement::registerSingleShotControl(const VELKSingleShotControl& 
     // Everything that can fail for want of memory comes first.
     ensureCriticalTaskEntries(control);
     const size_t room = 1 + control.criticalTaskUclamps.size();
-    visitActiveValues(control, [room](auto& values, auto) { values.makeRoom(room); });
-    visitActiveValues(control, [](auto& values, auto value) { values.insert(value); });
+    visitActiveValues(control, [room](ActiveValues& values, int64_t) { values.makeRoom(room); });
+    visitActiveValues(control, [](ActiveValues& values, int64_t value) { values.insert(value); });
     mSharedFlagCount += control.sharedFlag ? 1 : 0;
 }
 
 void VELKRescManagement::undoRegisterSingleShotControl(
         const VELKSingleShotControl& control) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    visitActiveValues(control, [](auto& values, auto value) { values.eraseOne(value); });
+    visitActiveValues(control, [](ActiveValues& values, int64_t value) { values.eraseOne(value); });
     mSharedFlagCount -= control.sharedFlag ? 1 : 0;
 }
 
@@ -91,8 +85,9 @@ WithdrawnCounts VELKRescManagement::unregisterSingleShotControl(
     ensureCriticalTaskEntries(control);
     WithdrawnCounts counts;
     counts.reserve(control.criticalTaskUclamps.size());
-    visitActiveValues(control,
-                      [&counts](auto& values, auto value) { counts.add(values.eraseAll(value)); });
+    visitActiveValues(control, [&counts](ActiveValues& values, int64_t value) {
+        counts.add(values.eraseAll(value));
+    });
     mSharedFlagCount -= control.sharedFlag ? 1 : 0;
     return counts;
 }
@@ -101,44 +96,50 @@ void VELKRescManagement::undoUnregisterSingleShotControl(const VELKSingleShotCon
                                                          const WithdrawnCounts& counts) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
     size_t position = 0;
-    visitActiveValues(control, [&](auto& values, auto value) {
+    visitActiveValues(control, [&](ActiveValues& values, int64_t value) {
         values.insertCopies(value, counts[position++]);
     });
     mSharedFlagCount += control.sharedFlag ? 1 : 0;
 }
 
-void VELKRescManagement::resolveSingleShotControl(VELKSingleShotControl& control) {
+void VELKRescManagement::resolveSingleShotControl(VELK_SINGLE_SHOT_PARAM& record,
+                                                  const VELKSingleShotControl& control,
+                                                  bool isReset) {
+    setSingleShotParam(record, control);
     if (!control.uclampLevels.empty()) {
-        resolveUclampLevels(control.uclampLevels);
+        resolveUclampLevels(record, control.uclampLevels.size());
     }
-    if (!control.criticalTaskUclamps.empty()) {
-        resolveCriticalTaskUclamps(control.criticalTaskUclamps);
+    CriticalTaskUclamps criticalTasks = control.criticalTaskUclamps;
+    if (!criticalTasks.empty()) {
+        resolveCriticalTaskUclamps(criticalTasks);
     }
     if (control.percentLevel != -1) {
         const std::lock_guard<std::mutex> lock(mResourceLock);
-        control.percentLevel = mActivePercentLevels.empty() ? VELK_PERCENT_NONE_ACTIVE
-                                                            : mActivePercentLevels.largest();
+        record.percentLevel = mActivePercentLevels.empty()
+                                      ? VELK_PERCENT_NONE_ACTIVE
+                                      : static_cast<int32_t>(mActivePercentLevels.largest());
     }
     if (control.limits[0] != 0) {
         const std::lock_guard<std::mutex> lock(mResourceLock);
-        control.limits[0] =
-                mActiveLimits.empty() ? VELK_LIMIT_NONE_ACTIVE : mActiveLimits.largest();
+        record.limits[0] = mActiveLimits.empty() ? VELK_LIMIT_NONE_ACTIVE
+                                                 : static_cast<uint32_t>(mActiveLimits.largest());
     }
     if (control.sharedFlag) {
         const std::lock_guard<std::mutex> lock(mResourceLock);
         // A reset tells the driver to drop the flag once nobody holds it any more.
-        control.sharedFlag = control.isReset ? mSharedFlagCount == 0 : mSharedFlagCount >= 1;
+        record.sharedFlag = isReset ? mSharedFlagCount == 0 : mSharedFlagCount >= 1;
+    }
+    if (!criticalTasks.empty()) {
+        setCriticalTasks(record, criticalTasks, *this);
     }
 }
 
-void VELKRescManagement::resolveUclampLevels(std::vector<uint32_t>& levels) {
+void VELKRescManagement::resolveUclampLevels(VELK_SINGLE_SHOT_PARAM& record, size_t levels) {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    for (size_t i = 0; i < levels.size(); ++i) {
-        auto level = static_cast<int32_t>(clusterLevel(static_cast<int>(i)));
-        if (!mActiveUclampLevels[i].empty()) {
-            level = std::max(level, mActiveUclampLevels[i].largest());
-        }
-        levels[i] = static_cast<uint32_t>(level);
+    for (size_t i = 0; i < levels; ++i) {
+        // The floor is compared as the signed value that the convertor's level is to the driver.
+        const auto floor = static_cast<int32_t>(clusterLevel(static_cast<int>(i)));
+        record.uclampLevels[i] = static_cast<uint32_t>(largerOf(floor, mActiveUclampLevels[i]));
     }
 }
 
@@ -154,10 +155,7 @@ void VELKRescManagement::resolveCriticalTaskUclamps(CriticalTaskUclamps& table) 
             (convertor != nullptr && convertor->getTaskTargetTime(task) == kUnknownTaskKind)) {
             continue;
         }
-        entry->second = defaultUclampOf(task);
-        if (!active->second.empty()) {
-            entry->second = std::max(entry->second, active->second.largest());
-        }
+        entry->second = largerOf(defaultUclampOf(task), active->second);
     }
 }
 
@@ -165,8 +163,5 @@ int32_t VELKRescManagement::criticalValueOf(int task) {
     const std::lock_guard<std::mutex> lock(mResourceLock);
     const int32_t value = defaultUclampOf(task);
     const auto active = mActiveCriticalTaskUclamps.find(task);
-    if (active == mActiveCriticalTaskUclamps.end() || active->second.empty()) {
-        return value;
-    }
-    return std::max(value, active->second.largest());
+    return active != mActiveCriticalTaskUclamps.end() ? largerOf(value, active->second) : value;
 }

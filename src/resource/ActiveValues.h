@@ -7,61 +7,44 @@
  */
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
-template <typename Value>
-class ActiveValues {
+#include "VELKTypes.h"
+
+// Values are wide enough for every signed and unsigned field of a control.
+class VELK_INTERNAL ActiveValues {
   public:
     bool empty() const { return mSorted.empty(); }
     // Only while not empty.
-    Value largest() const { return mSorted.back(); }
+    int64_t largest() const { return mSorted.back(); }
 
     // Makes room for `count` more values; only this may allocate.
     void makeRoom(size_t count) {
-        const size_t needed = mSorted.size() + count;
-        if (needed > mSorted.capacity()) [[unlikely]] {
-            mSorted.reserve(std::max(needed, 2 * mSorted.capacity()));
+        if (count > mSorted.capacity() - mSorted.size()) [[unlikely]] {
+            grow(count);
         }
     }
-
     // Adds a value for which room was made.
-    void insert(Value value) noexcept {
-        mSorted.insert(std::upper_bound(mSorted.begin(), mSorted.end(), value), value);
-    }
-
+    void insert(int64_t value) noexcept;
     // Puts back values that eraseAll removed, as far as nobody else has used their room since.
-    void insertCopies(Value value, size_t count) noexcept {
-        const size_t room = mSorted.capacity() - mSorted.size();
-        mSorted.insert(std::upper_bound(mSorted.begin(), mSorted.end(), value),
-                       std::min(count, room), value);
-    }
-
+    void insertCopies(int64_t value, size_t count) noexcept;
     // Removes one value.
-    void eraseOne(Value value) noexcept {
-        const auto position = std::lower_bound(mSorted.begin(), mSorted.end(), value);
-        if (position != mSorted.end() && *position == value) {
-            mSorted.erase(position);
-        }
-    }
-
+    void eraseOne(int64_t value) noexcept;
     // Removes every equal value and tells how many there were.
-    size_t eraseAll(Value value) noexcept {
-        const auto [first, last] = std::equal_range(mSorted.begin(), mSorted.end(), value);
-        const auto count = static_cast<size_t>(last - first);
-        mSorted.erase(first, last);
-        return count;
-    }
+    size_t eraseAll(int64_t value) noexcept;
 
   private:
-    std::vector<Value> mSorted;
+    void grow(size_t count);
+
+    std::vector<int64_t> mSorted;
 };
 
 // How often each value of a withdrawn control was active, in the order in which a control's values
 // are visited. Percent level, limit and levels fit in place; only critical tasks need the heap.
-class WithdrawnCounts {
+class VELK_INTERNAL WithdrawnCounts {
   public:
     // Makes room for the counts of this many critical tasks.
     void reserve(size_t criticalTasks) { mOverflow.reserve(criticalTasks); }

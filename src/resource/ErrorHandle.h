@@ -29,9 +29,9 @@ class ErrorHandle {
                                         mResiduals.erase(position);
                                     }
                                 });
-        if (mResiduals.size() >= kWarnFrom) {
-            VELK_LOGW("too many Error, error number: %lu",
-                      static_cast<unsigned long>(mResiduals.size()));
+        const auto count = static_cast<unsigned long>(mResiduals.size());
+        if (count >= kWarnFrom) {
+            VELK_LOGW("too many Error, error number: %lu", count);
         }
         forget.dismiss();
     }
@@ -60,7 +60,7 @@ class ErrorHandle {
     }
 
   private:
-    static constexpr size_t kWarnFrom = 6;
+    static constexpr unsigned long kWarnFrom = 6;
 
     std::unordered_map<Key, Value> mResiduals VELK_GUARDED_BY(mLock);
     std::mutex mLock;

@@ -35,8 +35,7 @@ bool isValidSingleShotControl(const VELKSingleShotControl& control) {
                        });
 }
 
-void setSingleShotParam(VELK_SINGLE_SHOT_PARAM& record, const VELKSingleShotControl& control,
-                        VELKRescManagement* resource) {
+void setSingleShotParam(VELK_SINGLE_SHOT_PARAM& record, const VELKSingleShotControl& control) {
     record.tid = gettid();
     copyLevels(control.uclampLevels, record.uclampLevels);
     record.percentLevel = control.percentLevel;
@@ -51,18 +50,18 @@ void setSingleShotParam(VELK_SINGLE_SHOT_PARAM& record, const VELKSingleShotCont
     record.passFlag = control.passFlag;
     record.sharedFlag = control.sharedFlag;
     std::copy(control.extraValues.begin(), control.extraValues.end(), record.extraValues);
+}
 
-    if (control.criticalTaskUclamps.empty() || resource == nullptr) {
-        return;
-    }
+void setCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, const CriticalTaskUclamps& criticalTasks,
+                      VELKRescManagement& resource) {
     std::vector<unsigned> ids;
     std::vector<uint32_t> uclamps;
-    for (const auto& [task, uclamp] : control.criticalTaskUclamps) {
-        resource->getUniqueTaskIdsFromTask(task, ids);
+    for (const auto& [task, uclamp] : criticalTasks) {
+        resource.getUniqueTaskIdsFromTask(task, ids);
         uclamps.resize(ids.size(), static_cast<uint32_t>(uclamp));
     }
     if (ids.empty() || ids.size() > kMaxCriticalTasks) {
-        VELK_LOGE("invalid critical task ids or uclamps size");
+        VELK_LOGE("setSingleShotParam", "invalid critical task ids or uclamps size");
         return;
     }
     std::copy(ids.begin(), ids.end(), record.criticalTaskIds);

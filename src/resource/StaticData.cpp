@@ -21,12 +21,12 @@ bool VELKRescManagement::queryStaticData(const VELKInitParams& params) {
             VELK_JSON_SOURCE_CUSTOMER, params.scenario, VELK_CUSTOMIZATION_NONE);
 
     if (mpJsonConvertor == nullptr) {
-        VELK_LOGE("mpJsonConvertor is nullptr");
+        VELK_LOGE("queryStaticData", "mpJsonConvertor is nullptr");
     } else {
         mpJsonConvertor->load();
     }
     if (mpCustomJsonConvertor == nullptr) {
-        VELK_LOGE("mpCustomJsonConvertor is nullptr");
+        VELK_LOGE("queryStaticData", "mpCustomJsonConvertor is nullptr");
     } else {
         mpCustomJsonConvertor->load();
     }
@@ -40,16 +40,6 @@ bool VELKRescManagement::queryStaticData(const VELKInitParams& params) {
     mAnchorSpecs = std::move(anchorSpecs);
     mCustAnchorSpecs = std::move(custAnchorSpecs);
     return mpJsonConvertor != nullptr;
-}
-
-int32_t VELKRescManagement::targetTimeOf(int task) const {
-    VELKJsonConvertor* const convertor = convertorOf(task);
-    return convertor != nullptr ? convertor->getTaskTargetTime(task) : kUnknownTargetTime;
-}
-
-int32_t VELKRescManagement::defaultUclampOf(int task) const {
-    VELKJsonConvertor* const convertor = convertorOf(task);
-    return convertor != nullptr ? convertor->getTaskDefaultUclamp(task) : kUnknownDefaultUclamp;
 }
 
 int32_t VELKRescManagement::specValueOf(int task) const {
@@ -71,10 +61,6 @@ std::string VELKRescManagement::taskName(int task) const {
         name = mpCustomJsonConvertor->getTaskName(task);
     }
     return name;
-}
-
-uint32_t VELKRescManagement::clusterLevel(int index) const {
-    return mpJsonConvertor != nullptr ? mpJsonConvertor->getClusterLevel(index) : kMaxUclamp;
 }
 
 uint32_t VELKRescManagement::clusterDefaultLevel(int cluster) const {

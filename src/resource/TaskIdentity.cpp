@@ -7,13 +7,20 @@
 unsigned VELKRescManagement::getUniqueTaskId(const void* key, const int& task,
                                              bool& isFirstShowUp) {
     const std::lock_guard<std::mutex> lock(mUniqueTaskIdMutex);
-    std::unordered_map<int, uint32_t>& ids = mUniqueTaskIds[reinterpret_cast<intptr_t>(key)];
-    if (const auto known = ids.find(task); known != ids.end()) [[likely]] {
-        return known->second;
+    if (const auto ids = mUniqueTaskIds.find(reinterpret_cast<intptr_t>(key));
+        ids != mUniqueTaskIds.end()) [[likely]] {
+        if (const auto known = ids->second.find(task); known != ids->second.end()) [[likely]] {
+            return known->second;
+        }
     }
+    return addUniqueTaskId(key, task, isFirstShowUp);
+}
 
+[[gnu::noinline, gnu::cold]] unsigned VELKRescManagement::addUniqueTaskId(const void* key, int task,
+                                                                          bool& isFirstShowUp) {
     isFirstShowUp = true;
     const uint32_t id = mNextUniqueTaskId;
+    std::unordered_map<int, uint32_t>& ids = mUniqueTaskIds[reinterpret_cast<intptr_t>(key)];
     ids.emplace(task, id);
     // Until the caller has the id, a failed dump must leave neither the pair nor its id behind.
     Rollback forget([&]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
@@ -45,23 +52,18 @@ void VELKRescManagement::removeUniqueTaskId(const void* key, const int& task) {
 void VELKRescManagement::updateTaskState(const int& task, int uniqueTaskId, unsigned tid,
                                          bool isStart) {
     const std::lock_guard<std::mutex> lock(mTaskStateMutex);
-    VELK_LOGD("check mTaskState(%d) size: %lu", task,
-              static_cast<unsigned long>(mTaskState.size()));
-    const auto state = mTaskState.find(task);
-
-    if (!isStart) {
-        if (state != mTaskState.end()) {
-            for (TaskState& slot : state->second) {
-                if (slot.uniqueTaskId == uniqueTaskId) {
-                    slot.isActive = false;
-                }
-            }
-        }
-        return;
+    const auto taskEnums = static_cast<unsigned long>(mTaskState.size());
+    VELK_LOGD("check mTaskState(%d) size: %lu", task, taskEnums);
+    if (isStart) {
+        startTask(task, {true, tid, uniqueTaskId});
+    } else {
+        endTask(task, uniqueTaskId);
     }
+}
 
-    const TaskState started = {true, tid, uniqueTaskId};
-    if (state == mTaskState.end()) {
+void VELKRescManagement::startTask(int task, const TaskState& started) {
+    const auto state = mTaskState.find(task);
+    if (state == mTaskState.end()) [[unlikely]] {
         mTaskState.emplace(task, std::vector<TaskState>{started});
         return;
     }
@@ -72,6 +74,18 @@ void VELKRescManagement::updateTaskState(const int& task, int uniqueTaskId, unsi
         }
     }
     state->second.push_back(started);
+}
+
+void VELKRescManagement::endTask(int task, int uniqueTaskId) {
+    const auto state = mTaskState.find(task);
+    if (state == mTaskState.end()) {
+        return;
+    }
+    for (TaskState& slot : state->second) {
+        if (slot.uniqueTaskId == uniqueTaskId) {
+            slot.isActive = false;
+        }
+    }
 }
 
 unsigned VELKRescManagement::findTaskIdFromTid(const int& task, unsigned tid) {

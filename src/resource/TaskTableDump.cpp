@@ -17,14 +17,14 @@ constexpr mode_t kDumpMode = 0700;
 void VELKRescManagement::dumpTaskTable() {
     std::string text = "UniqueTaskId => VELKMonitorTask\n";
     for (const auto& [id, task] : mUniqueIdToTask) {
-        text += std::to_string(id) + " => " + taskName(task) + "\n";
+        text.append(std::to_string(id)).append(" => ").append(taskName(task)).append("\n");
     }
 
     VELK_LOGI("remember to apply \"adb shell setenforce 0\" before dump");
     VELK_LOGI("save to %s", kDumpPath);
     const int fd = open(kDumpPath, O_RDWR | O_CREAT | O_TRUNC, kDumpMode);
     if (fd < 0) {
-        VELK_LOGE("fail to open %s: %s", kDumpPath, strerror(errno));
+        VELK_LOGE("dumpTaskTable", "fail to open %s: %s", kDumpPath, strerror(errno));
         return;
     }
     // A debugging aid: a short write costs the reader some lines and nobody else anything.

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -24,6 +25,7 @@
 #include "foundation/ThreadSafety.h"
 #include "resource/ActiveValues.h"
 #include "resource/ErrorHandle.h"
+#include "resource/SingleShotRecord.h"
 
 // Answer of lookupGroupHead when there is no group head.
 inline constexpr uint32_t INVALID_UNIQUE_TASK_ID = 0xFFFFFFFF;
@@ -81,14 +83,22 @@ class VELK_INTERNAL VELKRescManagement {
         }
         return nullptr;
     }
-    int32_t targetTimeOf(int task) const;
-    int32_t defaultUclampOf(int task) const;
+    int32_t targetTimeOf(int task) const {
+        VELKJsonConvertor* const convertor = convertorOf(task);
+        return convertor != nullptr ? convertor->getTaskTargetTime(task) : kUnknownTargetTime;
+    }
+    int32_t defaultUclampOf(int task) const {
+        VELKJsonConvertor* const convertor = convertorOf(task);
+        return convertor != nullptr ? convertor->getTaskDefaultUclamp(task) : kUnknownDefaultUclamp;
+    }
     int32_t specValueOf(int task) const;
     bool isVIPTask(int task) const;
     // The platform's name of a task, else the customer's, whatever the enum; else empty.
     std::string taskName(int task) const;
     // Level of a CPU cluster or of a level position, full capacity without tuning data.
-    uint32_t clusterLevel(int index) const;
+    uint32_t clusterLevel(int index) const {
+        return mpJsonConvertor != nullptr ? mpJsonConvertor->getClusterLevel(index) : kMaxUclamp;
+    }
     uint32_t clusterDefaultLevel(int cluster) const;
 
     // --- Task identity (TaskIdentity.cpp) --------------------------------------------------------
@@ -134,14 +144,16 @@ class VELK_INTERNAL VELKRescManagement {
 
     // --- Active single-shot controls (ActiveSingleShots.cpp) -------------------------------------
 
-    // Handed-over controls, newest last. Dropping removes the newest control equal to the given
-    // one.
-    void pushUserSingleShotControl(const VELKSingleShotControl& control)
-            VELK_EXCLUDES(mResourceLock);
-    void dropUserSingleShotControl(const VELKSingleShotControl& control) noexcept
-            VELK_EXCLUDES(mResourceLock);
-    bool popUserSingleShotControl(VELKSingleShotControl& control) VELK_EXCLUDES(mResourceLock);
-    void restoreUserSingleShotControl(VELKSingleShotControl&& control) noexcept
+    // A control on its way onto the stack of handed-over controls or off it. Moving it between
+    // lists neither copies nor fails.
+    using UserControl = std::list<VELKSingleShotControl>;
+
+    // Puts the one control of the list on top of the stack.
+    void pushUserSingleShotControl(UserControl&& control) noexcept VELK_EXCLUDES(mResourceLock);
+    // Takes the newest control off the stack; an empty list when there is none.
+    UserControl popUserSingleShotControl() VELK_EXCLUDES(mResourceLock);
+    // Takes a control off the stack wherever it lies; no effect when it has been popped.
+    void dropUserSingleShotControl(const VELKSingleShotControl* control) noexcept
             VELK_EXCLUDES(mResourceLock);
 
     // Adds the control's values to the active ones; all or none.
@@ -157,8 +169,11 @@ class VELK_INTERNAL VELKRescManagement {
     void undoUnregisterSingleShotControl(const VELKSingleShotControl& control,
                                          const WithdrawnCounts& counts) noexcept
             VELK_EXCLUDES(mResourceLock);
-    // Replaces the control's values with the merge of everything active.
-    void resolveSingleShotControl(VELKSingleShotControl& control) VELK_EXCLUDES(mResourceLock);
+    // Fills a zeroed record with the control, its values replaced by the merge of everything
+    // active. `isReset`: the control is being withdrawn.
+    void resolveSingleShotControl(VELK_SINGLE_SHOT_PARAM& record,
+                                  const VELKSingleShotControl& control, bool isReset)
+            VELK_EXCLUDES(mResourceLock);
     // The larger of the task's default uclamp and what active controls ask for it.
     int32_t criticalValueOf(int task) VELK_EXCLUDES(mResourceLock);
 
@@ -171,9 +186,12 @@ class VELK_INTERNAL VELKRescManagement {
     std::optional<AnchorSpec> anchorSpecUnlessInvalid(int anchor) VELK_EXCLUDES(mAnchorLock);
 
   private:
-    using CriticalTaskUclamps = std::multimap<int32_t, int32_t>;
-
-    void resolveUclampLevels(std::vector<uint32_t>& levels) VELK_EXCLUDES(mResourceLock);
+    unsigned addUniqueTaskId(const void* key, int task, bool& isFirstShowUp)
+            VELK_REQUIRES(mUniqueTaskIdMutex);
+    void startTask(int task, const TaskState& started) VELK_REQUIRES(mTaskStateMutex);
+    void endTask(int task, int uniqueTaskId) VELK_REQUIRES(mTaskStateMutex);
+    void resolveUclampLevels(VELK_SINGLE_SHOT_PARAM& record, size_t levels)
+            VELK_EXCLUDES(mResourceLock);
     void resolveCriticalTaskUclamps(CriticalTaskUclamps& table) VELK_EXCLUDES(mResourceLock);
     template <typename Visitor>
     void visitActiveValues(const VELKSingleShotControl& control, Visitor&& visit)
@@ -213,11 +231,11 @@ class VELK_INTERNAL VELKRescManagement {
             VELK_GUARDED_BY(mSettingsLock);
     std::mutex mSettingsLock;
 
-    std::vector<VELKSingleShotControl> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);
-    std::array<ActiveValues<int32_t>, 8> mActiveUclampLevels VELK_GUARDED_BY(mResourceLock);
-    ActiveValues<int32_t> mActivePercentLevels VELK_GUARDED_BY(mResourceLock);
-    ActiveValues<uint32_t> mActiveLimits VELK_GUARDED_BY(mResourceLock);
-    std::unordered_map<int32_t, ActiveValues<int32_t>> mActiveCriticalTaskUclamps
+    std::list<VELKSingleShotControl> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);
+    std::array<ActiveValues, 8> mActiveUclampLevels VELK_GUARDED_BY(mResourceLock);
+    ActiveValues mActivePercentLevels VELK_GUARDED_BY(mResourceLock);
+    ActiveValues mActiveLimits VELK_GUARDED_BY(mResourceLock);
+    std::unordered_map<int32_t, ActiveValues> mActiveCriticalTaskUclamps
             VELK_GUARDED_BY(mResourceLock);
     int32_t mSharedFlagCount VELK_GUARDED_BY(mResourceLock) = 0;
     std::mutex mResourceLock;

@@ -32,6 +32,7 @@
 #include "foundation/TraceSection.h"
 #include "resource/AnchorTargets.h"
 #include "resource/SingleShotRecord.h"
+#include "resource/TaskIdentityInline.h"
 #include "resource/VELKRescManagement.h"
 
 namespace {
@@ -142,7 +143,7 @@ const ExitTeardown gExitTeardown;
 
 namespace {
 
-VELK_INIT_PARAM buildInitRecord(const VELKRescManagement& resource) {
+[[gnu::cold]] VELK_INIT_PARAM buildInitRecord(const VELKRescManagement& resource) {
     const VELKInitParams& params = resource.initParams();
     VELK_INIT_PARAM record{};
     record.driverParam = params.driverParam;
@@ -160,7 +161,7 @@ VELK_INIT_PARAM buildInitRecord(const VELKRescManagement& resource) {
     return record;
 }
 
-void applyDefaultControls(const VELKRescManagement& resource) {
+[[gnu::cold]] void applyDefaultControls(const VELKRescManagement& resource) {
     VELKSingleShotControl levels;
     for (int cluster = 0; cluster < 3; ++cluster) {
         levels.rangeLevels1.push_back(resource.clusterDefaultLevel(cluster));
@@ -176,7 +177,7 @@ void applyDefaultControls(const VELKRescManagement& resource) {
 
 }  // namespace
 
-int VELKMachine::init(const VELKInitParams& params) {
+[[gnu::cold]] int VELKMachine::init(const VELKInitParams& params) {
     if (!isVELKEnabled()) {
         VELK_LOGW_GATED("VELK is not supported!");
         return kFailure;
@@ -209,7 +210,7 @@ int VELKMachine::init(const VELKInitParams& params) {
     return resultOf(sent);
 }
 
-int VELKMachine::uninit() {
+[[gnu::cold]] int VELKMachine::uninit() {
     const std::lock_guard<std::mutex> lock(gGlobalMutex);
     closeTemporaryDevice();
     if (gUseCount == 0) {
@@ -336,7 +337,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
     bool isFirstShowUp = false;
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
-    record.uniqueTaskId = resource.getUniqueTaskId(key, task, isFirstShowUp);
+    record.uniqueTaskId = resource.uniqueTaskIdOf(key, task, isFirstShowUp);
     {
         // A pair whose registration is neither sent nor kept has to be registered next time.
         Rollback forgetPair([&]() noexcept {
@@ -356,7 +357,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
     }
 
     const bool sent = sendIOCtl<VELK_IOC_TASK_START>(resource.deviceFd(), record);
-    resource.updateTaskState(task, static_cast<int>(record.uniqueTaskId), record.tid, true);
+    resource.recordTaskStart(task, record.uniqueTaskId, record.tid);
     return resultOf(sent);
 }
 
@@ -380,7 +381,7 @@ int VELKMachine::notifyTaskEnd(const void* key, int task) {
     bool isFirstShowUp = false;
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
-    record.uniqueTaskId = resource.getUniqueTaskId(key, task, isFirstShowUp);
+    record.uniqueTaskId = resource.uniqueTaskIdOf(key, task, isFirstShowUp);
     if (isFirstShowUp) [[unlikely]] {
         // The look-up has just made an id for a pair that never started.
         const Rollback forgetPair([&]() noexcept { resource.removeUniqueTaskId(key, task); });
@@ -389,7 +390,7 @@ int VELKMachine::notifyTaskEnd(const void* key, int task) {
     }
 
     const bool sent = sendIOCtl<VELK_IOC_TASK_END>(resource.deviceFd(), record);
-    resource.updateTaskState(task, static_cast<int>(record.uniqueTaskId), record.tid, false);
+    resource.recordTaskEnd(task, record.uniqueTaskId);
     return resultOf(sent);
 }
 
@@ -403,7 +404,7 @@ int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
 
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
-    record.uniqueTaskId = resource->findTaskIdFromTid(task, record.tid);
+    record.uniqueTaskId = resource->activeTaskIdOf(task, record.tid);
     VELK_LOGI("[%s] notifyTaskSceneChange, taskId: %d", "notifyTaskSceneChange",
               static_cast<int>(record.uniqueTaskId));
     if (record.uniqueTaskId == 0) {
@@ -539,7 +540,7 @@ namespace {
 
 // Marks while the library is down: the settings' control goes to the driver unmerged. Empty when
 // the library is up after all. Leaves before the caller takes the global mutex.
-std::optional<int> markWithoutResource(int user) {
+[[gnu::cold]] std::optional<int> markWithoutResource(int user) {
     const InsideCall inside(gActiveCalls);
     if (gPublishedResource.load() != nullptr) {
         return std::nullopt;
@@ -564,8 +565,8 @@ std::optional<int> markWithoutResource(int user) {
 }
 
 // Whether the tuning data knows the task of a critical span.
-bool isCriticalTaskKnown(const VELKRescManagement& resource, int task) {
-    if (resource.defaultUclampOf(task) > 0) {
+inline bool isCriticalTaskKnown(const VELKRescManagement& resource, int task) {
+    if (resource.defaultUclampOf(task) > 0) [[likely]] {
         return true;
     }
     VELK_LOGD_GATED("task: %d invalid", task);
@@ -590,7 +591,7 @@ int VELKMachine::markCriticalTask() {
     return markCriticalTask(kDefaultUser);
 }
 
-int VELKMachine::unsetCriticalTask() {
+[[gnu::cold]] int VELKMachine::unsetCriticalTask() {
     const TraceSection section("VELK::unsetCriticalTask");
     const std::lock_guard<std::mutex> lock(gGlobalMutex);
     const VELKSingleShotControl control;

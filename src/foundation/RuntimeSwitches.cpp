@@ -5,10 +5,14 @@
 #include "foundation/ErrnoKeeper.h"
 #include "foundation/LogGate.h"
 
-bool readDebugLogProperty() {
+constinit std::atomic<bool> gIsDebugLogKnownOff = false;
+
+[[gnu::cold]] bool askDebugLog() {
     // The first gated message may be about a failed call, whose errno it still has to show.
     const ErrnoKeeper errnoKeeper;
-    return property_get_bool("vendor.debug.velk.debuglog", 0) != 0;
+    static const bool enabled = property_get_bool("vendor.debug.velk.debuglog", 0) != 0;
+    gIsDebugLogKnownOff.store(!enabled, std::memory_order_relaxed);
+    return enabled;
 }
 
 bool isVELKEnabled() {

@@ -3,16 +3,19 @@
  */
 #pragma once
 
+#include <atomic>
+
 #include "VELKTypes.h"
 
-// Reads the debug-log property and leaves errno as it was.
-VELK_INTERNAL bool readDebugLogProperty();
+// Set once the debug log is known to be off, which is what nearly every call finds.
+VELK_INTERNAL extern std::atomic<bool> gIsDebugLogKnownOff;
 
-// Whether messages that are gated by the debug log may pass. The property is read when the first
-// such message is considered and never again in this process.
+// Reads the debug-log property on the first call in this process; never again after that.
+VELK_INTERNAL bool askDebugLog();
+
+// Whether messages that are gated by the debug log may pass. Costs one load while it is off.
 VELK_INTERNAL inline bool isDebugLogEnabled() {
-    static const bool enabled = readDebugLogProperty();
-    return enabled;
+    return !gIsDebugLogKnownOff.load(std::memory_order_relaxed) && askDebugLog();
 }
 
 // Whether the library may come up. The property is read on every call.

@@ -2,24 +2,14 @@
 #include "resource/AnchorTargets.h"
 #include "resource/VELKRescManagement.h"
 
-VELKRescManagement::AnchorSpec VELKRescManagement::anchorSpec(int anchor) {
-    AnchorSpec spec = mAnchorSpecs[anchor];
-    const AnchorSpec& customer = mCustAnchorSpecs[anchor];
-    for (size_t target = 0; target < spec.size(); ++target) {
-        if (customer[target] != 0) {
-            spec[target] = customer[target];
-        }
-    }
-    return spec;
-}
-
 std::optional<VELKRescManagement::AnchorSpec> VELKRescManagement::validateAnchor(int anchor) {
     const std::lock_guard<std::mutex> lock(mAnchorLock);
     if (mInvalidAnchors.contains(anchor)) {
         VELK_LOGD_GATED("invalid anchor: %d", anchor);
         return std::nullopt;
     }
-    const AnchorSpec spec = anchorSpec(anchor);
+    // An anchor that has been asked about stays known, with no targets.
+    const AnchorSpec spec = mAnchorSpecs[anchor];
     if (getLatencySpec(anchor, spec) == 0 && getJitterSpec(anchor, spec) == 0) {
         VELK_LOGD_GATED("invalid anchor: %d", anchor);
         mInvalidAnchors.insert(anchor);
@@ -35,5 +25,5 @@ std::optional<VELKRescManagement::AnchorSpec> VELKRescManagement::anchorSpecUnle
         VELK_LOGD_GATED("invalid anchor: %d", anchor);
         return std::nullopt;
     }
-    return anchorSpec(anchor);
+    return mAnchorSpecs[anchor];
 }

@@ -3,10 +3,23 @@
 
 namespace {
 
+using AnchorSpecs = std::unordered_map<int, VELKRescManagement::AnchorSpec>;
+
 // The map of one scenario, empty when the settings have none for it.
-std::unordered_map<int, VELKRescManagement::AnchorSpec> takeScenario(VELKAnchorSpecMap specs,
-                                                                     VELKScenario scenario) {
+AnchorSpecs takeScenario(VELKAnchorSpecMap specs, VELKScenario scenario) {
     return std::move(specs[scenario]);
+}
+
+// A customer's target of 0 leaves the platform's in force.
+void overrideAnchorSpecs(AnchorSpecs& specs, const AnchorSpecs& customer) {
+    for (const auto& [anchor, custom] : customer) {
+        VELKRescManagement::AnchorSpec& spec = specs[anchor];
+        for (size_t target = 0; target < spec.size(); ++target) {
+            if (custom[target] != 0) {
+                spec[target] = custom[target];
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -31,14 +44,14 @@ bool VELKRescManagement::queryStaticData(const VELKInitParams& params) {
         mpCustomJsonConvertor->load();
     }
 
-    auto anchorSpecs = takeScenario(
+    AnchorSpecs specs = takeScenario(
             VELKSettingsProvider::getAnchorSpecMapProvider(params.customization), params.scenario);
-    auto custAnchorSpecs =
+    overrideAnchorSpecs(
+            specs,
             takeScenario(VELKSettingsProvider::getCustAnchorSpecMapProvider(params.customization),
-                         params.scenario);
+                         params.scenario));
     const std::lock_guard<std::mutex> lock(mAnchorLock);
-    mAnchorSpecs = std::move(anchorSpecs);
-    mCustAnchorSpecs = std::move(custAnchorSpecs);
+    mAnchorSpecs = std::move(specs);
     return mpJsonConvertor != nullptr;
 }
 

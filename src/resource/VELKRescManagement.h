@@ -1,6 +1,7 @@
 /*
  * The resource manager: everything the library keeps while it is up. One instance exists from the
- * first init to the last uninit. One source file a table.
+ * first init to the last uninit. One source file a table. What runs once a camera session rather
+ * than once a frame is marked cold, which keeps it small.
  */
 #pragma once
 
@@ -54,15 +55,15 @@ class VELK_INTERNAL VELKRescManagement {
     using AnchorSpec = std::array<int, 2>;
 
     // Does no input or output.
-    VELK_API explicit VELKRescManagement(const VELKInitParams& params);
+    [[gnu::cold]] VELK_API explicit VELKRescManagement(const VELKInitParams& params);
     // Closes the descriptor, then releases the tables and last the convertors.
-    VELK_API ~VELKRescManagement();
+    [[gnu::cold]] VELK_API ~VELKRescManagement();
     VELKRescManagement(const VELKRescManagement&) = delete;
     VELKRescManagement& operator=(const VELKRescManagement&) = delete;
 
     // A ready instance, or empty when the node cannot be opened or there is no tuning data. Takes
     // over the descriptor that was opened while the library was down. Under the global mutex.
-    VELK_API static std::unique_ptr<VELKRescManagement> createInstance(
+    [[gnu::cold]] VELK_API static std::unique_ptr<VELKRescManagement> createInstance(
             const VELKInitParams& params);
 
     const VELKInitParams& initParams() const { return mInitParams; }
@@ -71,7 +72,7 @@ class VELK_INTERNAL VELKRescManagement {
     // --- Static tuning data (StaticData.cpp) -----------------------------------------------------
 
     // Fetches the convertors and the anchor specifications. Whether there is platform tuning data.
-    VELK_API bool queryStaticData(const VELKInitParams& params);
+    [[gnu::cold]] VELK_API bool queryStaticData(const VELKInitParams& params);
 
     // The convertor that describes the task, null when none does.
     VELKJsonConvertor* convertorOf(int task) const {
@@ -94,38 +95,44 @@ class VELK_INTERNAL VELKRescManagement {
     int32_t specValueOf(int task) const;
     bool isVIPTask(int task) const;
     // The platform's name of a task, else the customer's, whatever the enum; else empty.
-    std::string taskName(int task) const;
+    [[gnu::cold]] std::string taskName(int task) const;
     // Level of a CPU cluster or of a level position, full capacity without tuning data.
     uint32_t clusterLevel(int index) const {
         return mpJsonConvertor != nullptr ? mpJsonConvertor->getClusterLevel(index) : kMaxUclamp;
     }
-    uint32_t clusterDefaultLevel(int cluster) const;
+    [[gnu::cold]] uint32_t clusterDefaultLevel(int cluster) const;
 
     // --- Task identity (TaskIdentity.cpp) --------------------------------------------------------
 
     // The unique task id of the pair; sets isFirstShowUp when the pair is new, else leaves it.
-    VELK_API unsigned getUniqueTaskId(const void* key, const int& task, bool& isFirstShowUp)
-            VELK_EXCLUDES(mUniqueTaskIdMutex);
+    VELK_API unsigned getUniqueTaskId(const void* key, const int& task, bool& isFirstShowUp);
     VELK_API unsigned getUniqueTaskId(const void* key, const int& task);
     // Forgets the pair, whose id number is spent; no effect on an unknown pair.
     VELK_API void removeUniqueTaskId(const void* key, const int& task)
             VELK_EXCLUDES(mUniqueTaskIdMutex);
     // Takes a slot for a start, or makes every slot with this id inactive for an end.
-    VELK_API void updateTaskState(const int& task, int uniqueTaskId, unsigned tid, bool isStart)
-            VELK_EXCLUDES(mTaskStateMutex);
+    VELK_API void updateTaskState(const int& task, int uniqueTaskId, unsigned tid, bool isStart);
     // Id of the first active start of the task on the thread, 0 when there is none.
-    VELK_API unsigned findTaskIdFromTid(const int& task, unsigned tid)
-            VELK_EXCLUDES(mTaskStateMutex);
+    VELK_API unsigned findTaskIdFromTid(const int& task, unsigned tid);
     // Appends the id of every slot of the task, active or not.
     VELK_API void getUniqueTaskIdsFromTask(const int& task, std::vector<unsigned>& out)
             VELK_EXCLUDES(mTaskStateMutex);
     // Group heads take no lock; the caller holds the global mutex.
-    VELK_API void recordGroupHead(const int& task, const unsigned& uniqueTaskId,
-                                  const VELKTaskExtraParams& extra);
-    VELK_API unsigned lookupGroupHead(const int& task, const VELKTaskExtraParams& extra);
+    [[gnu::cold]] VELK_API void recordGroupHead(const int& task, const unsigned& uniqueTaskId,
+                                                const VELKTaskExtraParams& extra);
+    [[gnu::cold]] VELK_API unsigned lookupGroupHead(const int& task,
+                                                    const VELKTaskExtraParams& extra);
+
+    // The same for the entry operations, which do them on every frame (TaskIdentityInline.h).
+    unsigned uniqueTaskIdOf(const void* key, int task, bool& isFirstShowUp)
+            VELK_EXCLUDES(mUniqueTaskIdMutex);
+    void recordTaskStart(int task, unsigned uniqueTaskId, unsigned tid)
+            VELK_EXCLUDES(mTaskStateMutex);
+    void recordTaskEnd(int task, unsigned uniqueTaskId) VELK_EXCLUDES(mTaskStateMutex);
+    unsigned activeTaskIdOf(int task, unsigned tid) VELK_EXCLUDES(mTaskStateMutex);
 
     // Rewrites the dump file (TaskTableDump.cpp).
-    VELK_API void dumpTaskTable() VELK_REQUIRES(mUniqueTaskIdMutex);
+    [[gnu::cold]] VELK_API void dumpTaskTable() VELK_REQUIRES(mUniqueTaskIdMutex);
 
     // Task registrations that the driver has refused so far.
     ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>& taskErrors() { return mTaskErrors; }
@@ -134,10 +141,10 @@ class VELK_INTERNAL VELKRescManagement {
 
     // Copies the control of a category in the current scenario. False, with `control` untouched,
     // when there is none.
-    VELK_API bool getSingleShotSetting(int category, VELKSingleShotControl& control)
+    [[gnu::cold]] VELK_API bool getSingleShotSetting(int category, VELKSingleShotControl& control)
             VELK_EXCLUDES(mSettingsLock);
     // Makes the control the default of its category when the category has none. Whether it did.
-    bool addDefaultSingleShotControl(const VELKSingleShotControl& control)
+    [[gnu::cold]] bool addDefaultSingleShotControl(const VELKSingleShotControl& control)
             VELK_EXCLUDES(mSettingsLock);
     // Undoes addDefaultSingleShotControl.
     void forgetDefaultSingleShotControl(int category) noexcept VELK_EXCLUDES(mSettingsLock);
@@ -188,8 +195,8 @@ class VELK_INTERNAL VELKRescManagement {
   private:
     unsigned addUniqueTaskId(const void* key, int task, bool& isFirstShowUp)
             VELK_REQUIRES(mUniqueTaskIdMutex);
-    void startTask(int task, const TaskState& started) VELK_REQUIRES(mTaskStateMutex);
-    void endTask(int task, int uniqueTaskId) VELK_REQUIRES(mTaskStateMutex);
+    void logTaskStateSize(int task) VELK_REQUIRES(mTaskStateMutex);
+    void addTaskSlot(int task, const TaskState& started) VELK_REQUIRES(mTaskStateMutex);
     void resolveUclampLevels(VELK_SINGLE_SHOT_PARAM& record, size_t levels)
             VELK_EXCLUDES(mResourceLock);
     void resolveCriticalTaskUclamps(CriticalTaskUclamps& table) VELK_EXCLUDES(mResourceLock);
@@ -198,7 +205,6 @@ class VELK_INTERNAL VELKRescManagement {
             VELK_REQUIRES(mResourceLock);
     void ensureCriticalTaskEntries(const VELKSingleShotControl& control)
             VELK_REQUIRES(mResourceLock);
-    AnchorSpec anchorSpec(int anchor) VELK_REQUIRES(mAnchorLock);
 
     // The order of the members is the order of construction; the convertors are released last.
     const VELKInitParams mInitParams;
@@ -207,28 +213,38 @@ class VELK_INTERNAL VELKRescManagement {
     std::shared_ptr<VELKJsonConvertor> mpJsonConvertor;
     std::shared_ptr<VELKJsonConvertor> mpCustomJsonConvertor;
 
+    // The platform's targets with the customer's non-zero ones in their place.
     std::unordered_map<int, AnchorSpec> mAnchorSpecs VELK_GUARDED_BY(mAnchorLock);
-    std::unordered_map<int, AnchorSpec> mCustAnchorSpecs VELK_GUARDED_BY(mAnchorLock);
     std::unordered_set<int> mInvalidAnchors VELK_GUARDED_BY(mAnchorLock);
     std::mutex mAnchorLock;
 
-    // Caller key -> task enum -> unique task id.
-    std::unordered_map<int64_t, std::unordered_map<int, uint32_t>> mUniqueTaskIds
+    // Who does what: the value of a caller's key, or a group's index, and a task enum.
+    struct TaskPair {
+        int64_t key;
+        int32_t task;
+        bool operator==(const TaskPair&) const = default;
+    };
+    struct TaskPairHash {
+        // Spreads the small task enums over all bits, so that they do not meet the keys' low ones.
+        size_t operator()(const TaskPair& pair) const noexcept {
+            return static_cast<size_t>(pair.key) + static_cast<size_t>(pair.task) * 0x9E3779B1U;
+        }
+    };
+    std::unordered_map<TaskPair, uint32_t, TaskPairHash> mUniqueTaskIds
             VELK_GUARDED_BY(mUniqueTaskIdMutex);
     // Unique task id -> task enum, filled in dump mode only.
     std::unordered_map<uint32_t, int> mUniqueIdToTask VELK_GUARDED_BY(mUniqueTaskIdMutex);
     std::unordered_map<int, std::vector<TaskState>> mTaskState VELK_GUARDED_BY(mTaskStateMutex);
-    // Task enum of a group head -> group index -> unique task id of the head.
-    std::unordered_map<int, std::unordered_map<uint32_t, int>> mGroupHeads;
+    // A group head's group index and task enum -> its unique task id.
+    std::unordered_map<TaskPair, uint32_t, TaskPairHash> mGroupHeads;
     std::mutex mUniqueTaskIdMutex;
     std::mutex mTaskStateMutex;
 
     ErrorHandle<unsigned, VELK_TASK_INIT_PARAM> mTaskErrors;
 
     const VELKScenario mScenario;
-    // Category -> scenario -> control, for the categories that the settings do not know.
-    std::map<int, std::map<VELKScenario, VELKSingleShotControl>> mDefaultSingleShotTable
-            VELK_GUARDED_BY(mSettingsLock);
+    // Category -> control in every scenario, for the categories that the settings do not know.
+    std::map<int, VELKSingleShotControl> mDefaultSingleShotTable VELK_GUARDED_BY(mSettingsLock);
     std::mutex mSettingsLock;
 
     std::list<VELKSingleShotControl> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);

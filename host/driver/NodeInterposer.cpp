@@ -113,26 +113,35 @@ int ask(Call&& call) noexcept {
     }
 }
 
+// The number in `low`, moved to `first` or above. Negative when there is no room.
+int moveUp(int low, int first) {
+    const int high = fcntl(low, F_DUPFD_CLOEXEC, first);
+    if (high >= 0 && static_cast<size_t>(high) >= kDescriptorLimit) {
+        realClose(high);
+        return -1;
+    }
+    return high;
+}
+
 // A real descriptor that stands for the node, or -1 with errno.
 int makeDescriptor(int flags) {
     const int low = realOpen("/dev/null", flags | O_CLOEXEC, 0);
     if (low < 0) {
         return -1;
     }
-    const int wanted = gNextDescriptor.load(std::memory_order_relaxed);
-    int high = fcntl(low, F_DUPFD_CLOEXEC, wanted);
-    if (high < 0 || static_cast<size_t>(high) >= kDescriptorLimit) {
+    int high = moveUp(low, gNextDescriptor.load(std::memory_order_relaxed));
+    if (high < 0) {
         // The numbers are used up: begin again.
-        if (high >= 0) {
-            realClose(high);
-        }
-        high = fcntl(low, F_DUPFD_CLOEXEC, kFirstDescriptor);
+        gNextDescriptor.store(kFirstDescriptor, std::memory_order_relaxed);
+        high = moveUp(low, kFirstDescriptor);
     }
     if (high < 0) {
         return low;
     }
     realClose(low);
-    gNextDescriptor.store(high + 1, std::memory_order_relaxed);
+    int next = gNextDescriptor.load(std::memory_order_relaxed);
+    while (next <= high && !gNextDescriptor.compare_exchange_weak(next, high + 1)) {
+    }
     return high;
 }
 
@@ -216,15 +225,15 @@ VELK_INTERPOSED int open64(const char* path, int flags, ...) {
 }
 
 // What open becomes in callers that are built with _FORTIFY_SOURCE.
-VELK_INTERPOSED int __open_2(const char* path, int flags);
-VELK_INTERPOSED int __open64_2(const char* path, int flags);
-
-int __open_2(const char* path, int flags) {
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
+VELK_INTERPOSED int __open_2(const char* path, int flags) {
     return openAny(path, flags, 0);
 }
-int __open64_2(const char* path, int flags) {
+
+VELK_INTERPOSED int __open64_2(const char* path, int flags) {
     return openAny(path, flags | O_LARGEFILE, 0);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 VELK_INTERPOSED int ioctl(int descriptor, unsigned long request, ...) noexcept {
     va_list arguments;

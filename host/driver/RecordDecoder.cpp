@@ -102,28 +102,36 @@ constexpr RecordField kAnchorFields[] = {
         {"jitterTarget", Signed32, offsetof(VELK_ANCHOR_PARAM, jitterTarget)},
 };
 
+constexpr const VELKCommand* commandOf(uint32_t request) {
+    return std::ranges::find(VELK_COMMANDS, request, &VELKCommand::request);
+}
+
 // In the order of the command table.
 constexpr std::array<RecordLayout, VELK_COMMANDS.size()> kLayouts = {{
-        {&VELK_COMMANDS[0], kInitFields},
-        {&VELK_COMMANDS[1], kTaskInitFields},
-        {&VELK_COMMANDS[2], kTaskFields},
-        {&VELK_COMMANDS[3], kTaskFields},
-        {&VELK_COMMANDS[4], kSceneChangeFields},
-        {&VELK_COMMANDS[5], kUninitFields},
-        {&VELK_COMMANDS[6], kVsyncFields},
-        {&VELK_COMMANDS[7], kCamFpsFields},
-        {&VELK_COMMANDS[8], kSingleShotFields},
-        {&VELK_COMMANDS[9], kCriticalTaskFields},
-        {&VELK_COMMANDS[10], kCriticalTaskFields},
-        {&VELK_COMMANDS[11], kAnchorFields},
+        {commandOf(VELK_IOC_INIT), kInitFields},
+        {commandOf(VELK_IOC_TASK_INIT), kTaskInitFields},
+        {commandOf(VELK_IOC_TASK_START), kTaskFields},
+        {commandOf(VELK_IOC_TASK_END), kTaskFields},
+        {commandOf(VELK_IOC_SCENE_CHANGE), kSceneChangeFields},
+        {commandOf(VELK_IOC_UNINIT), kUninitFields},
+        {commandOf(VELK_IOC_VSYNC), kVsyncFields},
+        {commandOf(VELK_IOC_CAM_FPS), kCamFpsFields},
+        {commandOf(VELK_IOC_SINGLE_SHOT), kSingleShotFields},
+        {commandOf(VELK_IOC_CRITICAL_START), kCriticalTaskFields},
+        {commandOf(VELK_IOC_CRITICAL_END), kCriticalTaskFields},
+        {commandOf(VELK_IOC_ANCHOR), kAnchorFields},
 }};
 
 constexpr size_t elementSize(FieldType type) {
     return type == Unsigned32 || type == Signed32 ? 4 : 1;
 }
 
-constexpr bool doFieldsCoverTheirRecords() {
-    for (const RecordLayout& layout : kLayouts) {
+constexpr bool areLayoutsComplete() {
+    for (size_t i = 0; i < kLayouts.size(); ++i) {
+        const RecordLayout& layout = kLayouts[i];
+        if (layout.command != &VELK_COMMANDS[i]) {
+            return false;
+        }
         size_t next = 0;
         for (const RecordField& field : layout.fields) {
             if (field.offset != next) {
@@ -137,7 +145,7 @@ constexpr bool doFieldsCoverTheirRecords() {
     }
     return true;
 }
-static_assert(doFieldsCoverTheirRecords());
+static_assert(areLayoutsComplete());
 
 template <typename T>
 int64_t readAs(const std::byte* bytes) {

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <iterator>
-#include <new>
 
 #include "clock/DeskClock.h"
 
@@ -19,8 +18,8 @@ void writeLogLine(LineSink& sink, std::string_view origin, const char* tag,
         fmt::format_to(std::back_inserter(line), "{}.{:06} {} {} {}: {}", micros / 1'000'000,
                        micros % 1'000'000, currentTid(), origin, tag, text);
         sink.writeLine({line.data(), line.size()});
-    } catch (const std::bad_alloc&) {
-        // The message is lost.
+    } catch (...) {
+        // Without memory for its line the message is lost.
     }
     errno = callersErrno;
 }

@@ -8,10 +8,6 @@
 
 #include "clock/DeskClock.h"
 
-// The header declares these two within the functions that call them, as the device's callers do.
-extern "C" void atrace_begin_body(const char* name);
-extern "C" void atrace_end_body();
-
 namespace desk {
 
 namespace {
@@ -71,13 +67,6 @@ uint64_t droppedTraceEvents() {
 }
 
 }  // namespace desk
-
-std::atomic_bool atrace_is_ready = false;
-uint64_t atrace_enabled_tags = ATRACE_TAG_NOT_READY;
-int atrace_marker_fd = -1;
-
-void atrace_setup() {}
-void atrace_init() {}
 
 uint64_t atrace_get_enabled_tags() {
     return desk::collector().tags.load(std::memory_order_relaxed);

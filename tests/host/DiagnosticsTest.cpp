@@ -14,6 +14,7 @@
 #include "trace/TraceCollector.h"
 #include "ulogger/DeskULogger.h"
 
+// The header declares the two only within the functions that call them.
 extern "C" void atrace_begin_body(const char* name);
 extern "C" void atrace_end_body();
 

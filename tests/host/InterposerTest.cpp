@@ -1,11 +1,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "DriverScript.h"
 #include "clock/DeskClock.h"
@@ -128,15 +131,19 @@ TEST_F(Interposer, RefusesAsToldWithoutLeakingADescriptor) {
     EXPECT_EQ(close(descriptor), 0);
 }
 
-TEST_F(Interposer, DoesNotHandOutANumberAgainSoon) {
-    const int first = open(VELK_NODE_PATH, O_RDONLY);
-    ASSERT_EQ(close(first), 0);
-    for (int i = 0; i < 200; ++i) {
-        const int descriptor = open(VELK_NODE_PATH, O_RDONLY);
-        ASSERT_GE(descriptor, 0);
-        EXPECT_NE(descriptor, first);
-        EXPECT_EQ(close(descriptor), 0);
+TEST_F(Interposer, HandsOutEveryNumberBeforeOneComesUpAgain) {
+    rlimit usual = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit narrow = {280, usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &narrow), 0);
+    std::vector<int> numbers;
+    for (int i = 0; i < 100; ++i) {
+        numbers.push_back(open(VELK_NODE_PATH, O_RDONLY));
+        EXPECT_EQ(close(numbers.back()), 0);
     }
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(std::set<int>(numbers.end() - 24, numbers.end()).size(), 24U);
+    EXPECT_EQ(numbers[70], numbers[94]);
 }
 
 }  // namespace

@@ -8,7 +8,8 @@
  * Threads. Any operation may be called from any thread at any time, also against init and uninit:
  * a call finds the library down (-1) or finishes on a live instance. The last uninit waits for the
  * calls that are already inside, never for later ones. Operations marked "global mutex" run one at
- * a time. At process exit a call still running is left alone, and later calls return -1.
+ * a time. At process exit an instance that no call is using is destroyed; a call that is still
+ * running is left alone.
  *
  * Not allowed: calling the library from inside a platform callback (a convertor, the settings
  * provider, ULogger, log, trace or property functions that the library is just calling), or from a

@@ -91,20 +91,28 @@ void publishResource(std::unique_ptr<VELKRescManagement> resource) VELK_REQUIRES
 }
 
 void destroyResource() noexcept VELK_REQUIRES(gGlobalMutex) {
+    if (gResource == nullptr) {
+        return;
+    }
     gPublishedResource.store(nullptr);
     gActiveCalls.waitForThoseInside();
     gResource.reset();
 }
 
-// Closes the descriptor that marking opened while the library was down.
-void closeTemporaryDevice() noexcept VELK_REQUIRES(gGlobalMutex) {
-    int32_t fd = gDeviceFd.load();
-    while (fd >= 0 && !gDeviceFd.compare_exchange_weak(fd, kNotOpened)) {
-    }
+// Closes a descriptor that is out of sight already, once nobody sends on it any more.
+void closeWhenUnused(int32_t fd) noexcept VELK_REQUIRES(gGlobalMutex) {
     if (fd >= 0) {
         gActiveCalls.waitForThoseInside();
         close(fd);
     }
+}
+
+// Closes the descriptor that marking opened while the library was down. An absent node stays known.
+void closeTemporaryDevice() noexcept VELK_REQUIRES(gGlobalMutex) {
+    int32_t fd = gDeviceFd.load();
+    while (fd >= 0 && !gDeviceFd.compare_exchange_weak(fd, kNotOpened)) {
+    }
+    closeWhenUnused(fd);
 }
 
 // The descriptor for a command that is sent while the library is down, opened on first need. Two
@@ -235,8 +243,7 @@ namespace {
             }
         }
         destroyResource();
-        closeTemporaryDevice();
-        gDeviceFd = kNotOpened;
+        closeWhenUnused(gDeviceFd.exchange(kNotOpened));
     });
     const bool isLast = users == 0 && gResource != nullptr;
     if (!isLast) {

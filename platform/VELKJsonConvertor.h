@@ -18,9 +18,9 @@ enum ENUM_VELK_JSON_SOURCE : int32_t {
 class VELKJsonConvertor {
   public:
     // A new convertor, or an empty owner when the source has no data.
-    static std::unique_ptr<VELKJsonConvertor> createInstance(const ENUM_VELK_JSON_SOURCE& source,
-                                                             const VELKScenario& scenario,
-                                                             const VELKFeatureCustomization& custom);
+    static std::unique_ptr<VELKJsonConvertor> createInstance(
+            const ENUM_VELK_JSON_SOURCE& source, const VELKScenario& scenario,
+            const VELKFeatureCustomization& custom);
 
     virtual ~VELKJsonConvertor() = default;
 

@@ -13,8 +13,10 @@
 #include "DriverScript.h"
 #include "clock/DeskClock.h"
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
 extern "C" int __open_2(const char* path, int flags);
 extern "C" int __open64_2(const char* path, int flags);
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace desk {
 namespace {

@@ -159,7 +159,7 @@ TEST(DriverModelContent, FindsANameWithoutAnEnd) {
 }
 
 struct HistoryCase {
-    const char* spec;
+    const char* misbehaviour;
     const char* script;
     const char* verdicts;
 };
@@ -203,9 +203,9 @@ constexpr HistoryCase kHistoryCases[] = {
 
 TEST(DriverModelHistory, IsHeldAgainstEveryCommand) {
     for (const HistoryCase& c : kHistoryCases) {
-        SCOPED_TRACE(fmt::format("{} with \"{}\"", c.script, c.spec));
+        SCOPED_TRACE(fmt::format("{} with \"{}\"", c.script, c.misbehaviour));
         ScriptedDriver driver;
-        driver.model.setMisbehaviour(Misbehaviour::parse(c.spec));
+        driver.model.setMisbehaviour(Misbehaviour::parse(c.misbehaviour));
         EXPECT_EQ(driver.play(c.script), c.verdicts);
     }
 }

@@ -1,0 +1,156 @@
+/*
+ * The fixture of every test of the library: a fresh world before, nothing left over after.
+ *
+ * Tests are independent of order and of process. The debug-log switch is read once in a process, so
+ * no test may count on changing it: the whole suite runs once with the environment variable
+ * VELK_TEST_DEBUGLOG set and once without, and expected transcripts mark with a star what only
+ * appears while it is on.
+ */
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "VELKInfoNotifier.h"
+#include "VELKMachine.h"
+#include "support/Node.h"
+#include "support/Platform.h"
+#include "support/Recorder.h"
+
+namespace fake {
+
+inline constexpr VELKScenario kScenario{3};
+inline constexpr VELKInitParams kParams = {
+        .driverParam = 7, .scenario = kScenario, .customization = VELKFeatureCustomization{2}};
+inline const void* keyOf(uintptr_t value) {
+    return reinterpret_cast<const void*>(value);
+}
+
+// The operations as a caller calls them: recorded with their result.
+inline int init(const VELKInitParams& params = kParams) {
+    return call([&] { return VELKMachine::init(params); });
+}
+inline int uninit() {
+    return call(VELKMachine::uninit);
+}
+inline int start(uintptr_t key, int task) {
+    return call([&] { return VELKMachine::notifyTaskStart(keyOf(key), task); });
+}
+inline int start(uintptr_t key, int task, const VELKTaskExtraParams& extra) {
+    return call([&] { return VELKMachine::notifyTaskStart(keyOf(key), task, extra); });
+}
+inline int end(uintptr_t key, int task) {
+    return call([&] { return VELKMachine::notifyTaskEnd(keyOf(key), task); });
+}
+inline int sceneChange(int task, int mode) {
+    return call([&] {
+        return VELKMachine::notifyTaskSceneChange(task, static_cast<VELKSceneChangeMode>(mode));
+    });
+}
+inline int control(const VELKSingleShotControl& control) {
+    return call([&] { return VELKMachine::notifySingleShotControl(control); });
+}
+inline int control(int category) {
+    return call([&] { return VELKMachine::notifySingleShotControl(category); });
+}
+inline int reset(int category) {
+    return call([&] { return VELKMachine::notifyResetSingleShotControl(category); });
+}
+inline int reset() {
+    return call([] { return VELKMachine::notifyResetSingleShotControl(); });
+}
+inline int mark(int user) {
+    return call([&] { return VELKMachine::markCriticalTask(user); });
+}
+inline int mark() {
+    return call([] { return VELKMachine::markCriticalTask(); });
+}
+inline int unmark() {
+    return call(VELKMachine::unsetCriticalTask);
+}
+inline int spanStart(int task) {
+    return call([&] { return VELKMachine::notifySingleShotCriticalTaskStart(task); });
+}
+inline int spanEnd(int task) {
+    return call([&] { return VELKMachine::notifySingleShotCriticalTaskEnd(task); });
+}
+inline int anchorStart(int anchor, unsigned serial) {
+    return call([&] { return VELKMachine::notifyAnchorPointStart(anchor, serial); });
+}
+inline int anchorEnd(int anchor, unsigned serial) {
+    return call([&] { return VELKMachine::notifyAnchorPointEnd(anchor, serial); });
+}
+inline int vsync() {
+    return call(VELKInfoNotifier::notifyVSync);
+}
+inline int camFps(float fps) {
+    return call([&] { return VELKInfoNotifier::notifyCamFps(fps); });
+}
+
+class LibraryTest : public ::testing::Test {
+  protected:
+    LibraryTest() {
+        recorder().reset();
+        node().reset();
+        platform().reset();
+    }
+
+    void TearDown() override {
+        recorder().hook = nullptr;
+        EXPECT_EQ(mOpenSections, platform().openSections);
+        node().failNothing();
+        while (VELKMachine::uninit() == 0) {
+        }
+        // Only a last uninit makes the library forget that the node was absent once.
+        platform().reset();
+        VELKMachine::init(kParams);
+        VELKMachine::uninit();
+        EXPECT_EQ(std::vector<std::string>(), recorder().violations());
+        EXPECT_EQ(std::vector<int>(), node().openDescriptors());
+        EXPECT_EQ(0, platform().livingConvertors);
+    }
+
+    int mOpenSections = 0;  // that a test has left open on purpose
+
+    // Brings the library up, silently.
+    static void up(const VELKInitParams& params = kParams) {
+        ASSERT_EQ(0, init(params));
+        heard();
+    }
+
+    static std::string heard(uint32_t shown = kUsual) { return recorder().take(shown); }
+
+    // Expects what was heard so far to be this, and forgets it.
+    static void hears(std::string_view text, uint32_t shown = kUsual,
+                      const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+        const ::testing::ScopedTrace trace(file, line, "");
+        EXPECT_EQ(expected(text), heard(shown));
+    }
+
+    // The lines heard so far that begin like this.
+    static std::string heardLines(std::string_view beginning, uint32_t shown = kUsual) {
+        std::istringstream transcript(heard(shown));
+        std::string lines;
+        for (std::string line; std::getline(transcript, line);) {
+            lines += line.starts_with(beginning) ? line + '\n' : "";
+        }
+        return lines;
+    }
+
+    // Has `action` run once, inside the first event whose text begins like this.
+    static void during(std::string beginning, std::function<void()> action) {
+        recorder().hook = [beginning = std::move(beginning),
+                           action = std::move(action)](const Event& event) {
+            if (event.text.starts_with(beginning)) {
+                recorder().hook = nullptr;
+                action();
+            }
+        };
+    }
+};
+
+}  // namespace fake

@@ -1,0 +1,31 @@
+// Records which mutexes the library takes and releases, in order with everything else.
+#include <pthread.h>
+
+#include "support/Recorder.h"
+
+namespace {
+
+void note(const char* what, const pthread_mutex_t* mutex) {
+    if (fake::tInLibrary && fake::recorder().isOn) {
+        const fake::Side side(false);
+        fake::recorder().record(fake::kLock, what + fake::recorder().lockName(mutex));
+    }
+}
+
+}  // namespace
+
+extern "C" {
+int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
+int __real_pthread_mutex_unlock(pthread_mutex_t* mutex);
+
+int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
+    const int result = __real_pthread_mutex_lock(mutex);
+    note("lock ", mutex);
+    return result;
+}
+
+int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex) {
+    note("unlock ", mutex);
+    return __real_pthread_mutex_unlock(mutex);
+}
+}

@@ -1,0 +1,231 @@
+#include "support/Node.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <string>
+
+#include "support/Recorder.h"
+
+namespace fake {
+namespace {
+
+constexpr unsigned kFirstCommand = 27;
+constexpr std::array<uint32_t, 12> kRequests = {0x4024671B, 0x4028671C, 0x4010671D, 0x4010671E,
+                                                0x4010671F, 0x40046720, 0x40086721, 0x40086722,
+                                                0x41546723, 0x40086724, 0x40086725, 0x401C6726};
+
+// Offset of a field that is not zero, and its value.
+template <typename Value>
+std::string field(size_t offset, const Value& value) {
+    return ' ' + std::to_string(offset) + ':' + std::to_string(value);
+}
+
+std::string describeBytes(const uint8_t* bytes, size_t first, size_t end) {
+    std::string text;
+    for (size_t i = first; i < end; ++i) {
+        text += bytes[i] != 0 ? field(i, bytes[i]) : "";
+    }
+    return text;
+}
+
+// Signed words, but for the flag bytes, the task name, and the thread that the record is about.
+std::string describe(unsigned number, const uint8_t* bytes, size_t size) {
+    const bool startsWithThread = (number >= 29 && number <= 31) || (number >= 35 && number <= 37);
+    std::string text;
+    for (size_t offset = 0; offset < size; offset += 4) {
+        int32_t word = 0;
+        std::memcpy(&word, bytes + offset, sizeof(word));
+        if (number == 28 && offset == 24) {
+            const std::string name(reinterpret_cast<const char*>(bytes) + 27,
+                                   strnlen(reinterpret_cast<const char*>(bytes) + 27, 10));
+            return text + describeBytes(bytes, 24, 27) + " 27:" + name +
+                   describeBytes(bytes, 27 + name.size(), size);
+        }
+        if (number == 35 && (offset == 144 || offset == 324)) {
+            text += describeBytes(bytes, offset, offset + 4);
+        } else if (offset == 0 && startsWithThread && word == gettid()) {
+            text += " 0:tid";
+        } else if (word != 0) {
+            text += field(offset, word);
+        }
+    }
+    return text;
+}
+
+bool isNodePath(const char* path) {
+    return std::strcmp(path, "/proc/velk/velk_ioctl") == 0;
+}
+
+}  // namespace
+
+Node& node() {
+    static auto* const instance = new Node;
+    return *instance;
+}
+
+void Node::reset() {
+    failNothing();
+    for (size_t fd = 0; fd < kFirstDescriptor + mOpens; ++fd) {
+        mStates[fd] = kNeverOpened;
+    }
+    mOpens = 0;
+    mNext = kFirstDescriptor;
+    mCommands = 0;
+}
+
+void Node::failNothing() {
+    const std::lock_guard lock(mMutex);
+    mMoods.clear();
+    mIsMoody = false;
+}
+
+void Node::fail(unsigned what, int error, int times, int64_t result) {
+    const std::lock_guard lock(mMutex);
+    mMoods[what] = {times, error, result};
+    mIsMoody = true;
+}
+
+int64_t Node::moody(unsigned what, int64_t result) {
+    if (!mIsMoody) {
+        return result;
+    }
+    const std::lock_guard lock(mMutex);
+    const auto mood = mMoods.find(what);
+    if (mood == mMoods.end() || mood->second.times == 0) {
+        return result;
+    }
+    --mood->second.times;
+    errno = mood->second.error;
+    return mood->second.result;
+}
+
+std::vector<int> Node::openDescriptors() const {
+    std::vector<int> descriptors;
+    for (size_t fd = 0; fd < kFirstDescriptor + mOpens; ++fd) {
+        if (mStates[fd] == kOpen) {
+            descriptors.push_back(static_cast<int>(fd));
+        }
+    }
+    return descriptors;
+}
+
+bool Node::isOpen(int fd) const {
+    const auto index = static_cast<size_t>(fd);
+    return index < mStates.size() && mStates[index] == kOpen;
+}
+
+bool Node::serves(int fd) const {
+    return tInLibrary || isOpen(fd);
+}
+
+int Node::onOpen(const char* path, int flags, unsigned mode) {
+    const Side side(false);
+    const bool isNode = isNodePath(path);
+    const int next = mNext;
+    const auto fd = static_cast<int>(moody(isNode ? kOpenNode : kOpenDump, next));
+    if (fd == next) {
+        ++mOpens;
+        mStates.at(static_cast<size_t>(mNext.fetch_add(1))) = kOpen;
+        if (fd < kFirstDescriptor) {
+            mNext = kFirstDescriptor;
+        }
+    }
+    if (recorder().isOn) {
+        const bool rewrites = flags == (O_RDWR | O_CREAT | O_TRUNC);
+        const std::string how = isNode && flags == O_RDONLY
+                                        ? "node"
+                                        : std::string(path) + ' ' +
+                                                  (rewrites ? "rewrite" : std::to_string(flags)) +
+                                                  ' ' + std::to_string(mode);
+        recorder().record(kNode, "open " + how + " = " + std::to_string(fd));
+    }
+    return fd;
+}
+
+int Node::onIoctl(int fd, unsigned long request, const void* record) {
+    const Side side(false);
+    const auto number = static_cast<unsigned>(request & 0xFF);
+    const unsigned index = number - kFirstCommand;
+    if (index >= kRequests.size() || kRequests.at(index) != request || !isOpen(fd)) {
+        recorder().violation("ioctl " + std::to_string(fd) + ' ' + std::to_string(request));
+        errno = EBADF;
+        return -1;
+    }
+    ++mCommands;
+    const auto result = static_cast<int>(moody(number, 0));
+    if (recorder().isOn) {
+        const std::string where = fd == kFirstDescriptor ? "" : '@' + std::to_string(fd);
+        const std::string how = result == 0 ? "" : " = " + std::to_string(result);
+        const std::string what =
+                describe(number, static_cast<const uint8_t*>(record), (request >> 16) & 0x3FFF);
+        recorder().record(Event{.kind = kNode,
+                                .text = "ioctl" + where + ' ' + std::to_string(number) + what + how,
+                                .request = kRequests.at(index)});
+    }
+    if (!isOpen(fd)) {
+        recorder().violation("closed while in ioctl: " + std::to_string(fd));
+    }
+    return result;
+}
+
+int Node::onClose(int fd) {
+    const Side side(false);
+    if (!isOpen(fd) || mStates[static_cast<size_t>(fd)].exchange(kClosed) != kOpen) {
+        recorder().violation("close of what is not open: " + std::to_string(fd));
+    }
+    recorder().record(kNode, "close " + std::to_string(fd));
+    return static_cast<int>(moody(kClose, 0));
+}
+
+int64_t Node::onWrite(int fd, const void* bytes, size_t size) {
+    const Side side(false);
+    std::string text(static_cast<const char*>(bytes), size);
+    text.ends_with('\n') ? text.pop_back() : text.push_back('$');
+    const int64_t result = moody(kWrite, static_cast<int64_t>(size));
+    recorder().record(kNode, "write " + std::to_string(fd) + ' ' + std::to_string(size) + " = " +
+                                     std::to_string(result) + '\n' + text);
+    return result;
+}
+
+}  // namespace fake
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's.
+extern "C" {
+int __real_open(const char* path, int flags, ...);
+int __real_ioctl(int fd, unsigned long request, ...);
+int __real_close(int fd);
+ssize_t __real_write(int fd, const void* bytes, size_t size);
+
+int __wrap_open(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const unsigned mode = (flags & O_CREAT) != 0 ? va_arg(arguments, unsigned) : 0;
+    va_end(arguments);
+    return fake::tInLibrary ? fake::node().onOpen(path, flags, mode)
+                            : __real_open(path, flags, mode);
+}
+
+int __wrap_ioctl(int fd, unsigned long request, ...) {
+    va_list arguments;
+    va_start(arguments, request);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    return fake::node().serves(fd) ? fake::node().onIoctl(fd, request, argument)
+                                   : __real_ioctl(fd, request, argument);
+}
+
+int __wrap_close(int fd) {
+    return fake::node().serves(fd) ? fake::node().onClose(fd) : __real_close(fd);
+}
+
+ssize_t __wrap_write(int fd, const void* bytes, size_t size) {
+    return fake::node().serves(fd) ? fake::node().onWrite(fd, bytes, size)
+                                   : __real_write(fd, bytes, size);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)

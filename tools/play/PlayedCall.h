@@ -1,0 +1,46 @@
+/*
+ * What became of one call of the session, and who wants to hear of it.
+ */
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "driver/DriverEvent.h"
+#include "session/SessionCall.h"
+
+namespace desk {
+
+// One call of the driver, with a copy of its record.
+struct ReceivedCommand {
+    DriverCall call = DriverCall::Command;
+    Verdict verdict = Verdict::Accepted;
+    uint32_t tid = 0;
+    const VELKCommand* command = nullptr;  // null of an open, a close and an unknown request
+    uint32_t request = 0;
+    int error = 0;
+    const char* finding = "";
+    alignas(8) std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> record = {};
+};
+
+struct PlayedCall {
+    const SessionCall* call = nullptr;
+    std::string_view thread;
+    int result = 0;
+    bool isFailureAsTold = false;  // failed because the driver was told to refuse
+    int64_t startNs = 0;           // of the session clock
+    int64_t endNs = 0;
+    std::span<const ReceivedCommand> commands;
+};
+
+// Hears of every call once it has returned, on the thread that made it. Calls come one at a time.
+class CallListener {
+  public:
+    virtual ~CallListener() = default;
+    virtual void onCall(const PlayedCall& played) = 0;
+};
+
+}  // namespace desk

@@ -1,0 +1,192 @@
+#include "play/Player.h"
+
+#include <pthread.h>
+#include <sched.h>
+
+#include <thread>
+#include <utility>
+
+#include "driver/DriverModel.h"
+#include "play/CallRunner.h"
+
+namespace desk {
+
+namespace {
+
+/*
+ * Threads that run strictly in turn pass it on far cheaper when they share a CPU: no other one has
+ * to be woken. The reader keeps the rest.
+ */
+std::optional<size_t> chooseSharedCpu() {
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0 || CPU_COUNT(&allowed) < 2) {
+        return std::nullopt;
+    }
+    size_t cpu = CPU_SETSIZE - 1;
+    while (!CPU_ISSET(cpu, &allowed)) {
+        --cpu;
+    }
+    return cpu;
+}
+
+void moveToCpu(size_t cpu) {
+    cpu_set_t only;
+    CPU_ZERO(&only);
+    CPU_SET(cpu, &only);
+    // Without it the turn is passed on all the same, only slower.
+    static_cast<void>(pthread_setaffinity_np(pthread_self(), sizeof only, &only));
+}
+
+}  // namespace
+
+struct Player::Worker {
+    std::string name;
+    uint32_t number = 0;
+    Turn turn;
+    std::thread thread;
+};
+
+Player::Player(BlockQueue& queue, std::optional<double> speed, std::vector<CallListener*> listeners)
+    : mQueue(&queue),
+      mSpeed(speed),
+      mListeners(std::move(listeners)),
+      mCpu(speed ? std::nullopt : chooseSharedCpu()),
+      mCollector(std::make_shared<CommandCollector>()) {
+    controlNode().setObserver(mCollector);
+}
+
+Player::~Player() {
+    controlNode().setObserver(nullptr);
+}
+
+PlayResult Player::play() {
+    try {
+        passTurn();
+    } catch (...) {
+        mException = std::current_exception();
+        finish();
+    }
+    mFinished.await();
+    for (const auto& worker : mWorkers) {
+        worker->thread.join();
+    }
+    if (mException != nullptr) {
+        std::rethrow_exception(mException);
+    }
+    return std::move(mResult);
+}
+
+void Player::stop() {
+    const std::lock_guard lock(mStopMutex);
+    mIsStopping = true;
+    mStopped.notify_all();
+    mQueue->close();
+}
+
+void Player::work(Worker& self) {
+    constexpr size_t kMaxThreadName = 15;
+    pthread_setname_np(pthread_self(), self.name.substr(0, kMaxThreadName).c_str());
+    if (mCpu) {
+        moveToCpu(*mCpu);
+    }
+    self.turn.await();
+    while (!mIsFinished) {
+        try {
+            playWhileMine(self);
+            passTurn();
+        } catch (...) {
+            mException = std::current_exception();
+            finish();
+        }
+        self.turn.await();
+    }
+}
+
+void Player::playWhileMine(const Worker& self) {
+    for (const SessionCall* call = nextCall(); call != nullptr && call->thread == self.number;
+         call = nextCall()) {
+        waitForTimeOf(*call);
+        if (mIsStopping.load(std::memory_order_relaxed)) {
+            return;
+        }
+        playCall(self, *call);
+        ++mNextCall;
+    }
+}
+
+void Player::playCall(const Worker& self, const SessionCall& call) {
+    PlayedCall played;
+    played.call = &call;
+    played.thread = self.name;
+    mCollector->clear();
+    played.startNs = mClock.beginCall(call.atUs);
+    played.result = runCall(call.operation);
+    played.endNs = mClock.endCall();
+    played.commands = mCollector->commands();
+    played.isFailureAsTold = mJudge.isFailureAsTold(played.commands) && played.result != 0;
+    for (CallListener* listener : mListeners) {
+        listener->onCall(played);
+    }
+}
+
+void Player::passTurn() {
+    if (const SessionCall* call = nextCall()) {
+        mWorkers[call->thread]->turn.give();
+    } else {
+        finish();
+    }
+}
+
+void Player::finish() {
+    mIsFinished = true;
+    for (const auto& worker : mWorkers) {
+        worker->turn.give();
+    }
+    mFinished.give();
+}
+
+const SessionCall* Player::nextCall() {
+    while (mNextCall == mBlock.calls.size() && !mBlock.isLast) {
+        std::optional<SessionBlock> block = mQueue->pop();
+        if (!block) {
+            break;
+        }
+        mBlock = std::move(*block);
+        mNextCall = 0;
+        mResult.error = std::move(mBlock.error);
+        addThreads(std::move(mBlock.newThreads));
+    }
+    if (mIsStopping.load(std::memory_order_relaxed)) {
+        mResult.isStopped = true;
+        return nullptr;
+    }
+    return mNextCall < mBlock.calls.size() ? &mBlock.calls[mNextCall] : nullptr;
+}
+
+void Player::addThreads(std::vector<std::string> names) {
+    for (std::string& name : names) {
+        auto worker = std::make_unique<Worker>();
+        worker->name = std::move(name);
+        worker->number = static_cast<uint32_t>(mWorkers.size());
+        Worker& self = *worker;
+        worker->thread = std::thread([this, &self] { work(self); });
+        mWorkers.push_back(std::move(worker));
+    }
+}
+
+void Player::waitForTimeOf(const SessionCall& call) {
+    if (!mSpeed) {
+        return;
+    }
+    using FloatMicroseconds = std::chrono::duration<double, std::micro>;
+    const auto sinceStart = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+            FloatMicroseconds(static_cast<double>(call.atUs) / *mSpeed));
+    if (!mStart) {
+        mStart = std::chrono::steady_clock::now() - sinceStart;
+    }
+    std::unique_lock lock(mStopMutex);
+    mStopped.wait_until(lock, *mStart + sinceStart, [this] { return mIsStopping.load(); });
+}
+
+}  // namespace desk

@@ -1,0 +1,29 @@
+/*
+ * The time of the session that is played: the recorded time of each call, and within a call the
+ * time that it really takes. A call that is recorded before the end of the one ahead of it begins
+ * at that end, so the time never goes back.
+ */
+#pragma once
+
+#include <cstdint>
+
+namespace desk {
+
+// There is one for the process, because the desk's clock is one. Calls are played one at a time.
+class SessionClock {
+  public:
+    // Makes it the desk's clock until it is destroyed.
+    SessionClock();
+    ~SessionClock();
+    SessionClock(const SessionClock&) = delete;
+    SessionClock& operator=(const SessionClock&) = delete;
+
+    // Both return the session's time in nanoseconds.
+    int64_t beginCall(int64_t atUs);
+    int64_t endCall();
+
+  private:
+    int64_t mLastEndNs = 0;
+};
+
+}  // namespace desk

@@ -1,0 +1,31 @@
+/*
+ * Prints every command that the driver received, and every call that failed, as they come.
+ */
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "play/PlayedCall.h"
+
+namespace desk {
+
+enum class PrintFormat : uint8_t { Table, JsonLines };
+
+class CommandPrinter : public CallListener {
+  public:
+    CommandPrinter(FILE* output, PrintFormat format);
+
+    void onCall(const PlayedCall& played) override;
+
+  private:
+    void printTableRow(const PlayedCall& played, const ReceivedCommand& command);
+    void printTableFailure(const PlayedCall& played);
+    void printJsonCommand(const PlayedCall& played, const ReceivedCommand& command);
+    void printJsonFailure(const PlayedCall& played);
+
+    FILE* mOutput;
+    PrintFormat mFormat;
+};
+
+}  // namespace desk

@@ -1,0 +1,154 @@
+#include "report/Statistics.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "driver/RecordCopy.h"
+
+namespace desk {
+
+void Statistics::onCall(const PlayedCall& played) {
+    countCall(played);
+    takeThread(played);
+    for (const ReceivedCommand& command : played.commands) {
+        if (command.command != nullptr) {
+            takeCommand(played, command);
+        }
+    }
+}
+
+void Statistics::countCall(const PlayedCall& played) {
+    ++mCalls;
+    mLastUs = played.call->atUs;
+    CallStatistics& operation = mOperations[played.call->operation.index()];
+    operation.name = operationName(played.call->operation);
+    ++operation.calls;
+    if (played.result == 0) {
+        return;
+    }
+    if (played.isFailureAsTold) {
+        ++operation.failedAsTold;
+    } else if (++operation.failed == 1) {
+        operation.firstFailedLine = played.call->line;
+    }
+}
+
+void Statistics::takeThread(const PlayedCall& played) {
+    const size_t number = played.call->thread;
+    if (number >= mThreads.size()) {
+        mThreads.resize(number + 1);
+    }
+    Thread& thread = mThreads[number];
+    if (thread.tid == 0 && !played.commands.empty()) {
+        thread.name = played.thread;
+        thread.tid = played.commands.front().tid;
+    }
+}
+
+void Statistics::takeCommand(const PlayedCall& played, const ReceivedCommand& command) {
+    const void* record = command.record.data();
+    switch (command.command->request) {
+        case VELK_IOC_INIT:
+            mRegistered.clear();  // the ids begin anew
+            break;
+        case VELK_IOC_TASK_INIT:
+            registerTask(played, copyRecord<VELK_TASK_INIT_PARAM>(record));
+            break;
+        case VELK_IOC_TASK_START:
+            if (!isRefusal(command.verdict)) {
+                startTask(played, copyRecord<VELK_TASK_PARAM>(record));
+            }
+            break;
+        case VELK_IOC_TASK_END:
+            if (!isRefusal(command.verdict)) {
+                endTask(played, copyRecord<VELK_TASK_PARAM>(record));
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+void Statistics::registerTask(const PlayedCall& played, const VELK_TASK_INIT_PARAM& record) {
+    const auto* call = std::get_if<TaskStartCall>(&played.call->operation);
+    if (call == nullptr) {
+        return;
+    }
+    TaskStatistics& task = mTasks[call->task];
+    task.task = call->task;
+    task.name = std::string_view(record.taskName, sizeof record.taskName).data();
+    task.targetTimeUs = record.targetTime;
+    mRegistered[record.uniqueTaskId].statistics = &task;
+}
+
+void Statistics::startTask(const PlayedCall& played, const VELK_TASK_PARAM& record) {
+    const auto task = mRegistered.find(record.uniqueTaskId);
+    if (task == mRegistered.end()) {
+        return;
+    }
+    ++task->second.statistics->starts;
+    task->second.runs.push_back({record.tid, played.call->atUs});
+}
+
+// An end is that of its own thread's runs; where it has none, the task has ended altogether.
+void Statistics::endTask(const PlayedCall& played, const VELK_TASK_PARAM& record) {
+    const auto task = mRegistered.find(record.uniqueTaskId);
+    if (task == mRegistered.end()) {
+        return;
+    }
+    std::vector<Run>& runs = task->second.runs;
+    const bool isOwn = std::any_of(runs.begin(), runs.end(),
+                                   [&record](const Run& run) { return run.tid == record.tid; });
+    std::erase_if(runs, [&](const Run& run) {
+        if (isOwn && run.tid != record.tid) {
+            return false;
+        }
+        TaskStatistics& statistics = *task->second.statistics;
+        const int64_t runUs = played.call->atUs - run.sinceUs;
+        ++statistics.ends;
+        statistics.overTarget += runUs > statistics.targetTimeUs ? 1 : 0;
+        statistics.totalRunUs += runUs;
+        statistics.longestRunUs = std::max(statistics.longestRunUs, runUs);
+        return true;
+    });
+}
+
+std::vector<CallStatistics> Statistics::byOperation() const {
+    std::vector<CallStatistics> result;
+    for (const CallStatistics& kind : mOperations) {
+        if (kind.calls == 0) {
+            continue;
+        }
+        const auto same =
+                std::find_if(result.begin(), result.end(), [&kind](const CallStatistics& other) {
+                    return std::string_view(kind.name) == other.name;
+                });
+        if (same == result.end()) {
+            result.push_back(kind);
+            continue;
+        }
+        // Two overloads are one operation to the reader of a report.
+        same->calls += kind.calls;
+        same->failedAsTold += kind.failedAsTold;
+        if (kind.failed > 0) {
+            same->firstFailedLine = same->failed == 0
+                                            ? kind.firstFailedLine
+                                            : std::min(same->firstFailedLine, kind.firstFailedLine);
+            same->failed += kind.failed;
+        }
+    }
+    return result;
+}
+
+std::string Statistics::threadName(uint32_t tid) const {
+    const auto thread = std::find_if(mThreads.begin(), mThreads.end(),
+                                     [tid](const Thread& each) { return each.tid == tid; });
+    return thread != mThreads.end() ? thread->name : std::string();
+}
+
+const TaskStatistics* Statistics::findTask(uint32_t uniqueTaskId) const {
+    const auto task = mRegistered.find(uniqueTaskId);
+    return task != mRegistered.end() ? task->second.statistics : nullptr;
+}
+
+}  // namespace desk

@@ -1,0 +1,58 @@
+/*
+ * The sum of a replay, and how it is told.
+ */
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "driver/DriverPicture.h"
+#include "play/Player.h"
+#include "report/Statistics.h"
+
+namespace desk {
+
+struct ActiveRun {
+    std::string thread;
+    int task = 0;
+    std::string name;
+    int64_t sinceUs = 0;
+};
+
+struct ActiveSpan {
+    std::string thread;
+    int32_t criticalValue = 0;
+    int64_t sinceUs = 0;
+};
+
+struct Summary {
+    std::string session;
+    uint64_t calls = 0;
+    size_t threads = 0;
+    int64_t recordedUs = 0;
+    double playedSeconds = 0;
+    bool isStopped = false;
+    std::optional<std::string> error;
+
+    DriverPicture driver;
+    std::vector<CallStatistics> operations;
+    std::vector<TaskStatistics> tasks;
+    std::vector<ActiveRun> activeRuns;
+    std::vector<ActiveSpan> activeSpans;
+
+    // True when every call succeeded or failed as the driver was told to, and the driver found no
+    // fault of its own.
+    bool isAsExpected() const;
+};
+
+Summary summarize(const std::string& session, const Statistics& statistics,
+                  const DriverPicture& driver, const PlayResult& result, double playedSeconds);
+
+// For people, with a line's end after every line.
+std::string formatSummaryText(const Summary& summary);
+// One line {"summary": {...}}, without the line's end.
+std::string formatSummaryJson(const Summary& summary);
+
+}  // namespace desk

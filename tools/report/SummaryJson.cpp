@@ -1,0 +1,114 @@
+#include <nlohmann/json.hpp>
+
+#include "report/RecordJson.h"
+#include "report/Summary.h"
+
+namespace desk {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json countersToJson(const CallCounters& counters) {
+    return {{"accepted", counters.accepted},
+            {"noted", counters.noted},
+            {"refused", counters.refused},
+            {"refusedAsTold", counters.refusedAsTold}};
+}
+
+ordered_json commandsToJson(const DriverPicture& driver) {
+    ordered_json commands = ordered_json::object();
+    commands["open"] = countersToJson(driver.opens);
+    for (size_t i = 0; i < VELK_COMMANDS.size(); ++i) {
+        commands[VELK_COMMANDS[i].name] = countersToJson(driver.commands[i]);
+    }
+    commands["otherRequests"] = countersToJson(driver.otherRequests);
+    commands["close"] = countersToJson(driver.closes);
+    return commands;
+}
+
+ordered_json tasksToJson(const std::vector<TaskStatistics>& tasks) {
+    ordered_json list = ordered_json::array();
+    for (const TaskStatistics& task : tasks) {
+        list.push_back({{"task", task.task},
+                        {"name", task.name},
+                        {"starts", task.starts},
+                        {"ends", task.ends},
+                        {"targetTimeUs", task.targetTimeUs},
+                        {"totalRunUs", task.totalRunUs},
+                        {"longestRunUs", task.longestRunUs},
+                        {"overTarget", task.overTarget}});
+    }
+    return list;
+}
+
+ordered_json operationsToJson(const std::vector<CallStatistics>& operations) {
+    ordered_json calls = ordered_json::object();
+    for (const CallStatistics& operation : operations) {
+        ordered_json& call = calls[operation.name];
+        call = {{"calls", operation.calls},
+                {"failedAsTold", operation.failedAsTold},
+                {"failed", operation.failed}};
+        if (operation.failed > 0) {
+            call["firstFailedLine"] = operation.firstFailedLine;
+        }
+    }
+    return calls;
+}
+
+ordered_json activeToJson(const Summary& summary) {
+    ordered_json active = {{"initialised", summary.driver.isInitialised},
+                           {"openDescriptors", summary.driver.openDescriptors}};
+    active["runs"] = ordered_json::array();
+    for (const ActiveRun& run : summary.activeRuns) {
+        active["runs"].push_back({{"thread", run.thread},
+                                  {"task", run.task},
+                                  {"name", run.name},
+                                  {"sinceUs", run.sinceUs}});
+    }
+    active["spans"] = ordered_json::array();
+    for (const ActiveSpan& span : summary.activeSpans) {
+        active["spans"].push_back({{"thread", span.thread},
+                                   {"criticalValue", span.criticalValue},
+                                   {"sinceUs", span.sinceUs}});
+    }
+    if (summary.driver.isInitialised && summary.driver.control) {
+        active["control"] =
+                recordToJson(*findRecordLayout(VELK_IOC_SINGLE_SHOT), &*summary.driver.control);
+    }
+    return active;
+}
+
+ordered_json findingsToJson(const std::vector<FindingCount>& findings) {
+    ordered_json list = ordered_json::object();
+    for (const FindingCount& finding : findings) {
+        list[finding.finding] = finding.count;
+    }
+    return list;
+}
+
+}  // namespace
+
+std::string formatSummaryJson(const Summary& summary) {
+    const DriverPicture& driver = summary.driver;
+    ordered_json body = {{"session", summary.session},
+                         {"calls", summary.calls},
+                         {"threads", summary.threads},
+                         {"recordedUs", summary.recordedUs},
+                         {"playedSeconds", summary.playedSeconds},
+                         {"interrupted", summary.isStopped}};
+    if (summary.error) {
+        body["error"] = *summary.error;
+    }
+    body["commands"] = commandsToJson(driver);
+    body["tasks"] = tasksToJson(summary.tasks);
+    body["registrations"] = {{"refused", driver.refusedRegistrations},
+                             {"replayed", driver.replayedRegistrations}};
+    body["operations"] = operationsToJson(summary.operations);
+    body["active"] = activeToJson(summary);
+    body["findings"] = findingsToJson(driver.findings);
+    return ordered_json{{"summary", body}}.dump(-1, ' ', false,
+                                                ordered_json::error_handler_t::replace);
+}
+
+}  // namespace desk

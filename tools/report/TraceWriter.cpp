@@ -1,0 +1,215 @@
+#include "report/TraceWriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "driver/RecordCopy.h"
+
+namespace desk {
+
+namespace {
+
+// All threads belong to one process.
+constexpr int kProcess = 1;
+
+std::string quote(std::string_view text) {
+    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+// The trace's times are in microseconds.
+std::string microseconds(int64_t ns) {
+    constexpr int64_t kNsPerUs = 1000;
+    return fmt::format("{}.{:03}", ns / kNsPerUs, ns % kNsPerUs);
+}
+
+// Thread numbers as they stand in the trace, where 0 is the idle thread.
+uint32_t traceThread(uint32_t thread) {
+    return thread + 1;
+}
+
+template <typename Record, typename Use>
+void forEachAccepted(const PlayedCall& played, uint32_t request, Use&& use) {
+    for (const ReceivedCommand& command : played.commands) {
+        if (command.command != nullptr && command.request == request &&
+            !isRefusal(command.verdict)) {
+            use(copyRecord<Record>(command.record.data()));
+        }
+    }
+}
+
+}  // namespace
+
+TraceWriter::TraceWriter(const std::string& path) : mSink(LineSink::toFile(path)) {
+    mSink->writeLine(R"({"displayTimeUnit":"ms","traceEvents":[)");
+    write(fmt::format(
+            R"({{"ph":"M","pid":{},"name":"process_name","args":{{"name":"camera session"}}}})",
+            kProcess));
+    setTracing(true);
+}
+
+TraceWriter::~TraceWriter() {
+    setTracing(false);
+}
+
+// A task's slice begins before the section of the call that starts it and ends after the section of
+// the call that ends it, so that slices and sections lie within one another.
+void TraceWriter::onCall(const PlayedCall& played) {
+    mLastNs = played.endNs;
+    nameTrack(played);
+    beginSlices(played);
+    writeSections(played);
+    writeInstants(played);
+    endSlices(played);
+}
+
+bool TraceWriter::finish() {
+    setTracing(false);
+    endAllSlices(mLastNs);
+    mSink->writeLine("]}");
+    return mSink->flush();
+}
+
+void TraceWriter::nameTrack(const PlayedCall& played) {
+    const uint32_t number = played.call->thread;
+    if (number >= mTracks.size()) {
+        mTracks.resize(number + 1);
+    }
+    Track& track = mTracks[number];
+    if (!track.isNamed) {
+        track.isNamed = true;
+        write(fmt::format(
+                R"({{"ph":"M","pid":{},"tid":{},"name":"thread_name","args":{{"name":{}}}}})",
+                kProcess, traceThread(number), quote(played.thread)));
+    }
+}
+
+void TraceWriter::beginSlices(const PlayedCall& played) {
+    for (const ReceivedCommand& command : played.commands) {
+        if (command.command != nullptr && command.request == VELK_IOC_TASK_INIT) {
+            const auto record = copyRecord<VELK_TASK_INIT_PARAM>(command.record.data());
+            mTaskNames[record.uniqueTaskId] = record.taskName;
+        }
+    }
+    forEachAccepted<VELK_TASK_PARAM>(played, VELK_IOC_TASK_START,
+                                     [this, &played](const VELK_TASK_PARAM& record) {
+                                         std::string name = taskName(played, record.uniqueTaskId);
+                                         writeBegin(played.call->thread, played.startNs, name);
+                                         mTracks[played.call->thread].slices.push_back(
+                                                 {record.uniqueTaskId, std::move(name)});
+                                     });
+}
+
+void TraceWriter::writeSections(const PlayedCall& played) {
+    drainTrace(mSections);
+    for (const TraceEvent& section : mSections) {
+        if (section.phase == TracePhase::Begin) {
+            writeBegin(played.call->thread, section.timeNs, section.name());
+        } else {
+            writeEnd(played.call->thread, section.timeNs);
+        }
+    }
+}
+
+void TraceWriter::writeInstants(const PlayedCall& played) {
+    const std::string time = microseconds(played.startNs);
+    forEachAccepted<VELK_VSYNC_PARAM>(
+            played, VELK_IOC_VSYNC, [this, &played, &time](const VELK_VSYNC_PARAM&) {
+                write(fmt::format(
+                        R"({{"ph":"i","pid":{},"tid":{},"ts":{},"name":"vsync","s":"g"}})",
+                        kProcess, traceThread(played.call->thread), time));
+            });
+    forEachAccepted<VELK_CAM_FPS_PARAM>(
+            played, VELK_IOC_CAM_FPS, [this, &time](const VELK_CAM_FPS_PARAM& record) {
+                write(fmt::format(
+                        R"({{"ph":"C","pid":{},"ts":{},"name":"fps","args":{{"fps":{}}}}})",
+                        kProcess, time, record.fps));
+            });
+    forEachAccepted<VELK_SINGLE_SHOT_PARAM>(
+            played, VELK_IOC_SINGLE_SHOT, [this, &time](const VELK_SINGLE_SHOT_PARAM& record) {
+                constexpr int32_t kNoRequest = -1;  // leaves the merged level as it is
+                if (record.percentLevel != kNoRequest) {
+                    write(fmt::format(R"({{"ph":"C","pid":{},"ts":{},"name":"percentLevel",)"
+                                      R"("args":{{"percentLevel":{}}}}})",
+                                      kProcess, time, std::max(record.percentLevel, 0)));
+                }
+            });
+}
+
+void TraceWriter::endSlices(const PlayedCall& played) {
+    forEachAccepted<VELK_TASK_PARAM>(
+            played, VELK_IOC_TASK_END, [this, &played](const VELK_TASK_PARAM& record) {
+                const auto isRunBy = [&record](const Track& track) {
+                    return std::any_of(track.slices.begin(), track.slices.end(),
+                                       [&record](const OpenSlice& slice) {
+                                           return slice.uniqueTaskId == record.uniqueTaskId;
+                                       });
+                };
+                const uint32_t own = played.call->thread;
+                if (isRunBy(mTracks[own])) {
+                    endSlice(own, record.uniqueTaskId, played.endNs);
+                    return;
+                }
+                // The thread ends what others have started.
+                for (uint32_t thread = 0; thread < mTracks.size(); ++thread) {
+                    if (isRunBy(mTracks[thread])) {
+                        endSlice(thread, record.uniqueTaskId, played.endNs);
+                    }
+                }
+            });
+    // With the library all tasks are gone, also those that nobody ended.
+    forEachAccepted<VELK_UNINIT_PARAM>(
+            played, VELK_IOC_UNINIT,
+            [this, &played](const VELK_UNINIT_PARAM&) { endAllSlices(played.endNs); });
+}
+
+void TraceWriter::endAllSlices(int64_t timeNs) {
+    for (uint32_t thread = 0; thread < mTracks.size(); ++thread) {
+        for (; !mTracks[thread].slices.empty(); mTracks[thread].slices.pop_back()) {
+            writeEnd(thread, timeNs);
+        }
+    }
+}
+
+// Slices of a track must lie within one another. Those above the one that ends are cut in two.
+void TraceWriter::endSlice(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
+    std::vector<OpenSlice>& slices = mTracks[thread].slices;
+    const auto ended =
+            std::find_if(slices.rbegin(), slices.rend(),
+                         [=](const OpenSlice& slice) { return slice.uniqueTaskId == uniqueTaskId; })
+                    .base() -
+            1;
+    for (auto above = ended; above != slices.end(); ++above) {
+        writeEnd(thread, timeNs);
+    }
+    for (auto above = slices.erase(ended); above != slices.end(); ++above) {
+        writeBegin(thread, timeNs, above->name);
+    }
+}
+
+std::string TraceWriter::taskName(const PlayedCall& played, uint32_t uniqueTaskId) const {
+    const auto known = mTaskNames.find(uniqueTaskId);
+    if (known != mTaskNames.end() && !known->second.empty()) {
+        return known->second;
+    }
+    const auto* call = std::get_if<TaskStartCall>(&played.call->operation);
+    return call != nullptr ? fmt::format("task {}", call->task) : "task";
+}
+
+void TraceWriter::write(std::string_view event) {
+    mSink->writeLine(mHasEvents ? fmt::format(",{}", event) : std::string(event));
+    mHasEvents = true;
+}
+
+void TraceWriter::writeBegin(uint32_t thread, int64_t timeNs, std::string_view name) {
+    write(fmt::format(R"({{"ph":"B","pid":{},"tid":{},"ts":{},"name":{}}})", kProcess,
+                      traceThread(thread), microseconds(timeNs), quote(name)));
+}
+
+void TraceWriter::writeEnd(uint32_t thread, int64_t timeNs) {
+    write(fmt::format(R"({{"ph":"E","pid":{},"tid":{},"ts":{}}})", kProcess, traceThread(thread),
+                      microseconds(timeNs)));
+}
+
+}  // namespace desk

@@ -1,0 +1,85 @@
+#include "session/InputFile.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace desk {
+
+namespace {
+
+[[noreturn]] void fail(int error, const std::string& name) {
+    throw std::system_error(error, std::generic_category(), name);
+}
+
+int openForReading(const std::string& path) {
+    if (path == "-") {
+        return -1;
+    }
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        fail(errno, path);
+    }
+    return descriptor;
+}
+
+}  // namespace
+
+Descriptor::~Descriptor() {
+    if (mValue >= 0) {
+        ::close(mValue);
+    }
+}
+
+InputFile::InputFile(const std::string& path)
+    : mName(path == "-" ? "standard input" : path),
+      mOwned(openForReading(path)),
+      mInput(mOwned.get() >= 0 ? mOwned.get() : STDIN_FILENO),
+      mStopEvent(::eventfd(0, EFD_CLOEXEC)) {
+    struct stat status = {};
+    if (mStopEvent.get() < 0 || ::fstat(mInput, &status) != 0) {
+        fail(errno, mName);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        fail(EISDIR, mName);
+    }
+    if (S_ISREG(status.st_mode)) {
+        mSize = static_cast<uint64_t>(status.st_size);
+    }
+}
+
+size_t InputFile::read(char* buffer, size_t size) {
+    while (true) {
+        std::array<pollfd, 2> waiting = {{{mInput, POLLIN, 0}, {mStopEvent.get(), POLLIN, 0}}};
+        if (::poll(waiting.data(), waiting.size(), -1) < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            fail(errno, mName);
+        }
+        if (waiting[1].revents != 0) {
+            return 0;
+        }
+        const ssize_t count = ::read(mInput, buffer, size);
+        if (count >= 0) {
+            return static_cast<size_t>(count);
+        }
+        if (errno != EINTR) {
+            fail(errno, mName);
+        }
+    }
+}
+
+void InputFile::stop() {
+    const uint64_t one = 1;
+    // Only a counter at its maximum could refuse it, and then the event is set anyway.
+    [[maybe_unused]] const ssize_t written = ::write(mStopEvent.get(), &one, sizeof one);
+}
+
+}  // namespace desk

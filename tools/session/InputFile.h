@@ -1,0 +1,50 @@
+/*
+ * The bytes of a session file or of standard input. A read that waits can be called off.
+ */
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace desk {
+
+// A descriptor that closes itself.
+class Descriptor {
+  public:
+    explicit Descriptor(int value = -1) : mValue(value) {}
+    ~Descriptor();
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return mValue; }
+
+  private:
+    int mValue;
+};
+
+class InputFile {
+  public:
+    // "-" is standard input. Throws std::system_error.
+    explicit InputFile(const std::string& path);
+
+    const std::string& name() const { return mName; }
+    // Of a regular file.
+    std::optional<uint64_t> size() const { return mSize; }
+
+    // Waits for at least one byte. 0 at the end of the file and after a stop. Throws
+    // std::system_error.
+    size_t read(char* buffer, size_t size);
+    // Ends a read that is under way and every later one. Any thread.
+    void stop();
+
+  private:
+    std::string mName;
+    Descriptor mOwned;  // not of standard input
+    int mInput;
+    Descriptor mStopEvent;
+    std::optional<uint64_t> mSize;
+};
+
+}  // namespace desk

@@ -1,0 +1,109 @@
+#include "session/SessionReader.h"
+
+#include <fmt/format.h>
+
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "session/Arguments.h"
+
+namespace desk {
+
+namespace {
+
+bool isBlank(std::string_view line) {
+    return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+}  // namespace
+
+SessionReader::SessionReader(InputFile& input) : mInput(&input), mBuffer(kChunkSize) {}
+
+SessionBlock SessionReader::next() {
+    SessionBlock block;
+    while (block.calls.empty() && !block.isLast) {
+        try {
+            const bool hasMore = fill();
+            const std::string_view text(mBuffer.data(), mUsed);
+            size_t start = 0;
+            for (size_t stop = text.find('\n'); stop != std::string_view::npos && !block.isLast;
+                 stop = text.find('\n', start)) {
+                takeLine(text.substr(start, stop - start), block);
+                start = stop + 1;
+            }
+            if (!hasMore && !block.isLast) {
+                block.isLast = true;
+                takeLine(text.substr(start), block);
+                start = mUsed;
+            }
+            std::memmove(mBuffer.data(), mBuffer.data() + start, mUsed - start);
+            mUsed -= start;
+            if (mUsed > kMaxLineLength && !block.isLast) {
+                ++mLine;
+                end({"line", "too long", fmt::format("at most {} bytes", kMaxLineLength)}, block);
+            }
+        } catch (const std::system_error& error) {
+            block.isLast = true;
+            block.error = fmt::format("{}: {}, expected a readable file", mInput->name(),
+                                      error.code().message());
+        }
+    }
+    return block;
+}
+
+bool SessionReader::fill() {
+    if (mBuffer.size() - mUsed < kChunkSize) {
+        mBuffer.resize(mUsed + kChunkSize);
+    }
+    const size_t count = mInput->read(mBuffer.data() + mUsed, kChunkSize);
+    mUsed += count;
+    return count > 0;
+}
+
+void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
+    ++mLine;
+    mOffset += line.size() + 1;
+    if (isBlank(line)) {
+        return;
+    }
+    auto parsed = mParser.parse(line);
+    if (auto* fault = std::get_if<LineFault>(&parsed)) {
+        end(std::move(*fault), block);
+        return;
+    }
+    auto& call = std::get<ParsedLine>(parsed);
+    if (call.atUs < mLastUs) {
+        end({"at_us", fmt::format("found {}, before the call ahead of it", call.atUs),
+             fmt::format("at least {}", mLastUs)},
+            block);
+        return;
+    }
+    mLastUs = call.atUs;
+    const uint32_t thread = threadNumber(call.thread, block);
+    if (thread >= kMaxThreads) {
+        end({"thread", "one thread too many", fmt::format("at most {} threads", kMaxThreads)},
+            block);
+        return;
+    }
+    block.calls.push_back({mLine, mOffset, call.atUs, thread, std::move(call.operation)});
+}
+
+void SessionReader::end(LineFault fault, SessionBlock& block) {
+    block.isLast = true;
+    block.error = fmt::format("{}:{}: {}: {}, expected {}", mInput->name(), mLine, fault.field,
+                              fault.problem, fault.expected);
+}
+
+uint32_t SessionReader::threadNumber(std::string_view name, SessionBlock& block) {
+    const auto known = mThreads.find(name);
+    if (known != mThreads.end()) {
+        return known->second;
+    }
+    const auto number = static_cast<uint32_t>(mThreads.size());
+    mThreads.emplace(name, number);
+    block.newThreads.emplace_back(name);
+    return number;
+}
+
+}  // namespace desk

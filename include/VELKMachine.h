@@ -2,14 +2,15 @@
  * VELKMachine: what camera threads tell the CPU scheduling driver.
  *
  * Every operation is static, runs to completion on the calling thread and returns 0 on success and
- * -1 on failure; the log says why. Each successful notification is one ioctl() on
- * "/proc/velk/velk_ioctl", so every operation may block for as long as the driver takes.
+ * -1 on failure; the log says why. Notifications reach the driver as ioctl() calls on
+ * "/proc/velk/velk_ioctl", one a command, so every operation may block for as long as the driver
+ * takes.
  *
  * Threads. Any operation may be called from any thread at any time, also against init and uninit:
- * a call finds the library down (-1) or finishes on a live instance. The last uninit waits for the
- * calls that are already inside, never for later ones. Operations marked "global mutex" run one at
- * a time. At process exit an instance that no call is using is destroyed; a call that is still
- * running is left alone.
+ * a call finds the library down (-1) or finishes on a live instance. Whoever takes the instance or
+ * marking's descriptor away (uninit, and an init that fails) waits for the calls that are already
+ * inside, never for later ones. Operations marked "global mutex" run one at a time. At process exit
+ * an instance that no call is using is destroyed; a call that is still running is left alone.
  *
  * Not allowed: calling the library from inside a platform callback (a convertor, the settings
  * provider, ULogger, log, trace or property functions that the library is just calling), or from a
@@ -20,7 +21,9 @@
  * says otherwise, a call that throws leaves nothing behind and can simply be made again.
  *
  * Runtime switches (system properties): "vendor.debug.velk.debuglog" lets gated messages pass and
- * is read once a process; "vendor.debug.velk.forceoff" switches init and markCriticalTask off.
+ * is read once a process; "vendor.debug.velk.forceoff" switches init and markCriticalTask off;
+ * "vendor.debug.velk.dumptasktable.enable" rewrites a dump file for every new task id; the two
+ * properties of anchor targets are described with the anchor points.
  * Every operation that does work brackets it in a trace section "VELK::" plus its name under the
  * camera trace tag.
  */
@@ -39,10 +42,10 @@ class VELKMachine {
      * (command 35, their results are ignored). They lie on the stack of handed-over controls.
      *
      * Returns 0 when the user was counted and, on a creating call, the driver took command 27.
-     * Returns -1 with nothing changed when the feature is switched off, the node exists but cannot
-     * be opened, or the platform has no tuning data. Returns -1 with the library up and the user
-     * counted (uninit is still needed) when only command 27 failed, for example because the device
-     * has no control node.
+     * Returns -1 with the library down when the feature is switched off, the node exists but cannot
+     * be opened, or the platform has no tuning data (marking's descriptor is then closed). Returns
+     * -1 with the library up and the user counted (uninit is still needed) when only command 27
+     * failed, for example because the device has no control node.
      *
      * Feature switch: yes. Locks: global mutex, for the whole call. Exceptions: a creating call
      * that throws leaves the library down and the count unchanged.
@@ -51,8 +54,9 @@ class VELKMachine {
 
     /*
      * Takes one user back. The last one sends command 32 (uninit), waits for the unlocked calls
-     * that are inside and destroys the instance with all tables, ids and its descriptor. Also
-     * closes the descriptor that critical-task marking opened while the library was down.
+     * that are inside and destroys the instance with all tables, ids and its descriptor. Every call
+     * also closes the descriptor that critical-task marking opened while the library was down, once
+     * the calls inside have left it.
      *
      * Returns 0 when the call was counted and, on the last one, the driver took command 32. Returns
      * -1 when no user was left, or when command 32 failed (the library is down all the same).
@@ -79,7 +83,9 @@ class VELKMachine {
      * Returns 0 when the driver took command 29; -1 when the library is down, the task is invalid
      * or the driver refused. Feature switch: no. Locks: global mutex, for the whole call.
      * Exceptions: a pair whose registration was neither sent nor kept is forgotten (its id number
-     * is spent) and registered anew by its next start.
+     * is spent) and registered anew by its next start. A call that throws after the driver took
+     * command 29 has not recorded the thread; made again, it sends the command again. Dump mode
+     * writes the dump file on the first start of a pair.
      */
     VELK_API static int notifyTaskStart(const void* key, int task,
                                         const VELKTaskExtraParams& extra);

@@ -13,7 +13,7 @@
 #include <vector>
 #endif
 
-/* Visibility is part of the source, so that every build of the library hides and exports alike. */
+/* Visibility is part of the source; the version script hides what the standard library adds. */
 #define VELK_API __attribute__((visibility("default")))
 #define VELK_INTERNAL __attribute__((visibility("hidden")))
 

@@ -18,6 +18,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
@@ -56,7 +57,6 @@ std::unique_ptr<VELKRescManagement>& gResource VELK_GUARDED_BY(gGlobalMutex) =
 
 constinit std::atomic<VELKRescManagement*> gPublishedResource = nullptr;
 constinit std::atomic<uint32_t> gUseCount = 0;
-constinit ActiveCalls gActiveCalls;
 
 using InsideCall = ActiveCalls::Inside;
 
@@ -199,6 +199,7 @@ namespace {
     }
 
     publishResource(VELKRescManagement::createInstance(params));
+    // Takes down what was created; a failed creation leaves nothing to take down.
     const uint32_t usersBefore = gUseCount;
     Rollback goDown([usersBefore]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
         gUseCount = usersBefore;
@@ -224,14 +225,15 @@ namespace {
     if (gUseCount == 0) {
         return kFailure;
     }
-    const TraceSection section("VELK::uninit");
     const uint32_t users = --gUseCount;
+    const bool isLast = users == 0 && gResource != nullptr;
+    std::optional<TraceSection> section;
 
     // The last call goes through with the teardown on every way out.
     bool isDriverTold = false;
     const auto tellDriver = [&isDriverTold]() VELK_NO_THREAD_SAFETY_ANALYSIS {
         isDriverTold = true;
-        return sendIOCtl<VELK_IOC_UNINIT>(gResource->deviceFd(), VELK_UNINIT_PARAM{});
+        return sendAnnounced<VELK_IOC_UNINIT>(gResource->deviceFd(), VELK_UNINIT_PARAM{});
     };
     Rollback teardown([&]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
         if (!isDriverTold) {
@@ -239,19 +241,22 @@ namespace {
                 tellDriver();
             } catch (...) {
                 // The exception that brought the operation here is the one the caller gets.
-                isDriverTold = false;
             }
         }
         destroyResource();
         closeWhenUnused(gDeviceFd.exchange(kNotOpened));
     });
-    const bool isLast = users == 0 && gResource != nullptr;
     if (!isLast) {
         teardown.dismiss();
     }
 
+    section.emplace("VELK::uninit");
     VELK_LOGI("[%s] velk uninit, usecount: %d", "uninit", static_cast<int>(users));
-    return isLast ? resultOf(tellDriver()) : kSuccess;
+    if (!isLast) {
+        return kSuccess;
+    }
+    announceCommand(VELK_IOC_UNINIT);
+    return resultOf(tellDriver());
 }
 
 // --- Tasks ---------------------------------------------------------------------------------------

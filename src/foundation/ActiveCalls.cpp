@@ -1,5 +1,7 @@
 #include "foundation/ActiveCalls.h"
 
+constinit ActiveCalls gActiveCalls;
+
 void ActiveCalls::waitForThoseInside() noexcept {
     const uint32_t closing = mOpenCounter.load();
     const uint32_t opening = 1 - closing;

@@ -10,7 +10,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 
 #include "VELKTypes.h"
@@ -65,3 +64,6 @@ class VELK_INTERNAL ActiveCalls {
     std::atomic<uint32_t> mOpenCounter = 0;
     std::atomic<int32_t> mInside[2] = {0, -kClosed};
 };
+
+// The calls that are inside the library without the global mutex.
+VELK_INTERNAL extern ActiveCalls gActiveCalls;

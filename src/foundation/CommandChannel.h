@@ -30,7 +30,7 @@ VELK_INTERNAL bool openVELKDevice(int32_t& descriptor);
 VELK_INTERNAL void reportInvalidDescriptor() __attribute__((cold));
 
 // Whether the descriptor can carry a command; warns when not.
-inline bool checkIOctlValid(int fd) {
+VELK_INTERNAL inline bool checkIOctlValid(int fd) {
     if (fd >= 0) [[likely]] {
         return true;
     }
@@ -38,22 +38,32 @@ inline bool checkIOctlValid(int fd) {
     return false;
 }
 
-// The messages of the sender, out of the way of its one system call. The first one is gated by the
-// debug log, which the sender tests.
+// The messages of the sender, out of the way of its one system call.
 VELK_INTERNAL void logCommand(uint32_t request) __attribute__((cold));
 VELK_INTERNAL bool reportInvalidCommand() __attribute__((cold));
 VELK_INTERNAL bool reportRefusedCommand(int result) __attribute__((cold));
 
-// Sends the record of a command as it stands; true when the driver took it. Never retries.
-template <uint32_t Request, typename Record>
-inline bool sendIOCtl(int fd, const Record& record) {
-    static_assert(isWireRecord<Record> && _IOC_SIZE(Request) == sizeof(Record));
+// The first step of a send: says in the debug log which command follows.
+VELK_INTERNAL inline void announceCommand(uint32_t request) {
     if (isDebugLogEnabled()) [[unlikely]] {
-        logCommand(Request);
+        logCommand(request);
     }
+}
+
+// The other steps: true when the driver took the record.
+template <uint32_t Request, typename Record>
+VELK_INTERNAL inline bool sendAnnounced(int fd, const Record& record) {
+    static_assert(isWireRecord<Record> && _IOC_SIZE(Request) == sizeof(Record));
     if (!checkIOctlValid(fd)) {
         return reportInvalidCommand();
     }
     const int result = ioctl(fd, Request, &record);
     return result == 0 || reportRefusedCommand(result);
+}
+
+// Sends the record of a command as it stands; true when the driver took it. Never retries.
+template <uint32_t Request, typename Record>
+VELK_INTERNAL inline bool sendIOCtl(int fd, const Record& record) {
+    announceCommand(Request);
+    return sendAnnounced<Request>(fd, record);
 }

@@ -32,7 +32,7 @@ inline constexpr uint32_t kLogModuleGroups = 0x1001000;
 inline constexpr uint32_t kLogModeAndroid = 0x1;
 inline constexpr uint32_t kLogModeULogger = 0xA;
 
-constexpr int androidPriority(LogLevel level) {
+VELK_INTERNAL constexpr int androidPriority(LogLevel level) {
     switch (level) {
         case LogLevel::Error:
             return 6;

@@ -4,8 +4,10 @@
  */
 #pragma once
 
+#include "VELKTypes.h"
+
 template <typename T>
-union NeverDestroyed {
+union VELK_INTERNAL NeverDestroyed {
     constexpr NeverDestroyed() : object() {}
     ~NeverDestroyed() {}
     NeverDestroyed(const NeverDestroyed&) = delete;

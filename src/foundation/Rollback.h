@@ -5,9 +5,11 @@
 
 #include <utility>
 
+#include "VELKTypes.h"
+
 // The action runs in a destructor, so it must not throw.
 template <typename Action>
-class Rollback {
+class VELK_INTERNAL Rollback {
   public:
     explicit Rollback(Action action) : mAction(std::move(action)) {}
     ~Rollback() {

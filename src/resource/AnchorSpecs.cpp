@@ -2,14 +2,18 @@
 #include "resource/AnchorTargets.h"
 #include "resource/VELKRescManagement.h"
 
+VELKRescManagement::AnchorSpec VELKRescManagement::anchorSpec(int anchor) const {
+    const auto spec = mAnchorSpecs.find(anchor);
+    return spec != mAnchorSpecs.end() ? spec->second : AnchorSpec{0, 0};
+}
+
 std::optional<VELKRescManagement::AnchorSpec> VELKRescManagement::validateAnchor(int anchor) {
     const std::lock_guard<std::mutex> lock(mAnchorLock);
     if (mInvalidAnchors.contains(anchor)) {
         VELK_LOGD_GATED("invalid anchor: %d", anchor);
         return std::nullopt;
     }
-    // An anchor that has been asked about stays known, with no targets.
-    const AnchorSpec spec = mAnchorSpecs[anchor];
+    const AnchorSpec spec = anchorSpec(anchor);
     if (getLatencySpec(anchor, spec) == 0 && getJitterSpec(anchor, spec) == 0) {
         VELK_LOGD_GATED("invalid anchor: %d", anchor);
         mInvalidAnchors.insert(anchor);
@@ -25,5 +29,5 @@ std::optional<VELKRescManagement::AnchorSpec> VELKRescManagement::anchorSpecUnle
         VELK_LOGD_GATED("invalid anchor: %d", anchor);
         return std::nullopt;
     }
-    return mAnchorSpecs[anchor];
+    return anchorSpec(anchor);
 }

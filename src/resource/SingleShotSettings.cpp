@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "foundation/LogGate.h"
 #include "foundation/Rollback.h"
 #include "resource/VELKRescManagement.h"

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "foundation/LogGate.h"
 #include "resource/VELKRescManagement.h"
 

@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include "foundation/ActiveCalls.h"
+#include "foundation/Rollback.h"
+
 VELKRescManagement::VELKRescManagement(const VELKInitParams& params)
     : mInitParams(params), mScenario(params.scenario) {}
 
@@ -26,8 +29,15 @@ std::unique_ptr<VELKRescManagement> VELKRescManagement::createInstance(
         return nullptr;
     }
 
+    // A mark may still be sending on the descriptor that a failed instance is about to close.
+    Rollback waitForMarks([temporaryFd]() noexcept {
+        if (temporaryFd > 0) {
+            gActiveCalls.waitForThoseInside();
+        }
+    });
     if (!instance->queryStaticData(params)) {
         return nullptr;
     }
+    waitForMarks.dismiss();
     return instance;
 }

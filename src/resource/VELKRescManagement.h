@@ -197,6 +197,7 @@ class VELK_INTERNAL VELKRescManagement {
             VELK_REQUIRES(mUniqueTaskIdMutex);
     void logTaskStateSize(int task) VELK_REQUIRES(mTaskStateMutex);
     void addTaskSlot(int task, const TaskState& started) VELK_REQUIRES(mTaskStateMutex);
+    AnchorSpec anchorSpec(int anchor) const VELK_REQUIRES(mAnchorLock);
     void resolveUclampLevels(VELK_SINGLE_SHOT_PARAM& record, size_t levels)
             VELK_EXCLUDES(mResourceLock);
     void resolveCriticalTaskUclamps(CriticalTaskUclamps& table) VELK_EXCLUDES(mResourceLock);
@@ -225,7 +226,7 @@ class VELK_INTERNAL VELKRescManagement {
         bool operator==(const TaskPair&) const = default;
     };
     struct TaskPairHash {
-        // Spreads the small task enums over all bits, so that they do not meet the keys' low ones.
+        // Spreads the small task enums, so that neighbouring ones do not meet neighbouring keys.
         size_t operator()(const TaskPair& pair) const noexcept {
             return static_cast<size_t>(pair.key) + static_cast<size_t>(pair.task) * 0x9E3779B1U;
         }

@@ -102,16 +102,20 @@ class LibraryTest : public ::testing::Test {
     void TearDown() override {
         recorder().hook = nullptr;
         EXPECT_EQ(mOpenSections, platform().openSections);
-        node().failNothing();
-        while (VELKMachine::uninit() == 0) {
-        }
-        // Only a last uninit makes the library forget that the node was absent once.
-        platform().reset();
-        VELKMachine::init(kParams);
-        VELKMachine::uninit();
+        bringDown();
         EXPECT_EQ(std::vector<std::string>(), recorder().violations());
         EXPECT_EQ(std::vector<int>(), node().openDescriptors());
         EXPECT_EQ(0, platform().livingConvertors);
+    }
+
+    // Whatever a test has done, the library is down afterwards, and has forgotten that the node was
+    // absent once.
+    static void bringDown() {
+        platform().reset();
+        for (node().failNothing(); VELKMachine::uninit() == 0;) {
+        }
+        VELKMachine::init(kParams);
+        VELKMachine::uninit();
     }
 
     int mOpenSections = 0;  // that a test has left open on purpose

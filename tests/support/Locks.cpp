@@ -6,7 +6,7 @@
 namespace {
 
 void note(const char* what, const pthread_mutex_t* mutex) {
-    if (fake::tInLibrary && fake::recorder().isOn) {
+    if (fake::tInLibrary && fake::recorder().isOn()) {
         const fake::Side side(false);
         fake::recorder().record(fake::kLock, what + fake::recorder().lockName(mutex));
     }

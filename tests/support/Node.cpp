@@ -14,6 +14,8 @@
 namespace fake {
 namespace {
 
+// So that the fakes order nothing between the library's threads.
+constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr unsigned kFirstCommand = 27;
 constexpr std::array<uint32_t, 12> kRequests = {0x4024671B, 0x4028671C, 0x4010671D, 0x4010671E,
                                                 0x4010671F, 0x40046720, 0x40086721, 0x40086722,
@@ -91,7 +93,7 @@ void Node::fail(unsigned what, int error, int times, int64_t result) {
 }
 
 int64_t Node::moody(unsigned what, int64_t result) {
-    if (!mIsMoody) {
+    if (!mIsMoody.load(kRelaxed)) {
         return result;
     }
     const std::lock_guard lock(mMutex);
@@ -116,7 +118,7 @@ std::vector<int> Node::openDescriptors() const {
 
 bool Node::isOpen(int fd) const {
     const auto index = static_cast<size_t>(fd);
-    return index < mStates.size() && mStates[index] == kOpen;
+    return index < mStates.size() && mStates[index].load(kRelaxed) == kOpen;
 }
 
 bool Node::serves(int fd) const {
@@ -126,16 +128,19 @@ bool Node::serves(int fd) const {
 int Node::onOpen(const char* path, int flags, unsigned mode) {
     const Side side(false);
     const bool isNode = isNodePath(path);
-    const int next = mNext;
-    const auto fd = static_cast<int>(moody(isNode ? kOpenNode : kOpenDump, next));
-    if (fd == next) {
-        ++mOpens;
-        mStates.at(static_cast<size_t>(mNext.fetch_add(1))) = kOpen;
+    auto fd = static_cast<int>(moody(isNode ? kOpenNode : kOpenDump, 0));
+    if (fd >= 0) {
+        fd = mNext.fetch_add(1, kRelaxed);
+        mOpens.fetch_add(1, kRelaxed);
+        mStates.at(static_cast<size_t>(fd)).store(kOpen, kRelaxed);
         if (fd < kFirstDescriptor) {
             mNext = kFirstDescriptor;
         }
     }
-    if (recorder().isOn) {
+    if (isNode && observer) {
+        observer(kOpenNode, nullptr, fd);
+    }
+    if (recorder().isOn()) {
         const bool rewrites = flags == (O_RDWR | O_CREAT | O_TRUNC);
         const std::string how = isNode && flags == O_RDONLY
                                         ? "node"
@@ -156,9 +161,12 @@ int Node::onIoctl(int fd, unsigned long request, const void* record) {
         errno = EBADF;
         return -1;
     }
-    ++mCommands;
+    mCommands.fetch_add(1, kRelaxed);
     const auto result = static_cast<int>(moody(number, 0));
-    if (recorder().isOn) {
+    if (observer) {
+        observer(number, record, result);
+    }
+    if (recorder().isOn()) {
         const std::string where = fd == kFirstDescriptor ? "" : '@' + std::to_string(fd);
         const std::string how = result == 0 ? "" : " = " + std::to_string(result);
         const std::string what =
@@ -175,7 +183,7 @@ int Node::onIoctl(int fd, unsigned long request, const void* record) {
 
 int Node::onClose(int fd) {
     const Side side(false);
-    if (!isOpen(fd) || mStates[static_cast<size_t>(fd)].exchange(kClosed) != kOpen) {
+    if (!isOpen(fd) || mStates[static_cast<size_t>(fd)].exchange(kClosed, kRelaxed) != kOpen) {
         recorder().violation("close of what is not open: " + std::to_string(fd));
     }
     recorder().record(kNode, "close " + std::to_string(fd));

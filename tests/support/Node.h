@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -31,6 +32,8 @@ class Node {
     void handOut(int descriptor) { mNext = descriptor; }
     std::vector<int> openDescriptors() const;
     uint64_t commands() const { return mCommands; }
+    // Sees every command with its answer and every open of the node, the latter without a record.
+    std::function<void(unsigned what, const void* record, int result)> observer;
 
     // Whether the call is the library's or the descriptor one of the node's.
     bool serves(int fd) const;

@@ -35,7 +35,7 @@ class Logger final : public ULogger {
     void logMessage(uint32_t moduleId, const char* tag, uint32_t level, const char* text,
                     int32_t length) override {
         const Side side(false);
-        if (!recorder().isOn) {
+        if (!recorder().isOn()) {
             return;
         }
         std::string line = text;
@@ -57,10 +57,12 @@ Logger& logger() {
 
 class Convertor final : public VELKJsonConvertor {
   public:
-    explicit Convertor(int source) : mSource(source) { ++platform().livingConvertors; }
+    explicit Convertor(int source) : mSource(source) {
+        platform().livingConvertors.fetch_add(1, std::memory_order_relaxed);
+    }
     ~Convertor() override {
         const Side side(false);
-        --platform().livingConvertors;
+        platform().livingConvertors.fetch_sub(1, std::memory_order_relaxed);
         recorder().record(kPlatform, "destroy convertor " + std::to_string(mSource));
     }
 
@@ -99,7 +101,7 @@ class Convertor final : public VELKJsonConvertor {
     const Source& source() const { return platform().sources.at(static_cast<size_t>(mSource)); }
 
     void ask(const char* what, const std::string& argument) const {
-        if (recorder().isOn) {
+        if (recorder().isOn()) {
             const Side side(false);
             recorder().record(kQuery, std::to_string(mSource) + '.' + what + '(' + argument + ')');
         }
@@ -124,7 +126,7 @@ int readProperty(const char* name, int defaultValue) {
     for (size_t i = 0; i < kProperties; ++i) {
         if (std::strcmp(name, kNames.at(i)) == 0) {
             recorder().record(kProperty, std::string("property ") + name);
-            const int64_t value = platform().properties.at(i);
+            const int64_t value = platform().properties.at(i).load(std::memory_order_relaxed);
             return value == kUnset ? defaultValue : static_cast<int>(value);
         }
     }
@@ -241,24 +243,24 @@ int32_t property_get_int32(const char* key, int32_t default_value) {
 uint64_t atrace_get_enabled_tags() {
     const Side side(false);
     fake::recorder().record(fake::kTags, "tags");
-    return fake::platform().traceTags;
+    return fake::platform().traceTags.load(std::memory_order_relaxed);
 }
 
 void atrace_begin_body(const char* name) {
     const Side side(false);
-    ++fake::platform().openSections;
+    fake::platform().openSections.fetch_add(1, std::memory_order_relaxed);
     fake::recorder().record(fake::kTrace, std::string("begin ") + name);
 }
 
 void atrace_end_body() {
     const Side side(false);
-    --fake::platform().openSections;
+    fake::platform().openSections.fetch_sub(1, std::memory_order_relaxed);
     fake::recorder().record(fake::kTrace, "end");
 }
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
     const Side side(false);
-    if (fake::recorder().isOn) {
+    if (fake::recorder().isOn()) {
         std::array<char, 4096> text;
         va_list arguments;
         va_start(arguments, format);

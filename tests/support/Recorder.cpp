@@ -42,17 +42,18 @@ int Recorder::threadNumber() {
 
 void Recorder::reset() {
     const Guard guard(mMutex);
-    isOn = true;
+    mIsOn = true;
     hook = nullptr;
     mEvents.clear();
     mViolations.clear();
     mThreads.clear();
     mLocks.clear();
+    mLockNames.clear();
     threadNumber();
 }
 
 void Recorder::record(Event event) {
-    if (!isOn) {
+    if (!isOn()) {
         return;
     }
     const Side side(false);
@@ -89,7 +90,8 @@ std::string Recorder::lockName(const void* mutex) {
     const Guard guard(mMutex);
     const auto [entry, isNew] = mLocks.try_emplace(mutex);
     if (isNew) {
-        entry->second = 'm' + std::to_string(mLocks.size());
+        const size_t index = mLocks.size() - 1;
+        entry->second = index < mLockNames.size() ? mLockNames[index] : std::to_string(index);
     }
     return entry->second;
 }

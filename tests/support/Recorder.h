@@ -78,10 +78,11 @@ class Recorder {
     // Notes an event, then runs the hook, which may change the world, block or throw.
     void record(Event event);
     void record(Kind kind, std::string text) {
-        if (isOn) {
-            record(Event{.kind = kind, .text = std::move(text)});
-        }
+        record(Event{.kind = kind, .text = std::move(text)});
     }
+    bool isOn() const { return mIsOn.load(std::memory_order_relaxed); }
+    // Off while threads race, so that the recorder orders nothing.
+    void turn(bool on) { mIsOn = on; }
     // Something that must never happen, whatever the test is about.
     void violation(std::string text);
     std::vector<std::string> violations();
@@ -91,20 +92,22 @@ class Recorder {
     // How many events not yet taken begin like this.
     size_t count(std::string_view beginning);
 
+    // Names for the mutexes to come, in the order in which they are first taken.
+    void nameLocks(std::vector<std::string> names) { mLockNames = std::move(names); }
     std::string lockName(const void* mutex);
 
-    // Off while threads race, so that the recorder orders nothing.
-    std::atomic<bool> isOn = true;
     std::function<void(const Event&)> hook;
 
   private:
     int threadNumber();
 
+    std::atomic<bool> mIsOn = true;
     std::mutex mMutex;
     std::vector<Event> mEvents;
     std::vector<std::string> mViolations;
     std::vector<int> mThreads;
     std::map<const void*, std::string> mLocks;
+    std::vector<std::string> mLockNames;
 };
 
 Recorder& recorder();

@@ -1,0 +1,227 @@
+// Every allocation and every platform call of every operation fails in turn. The exception reaches
+// the caller, the section is closed, no mutex is left held, and the same call made again, and what
+// follows it, has the same effect as if nothing had failed.
+#include <map>
+#include <regex>
+#include <set>
+#include <stdexcept>
+
+#include "support/AllocationFaults.h"
+#include "support/LibraryTest.h"
+
+namespace fake {
+namespace {
+
+using Control = VELKSingleShotControl;
+using Steps = std::vector<std::function<int()>>;
+
+// The n-th call of the platform that may throw does.
+void failPlatform(int n) {
+    recorder().hook = [n](const Event& event) mutable {
+        const bool mayThrow = (event.kind == kPlatform && !event.text.starts_with("destroy")) ||
+                              event.kind == kQuery || (event.kind == kLog && event.isULogger);
+        if (mayThrow && --n == 0) {
+            throw std::runtime_error("platform");
+        }
+    };
+}
+
+struct Case {
+    const char* name;
+    Steps before;
+    std::function<int()> operation;
+    Steps after;
+    // Made again after a failure; empty when the failed call has done its work all the same.
+    bool isRepeated = true;
+};
+
+class FaultTest : public LibraryTest {
+  protected:
+    static void prepare(const Case& c) {
+        bringDown();
+        recorder().reset();
+        node().reset();
+        platform().anchors[kScenario] = {{1, {4000, 50}}};
+        platform().custAnchors[kScenario] = {{2, {40, 5}}};
+        platform().singleShots[4] = {{kScenario, full(4)}, {VELK_SCENARIO_FALLBACK, full(4)}};
+        for (const auto& step : c.before) {
+            step();
+        }
+        heard();
+    }
+
+    static Control full(int category) {
+        return {.category = category,
+                .uclampLevels = {300, 301, 302},
+                .percentLevel = 40,
+                .rangeLevels1 = {1, 2, 3},
+                .criticalTaskUclamps = {{5, 600}, {6, 700}, {22, 800}},
+                .limits = {9},
+                .sharedFlag = true};
+    }
+
+    static void run(const Steps& steps) {
+        for (const auto& step : steps) {
+            step();
+        }
+    }
+
+    static void mutexesAreFree(const std::string& transcript) {
+        std::map<std::string, int> held;
+        std::istringstream lines(transcript);
+        for (std::string word, name; lines >> word;) {
+            if (word == "lock" || word == "unlock") {
+                lines >> name;
+                held[name] += word == "lock" ? 1 : -1;
+            }
+        }
+        for (const auto& [name, count] : held) {
+            EXPECT_EQ(0, count) << "mutex " << name << " in\n" << transcript;
+        }
+    }
+
+    // Ids of tasks become letters in the order of their appearance.
+    static std::string canonical(const std::string& transcript) {
+        static const std::regex kId(R"((ioctl\S* 28 0:|ioctl\S* (?:29|30|31) 0:tid 4:)(\d+))");
+        std::map<std::string, char> letters;
+        std::string result;
+        std::sregex_iterator match(transcript.begin(), transcript.end(), kId), none;
+        size_t end = 0;
+        for (; match != none; ++match) {
+            const auto [letter, isNew] = letters.try_emplace(
+                    (*match)[2], static_cast<char>('A' + static_cast<int>(letters.size())));
+            const auto position = static_cast<size_t>(match->position());
+            result += transcript.substr(end, position - end) + (*match)[1].str() + letter->second;
+            end = position + static_cast<size_t>(match->length());
+        }
+        // A descriptor that marking has opened while the library is down stays open.
+        return std::regex_replace(result + transcript.substr(end), std::regex("open .*\n"), "");
+    }
+
+    // So that descriptors are no difference.
+    static void handOutFromTheFirst() {
+        if (node().openDescriptors().empty()) {
+            node().handOut(kFirstDescriptor);
+        }
+    }
+
+    // How many faults were survived.
+    static int everyFault(const Case& c, void (*fail)(int)) {
+        SCOPED_TRACE(c.name);
+        prepare(c);
+        const int expectedResult = c.operation();
+        if (!c.isRepeated) {
+            heard();
+            handOutFromTheFirst();
+        }
+        run(c.after);
+        const std::string reference = canonical(heard(kNode | kResult));
+        for (int n = 1; n < 1000; ++n) {
+            SCOPED_TRACE(n);
+            prepare(c);
+            fail(n);
+            const int result = c.operation();
+            failAllocation(0);
+            recorder().hook = nullptr;
+            const std::string failed = heard(kNode | kLock | kTrace | kResult);
+            mutexesAreFree(failed);
+            EXPECT_EQ(0, platform().openSections) << failed;
+            if (result != kThrew) {
+                EXPECT_EQ(expectedResult, result);
+                return n - 1;
+            }
+            handOutFromTheFirst();
+            std::string registered;
+            std::istringstream lines(failed);
+            for (std::string line; std::getline(lines, line);) {
+                registered += line.starts_with("ioctl 28") ? line + '\n' : "";
+            }
+            if (c.isRepeated) {
+                EXPECT_EQ(expectedResult, c.operation());
+            }
+            run(c.after);
+            const std::string again = heard(kNode | kResult);
+            idsAreNew(failed + again);
+            EXPECT_EQ(reference, canonical(c.isRepeated ? registered + again : again)) << failed;
+        }
+        ADD_FAILURE() << "fails forever";
+        return 0;
+    }
+
+    static void idsAreNew(const std::string& transcript) {
+        static const std::regex kRegistration(R"(ioctl\S* 28 0:(\d+) [^\n=]*\n)");
+        std::set<std::string> ids;
+        for (std::sregex_iterator match(transcript.begin(), transcript.end(), kRegistration), none;
+             match != none; ++match) {
+            EXPECT_TRUE(ids.insert((*match)[1]).second) << transcript;
+        }
+    }
+};
+
+const std::function<int()> kInit = [] { return init(); };
+const std::function<int()> kStart = [] { return start(1, 5); };
+const std::function<int()> kReset = [] { return reset(); };
+const std::function<int()> kUp = [] { return init() + start(1, 5) + start(2, 6); };
+
+TEST_F(FaultTest, EveryOperation) {
+    VELKInitParams extra = kParams;
+    extra.queryMaxEfficientFreq = extra.applyExtraDefaultControl = true;
+    const Case cases[] = {
+            {"init", {}, [=] { return init(extra); }, {kReset, kReset, kReset, uninit, uninit}},
+            {"second init", {kInit}, kInit, {uninit, uninit, uninit}},
+            {"uninit", {kInit}, uninit, {uninit, vsync, kInit}, false},
+            {"uninit of two", {kInit, kInit}, uninit, {uninit, uninit}, false},
+            {"start",
+             {kInit},
+             kStart,
+             {kStart, [] { return start(2, 5); }, [] { return end(1, 5); }}},
+            {"start again", {kInit, kStart}, kStart, {[] { return end(1, 5); }, kStart}},
+            {"end", {kInit, kStart}, [] { return end(1, 5); }, {kStart}},
+            {"end of an unknown pair", {kInit}, [] { return end(1, 5); }, {kStart}},
+            {"scene change", {kInit, kStart}, [] { return sceneChange(5, 1); }, {kStart}},
+            {"no scene change", {kInit}, [] { return sceneChange(5, 1); }, {kStart}},
+            {"control", {kUp}, [] { return control(full(0)); }, {kReset, kReset, kReset}},
+            {"control of two",
+             {kUp, [] { return control(full(0)); }},
+             [] { return control(full(0)); },
+             {kReset, kReset, kReset, kReset}},
+            {"control of category 7",
+             {kUp},
+             [] { return control(full(7)); },
+             {[] { return control(7); }, [] { return reset(7); }, kReset}},
+            {"category", {kUp}, [] { return control(4); }, {[] { return reset(4); }, kReset}},
+            {"invalid control",
+             {kUp},
+             [] { return control(Control{.percentLevel = 101}); },
+             {kReset}},
+            {"reset", {kUp, [] { return control(full(0)); }}, kReset, {kReset, kReset}},
+            {"reset of one of two",
+             {kUp, [] { return control(full(0)); }, [] { return control(full(0)); }},
+             kReset,
+             {kReset, kReset, kReset}},
+            {"reset of a category",
+             {kUp, [] { return control(4); }},
+             [] { return reset(4); },
+             {[] { return control(4); }, kReset}},
+            {"mark", {kUp}, [] { return mark(); }, {[] { return reset(4); }}},
+            {"mark while down", {}, [] { return mark(); }, {unmark, uninit}},
+            {"unmark", {kUp}, unmark, {kReset, kReset, kReset}},
+            {"unmark while down", {}, unmark, {unmark, uninit}},
+            {"span start", {kUp}, [] { return spanStart(5); }, {[] { return spanEnd(5); }}},
+            {"span end", {kUp}, [] { return spanEnd(5); }, {[] { return spanStart(5); }}},
+            {"invalid anchor",
+             {kUp},
+             [] { return anchorStart(3, 1); },
+             {[] { return anchorEnd(3, 1); }, [] { return anchorStart(1, 1); }}},
+    };
+    int allocations = 0, calls = 0;
+    for (const Case& c : cases) {
+        allocations += everyFault(c, failAllocation);
+        calls += everyFault(c, failPlatform);
+    }
+    EXPECT_GT(allocations, 250);
+    EXPECT_GT(calls, 100);
+}
+
+}  // namespace
+}  // namespace fake

@@ -7,10 +7,12 @@
  * takes.
  *
  * Threads. Any operation may be called from any thread at any time, also against init and uninit:
- * a call finds the library down (-1) or finishes on a live instance. Whoever takes the instance or
- * marking's descriptor away (uninit, and an init that fails) waits for the calls that are already
- * inside, never for later ones. Operations marked "global mutex" run one at a time. At process exit
- * an instance that no call is using is destroyed; a call that is still running is left alone.
+ * a call finds the library down or finishes on a live instance. Down, every operation but init,
+ * marking and unmarking returns -1. Whoever takes the instance or marking's descriptor away
+ * (uninit, and an init that fails) waits for the calls that are already inside, never for later
+ * ones. Operations marked "global mutex" run one at a time and so also wait for each other's driver
+ * calls. At process exit an instance that no call is using is destroyed; a call that is still
+ * running is left alone.
  *
  * Not allowed: calling the library from inside a platform callback (a convertor, the settings
  * provider, ULogger, log, trace or property functions that the library is just calling), or from a
@@ -20,12 +22,14 @@
  * the caller, after the trace section is closed and every lock is released. Unless an operation
  * says otherwise, a call that throws leaves nothing behind and can simply be made again.
  *
- * Runtime switches (system properties): "vendor.debug.velk.debuglog" lets gated messages pass and
- * is read once a process; "vendor.debug.velk.forceoff" switches init and markCriticalTask off;
- * "vendor.debug.velk.dumptasktable.enable" rewrites a dump file for every new task id; the two
- * properties of anchor targets are described with the anchor points.
- * Every operation that does work brackets it in a trace section "VELK::" plus its name under the
- * camera trace tag.
+ * Runtime switches (system properties). "vendor.debug.velk.forceoff" switches init and
+ * markCriticalTask off and is read on each of their calls. "vendor.debug.velk.debuglog", read once
+ * a process, lets pass what markCriticalTask, critical spans, anchor points and VELKInfoNotifier
+ * report, the feature-off messages, and the announcement of every command; all other messages need
+ * their level alone. "vendor.debug.velk.dumptasktable.enable" makes every new unique task id
+ * rewrite the dump file "/data/vendor/camera_dump/velk_task", under the global mutex. The two
+ * properties of anchor targets are described with the anchor points. Every operation that does work
+ * brackets it in a trace section "VELK::" plus its name under the camera trace tag.
  */
 #ifndef VELK_MACHINE_H
 #define VELK_MACHINE_H
@@ -37,15 +41,17 @@ class VELKMachine {
     /*
      * Brings the library up, or counts one more user when it is up already.
      *
-     * The first user's call opens the control node, loads the tuning data for params.scenario and
-     * params.customization, sends command 27 (init) and applies the default single-shot controls
-     * (command 35, their results are ignored). They lie on the stack of handed-over controls.
+     * The first user's call takes over marking's descriptor or opens the control node, loads the
+     * tuning data for params.scenario and params.customization, sends command 27 (init) and applies
+     * the default single-shot controls (command 35, their results are ignored). They lie on the
+     * stack of handed-over controls. When marking has found no node before, none is looked for: the
+     * library comes up without one and every command fails.
      *
      * Returns 0 when the user was counted and, on a creating call, the driver took command 27.
-     * Returns -1 with the library down when the feature is switched off, the node exists but cannot
-     * be opened, or the platform has no tuning data (marking's descriptor is then closed). Returns
-     * -1 with the library up and the user counted (uninit is still needed) when only command 27
-     * failed, for example because the device has no control node.
+     * Returns -1 with nothing changed when the feature is switched off; -1 with the library down
+     * when the node exists but cannot be opened or the platform has no tuning data (marking's
+     * descriptor is then closed); -1 with the library up and the user counted (uninit is still
+     * needed) when only command 27 failed, for example because the device has no control node.
      *
      * Feature switch: yes. Locks: global mutex, for the whole call. Exceptions: a creating call
      * that throws leaves the library down and the count unchanged.
@@ -77,15 +83,14 @@ class VELKMachine {
      * task, also when the driver refuses the command.
      *
      * `task`: an enum whose tuning data has a target time and a default uclamp above 0; below 21
-     * the platform's data is asked, from 22 the customer's, 21 is never valid. `extra`: flags for
-     * the registration; default {-1, 0, 0}.
+     * the platform's data is asked, from 22 the customer's, 21 is never valid. `extra`: its flags
+     * go into the registration, so they count on the first start of a pair; default {-1, 0, 0}.
      *
      * Returns 0 when the driver took command 29; -1 when the library is down, the task is invalid
      * or the driver refused. Feature switch: no. Locks: global mutex, for the whole call.
      * Exceptions: a pair whose registration was neither sent nor kept is forgotten (its id number
      * is spent) and registered anew by its next start. A call that throws after the driver took
-     * command 29 has not recorded the thread; made again, it sends the command again. Dump mode
-     * writes the dump file on the first start of a pair.
+     * command 29 has not recorded the thread; made again, it sends the command again.
      */
     VELK_API static int notifyTaskStart(const void* key, int task,
                                         const VELKTaskExtraParams& extra);
@@ -97,8 +102,10 @@ class VELKMachine {
      * driver refuses. The pair keeps its id.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the task is invalid
-     * (see notifyTaskStart), the pair never started, or the driver refused. Feature switch: no.
-     * Locks: global mutex, for the whole call.
+     * (see notifyTaskStart), the pair never started (the look-up then spends an id number), or the
+     * driver refused. Feature switch: no. Locks: global mutex, for the whole call. Exceptions: a
+     * call that throws after the driver took command 30 leaves the thread recorded as running the
+     * task; made again, it sends the command again.
      */
     VELK_API static int notifyTaskEnd(const void* key, int task);
 
@@ -115,8 +122,9 @@ class VELKMachine {
 
     /*
      * Activates the single-shot control that the settings hold for `category` in the current
-     * scenario, or in the fallback scenario 8; a category unknown to the settings stands for the
-     * first control handed over for it. Otherwise as the overload below.
+     * scenario, else in the fallback scenario 8. A category that the settings do not know at all
+     * stands for the first control handed over for it. The control is activated under the category
+     * asked for, as by the overload below; category 0 goes onto its stack.
      *
      * Returns 0 when the driver took command 35; -1 when the library is down, the category is not
      * found, its control is out of range, or the driver refused. Feature switch: no. Locks: global
@@ -125,29 +133,41 @@ class VELKMachine {
     VELK_API static int notifySingleShotControl(int category);
 
     /*
-     * Activates `control` and sends the merge of everything active as command 35: per value the
-     * maximum over the active controls, levels with the tuning data's floor. A control of category
-     * 0 goes onto a stack; another category's first control becomes its default while the library
-     * is up. The control stays active when the driver refuses, until it is reset.
+     * Activates `control` and sends it as command 35, what it asks for merged with every active
+     * control:
+     *   - uclampLevels: per position the maximum, with the tuning data's level as the floor;
+     *   - percentLevel other than -1: the maximum of those of 1 or more, -2 when there is none;
+     *   - limits[0] other than 0: the maximum, 999999 when there is none;
+     *   - criticalTaskUclamps: per task enum the maximum, with its default uclamp as the floor,
+     * sent for the unique task ids that exist for the enum. With none, or more than 20 in all, the
+     *     record goes out without ids and an error is logged;
+     *   - sharedFlag: whether any active control holds it.
+     * What the control does not ask for, and all other fields, go out as it has them.
      *
-     * Critical tasks are sent as the unique task ids that exist for their task enums, at most 20;
-     * with none or more the record goes out without ids and an error is logged.
+     * A control of category 0 goes onto a stack. The first control of any other category that the
+     * settings do not know becomes the category's default while the library is up. The control
+     * stays active, also when the driver refuses it, until it is reset.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the control is out
      * of range (see VELKSingleShotControl; nothing is changed), or the driver refused. Feature
-     * switch: no. Locks: table locks, one at a time, none while the driver works.
+     * switch: no. Locks: table locks, one at a time, none while the driver works. Exceptions: the
+     * control is not active.
      */
     VELK_API static int notifySingleShotControl(const VELKSingleShotControl& control);
 
     /*
-     * Withdraws a control and sends the merge of what stays active as command 35 with the reset
-     * flag. Category 0 (and the overload without argument) takes the newest handed-over control off
-     * the stack; any other category withdraws the control that the settings give for it now. A
-     * value leaves the merge with all its equals, also those of other active controls.
+     * Withdraws a control and sends command 35 with the reset flag: what the control asked for,
+     * merged with what stays active as above; sharedFlag is 1 when nobody holds it any more, and a
+     * requestValue other than -1 goes out as -2 (release).
+     *
+     * Category 0 (and the overload without argument) takes the newest handed-over control off the
+     * stack; any other category withdraws the control that notifySingleShotControl(category) would
+     * activate now. A value leaves the merge with all its equals, also those of other controls.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the category is not
      * found, the stack is empty, the control is out of range, or the driver refused (the control is
      * withdrawn all the same). Feature switch: no. Locks: global mutex, for the whole call.
+     * Exceptions: the control is active as before.
      */
     VELK_API static int notifyResetSingleShotControl();
     VELK_API static int notifyResetSingleShotControl(int category);
@@ -155,21 +175,24 @@ class VELKMachine {
     /*
      * The caller's work becomes critical. While the library is up this is
      * notifySingleShotControl(user) and returns its result. While it is down, the settings'
-     * control of `user` for scenario 8 goes to the driver unmerged as command 35, through a
-     * descriptor that stays open for the next init or uninit; without such a control nothing is
-     * sent and the result is 0. The overload without argument marks for user 4.
+     * control of `user` for scenario 8 goes to the driver as command 35 as it stands, neither
+     * checked nor merged and without critical tasks, through a descriptor that stays open for the
+     * next init or uninit; without such a control nothing is sent and the result is 0. The overload
+     * without argument marks for user 4.
      *
-     * Returns 0 on success; -1 when the feature is switched off, the node cannot be opened, or the
-     * driver refused. Feature switch: yes. Locks: none while the library is down; else those of
-     * notifySingleShotControl(int). Two first calls racing may both open the node; the later
-     * descriptor is used and the earlier one stays open and idle.
+     * Returns 0 on success; -1 when the feature is switched off, the node cannot be opened, the
+     * driver refused, or notifySingleShotControl(user) fails. Feature switch: yes. Locks: none
+     * while the library is down; else those of notifySingleShotControl(int). Two first calls racing
+     * may both open the node; the later descriptor is kept and the earlier one stays open and idle.
      */
     VELK_API static int markCriticalTask();
     VELK_API static int markCriticalTask(int user);
 
     /*
-     * The caller's work is critical no longer: a control in its default state is notified like any
-     * handed-over control while the library is up, or sent unmerged while it is down (command 35).
+     * The caller's work is critical no longer: a control in its default state is sent as command
+     * 35, while the library is up as by notifySingleShotControl, which leaves it on the stack. What
+     * marking activated while the library was up stays active until
+     * notifyResetSingleShotControl(user).
      *
      * Returns 0 when the driver took the command; -1 when the node cannot be opened or the driver
      * refused. Feature switch: no. Locks: global mutex, for the whole call.
@@ -193,9 +216,10 @@ class VELKMachine {
     /*
      * The pipeline passes an anchor point: command 38 with the anchor, the phase, `serial`
      * unchanged, and the anchor's targets of the current scenario (start: latency and jitter; end:
-     * jitter alone). The customer's non-zero targets override the platform's; the properties
-     * "vendor.debug.velk.latencySpec" and "vendor.debug.velk.jitterSpec", read on each call, set to
-     * anchor * 100000 + target, override both and switch the targets of all other anchors off.
+     * jitter alone). The customer's non-zero targets override the platform's. The properties
+     * "vendor.debug.velk.latencySpec" and "vendor.debug.velk.jitterSpec", each for its own target
+     * and read on each call, override both: set to anchor * 100000 + target (below 100000) they
+     * give this anchor its target and switch that target of all other anchors off.
      *
      * A start of an anchor with neither target fails and makes the anchor invalid until the last
      * uninit: every later start and end of it fails at once. An end does not validate.

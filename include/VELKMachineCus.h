@@ -7,9 +7,13 @@
  * VELKMachine.h and holds here unchanged. Pointers to records must not be null; `key` may be any
  * value and is never followed.
  *
- * The camera service brings the library up and down. Before that every function returns -1, except
- * markCriticalTaskCus, markCriticalTaskUserCus and unsetCriticalTaskCus, which can reach the driver
- * on their own.
+ * The camera service brings the library up and down. Before that and after the last uninit every
+ * function returns -1, except markCriticalTaskCus, markCriticalTaskUserCus and
+ * unsetCriticalTaskCus, which can reach the driver on their own.
+ *
+ * C code cannot build a single-shot control; it passes on one that it got from C++. An exception
+ * (no memory left) passes through C code unseen and ends the process unless a C++ caller catches
+ * it.
  */
 #ifndef VELK_MACHINE_CUS_H
 #define VELK_MACHINE_CUS_H
@@ -20,7 +24,8 @@
 extern "C" {
 #endif
 
-/* The calling thread starts a task of kind `task`: commands 28 (first start) and 29. */
+/* The calling thread starts a task of kind `task`: commands 28 (until the driver takes it) and 29.
+ */
 VELK_API int notifyTaskStartExtraCus(const void* key, int task, const VELKTaskExtraParams* extra);
 
 /* The calling thread ends a task that it started: command 30. */

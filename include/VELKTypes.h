@@ -13,9 +13,11 @@
 #include <vector>
 #endif
 
-/* Visibility is part of the source; the version script hides what the standard library adds. */
-#define VELK_API __attribute__((visibility("default")))
-#define VELK_INTERNAL __attribute__((visibility("hidden")))
+/*
+ * An operation of the library. Never inlined, so that whoever interposes one is reached by every
+ * call, also by the library's own.
+ */
+#define VELK_API __attribute__((visibility("default"), noinline))
 
 #ifdef __cplusplus
 
@@ -49,7 +51,7 @@ struct VELKInitParams {
 
 /* Details of a task start. Default: in no group, no flag. */
 struct VELKTaskExtraParams {
-    int32_t groupHead = -1; /* index of the task's group; negative: in no group */
+    int32_t groupHead = -1; /* index of the task's group; negative: none; starts do not use it */
     uint8_t extraFlag0 = 0; /* sent to the driver unchanged */
     uint8_t extraFlag1 = 0; /* sent to the driver unchanged */
     uint8_t reserved[2] = {};
@@ -62,8 +64,8 @@ struct VELKTaskExtraParams {
 struct VELKSingleShotControl {
     int32_t category = 0;               /* 0: handed over by the caller; else its category */
     std::vector<uint32_t> uclampLevels; /* up to 8 uclamps, merged by maximum per position */
-    int32_t percentLevel = -1;          /* -1: no request; 0..100, merged by maximum */
-    bool isReset = false;               /* set by the library in a control that it withdraws */
+    int32_t percentLevel = -1;          /* -1: no request; 0..100: the active maximum */
+    bool isReset = false;               /* leave false: for the library alone; inverts sharedFlag */
     int32_t requestValue = -1;          /* -1: no request; sent unchanged */
     int32_t auxValue = 0;               /* sent unchanged */
     bool releaseRequest = false;        /* send -2 in place of requestValue */
@@ -71,9 +73,9 @@ struct VELKSingleShotControl {
     std::vector<uint32_t> rangeLevels1; /* up to 8 values 0..1024, sent unchanged */
     std::vector<uint32_t> rangeLevels2; /* up to 8 values 0..1024, sent unchanged */
     std::vector<uint32_t> rangeLevels3; /* up to 8 values 0..1024, sent unchanged */
-    std::multimap<int32_t, int32_t> criticalTaskUclamps; /* task enum -> uclamp of its threads */
-    std::array<uint32_t, 4> limits =
-            {};              /* [0]: 0 no request, else merged by maximum; [1..3] sent */
+    std::multimap<int32_t, int32_t> criticalTaskUclamps; /* task enum -> 0..1024 */
+    /* [0]: 0 no request, else merged by maximum; [1..3] sent unchanged */
+    std::array<uint32_t, 4> limits = {};
     bool passFlag = false;   /* sent unchanged */
     bool sharedFlag = false; /* stays on while at least one active control holds it */
     std::array<int32_t, 3> extraValues = {-1, -1, -1}; /* sent unchanged */
@@ -92,7 +94,7 @@ typedef int32_t VELKSceneChangeMode;
 
 /* Details of a task start. {-1, 0, 0, {0, 0}}: in no group, no flag. */
 typedef struct VELKTaskExtraParams {
-    int32_t groupHead;  /* index of the task's group; negative: in no group */
+    int32_t groupHead;  /* index of the task's group; negative: none; starts do not use it */
     uint8_t extraFlag0; /* sent to the driver unchanged */
     uint8_t extraFlag1; /* sent to the driver unchanged */
     uint8_t reserved[2];

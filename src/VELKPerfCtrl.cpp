@@ -443,30 +443,28 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     }
 
     const VELKSingleShotControl* pushed = nullptr;
-    bool isNewDefault = false;
+    bool isRegistered = false;
     if (control.category == kUserCategory) {
         VELKRescManagement::UserControl copy(1, control);
         pushed = &copy.front();
         resource->pushUserSingleShotControl(std::move(copy));
     } else {
-        isNewDefault = resource->addDefaultSingleShotControl(control);
+        resource->addDefaultSingleShotControl(control);
     }
     // A caller that gets an exception may hand the same control over again.
-    Rollback forgetControl([&]() noexcept {
-        if (pushed != nullptr) {
-            resource->dropUserSingleShotControl(pushed);
-        } else if (isNewDefault) {
-            resource->forgetDefaultSingleShotControl(control.category);
+    Rollback takeBack([&]() noexcept {
+        resource->takeBackSingleShotControl(control, pushed, isRegistered);
+        if (pushed == nullptr) {
+            resource->takeBackDefaultSingleShotControl(control.category);
         }
     });
     resource->registerSingleShotControl(control);
-    Rollback deactivate([&]() noexcept { resource->undoRegisterSingleShotControl(control); });
+    isRegistered = true;
 
     VELK_SINGLE_SHOT_PARAM record{};
     resource->resolveSingleShotControl(record, control, control.isReset);
     const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource->deviceFd(), record);
-    deactivate.dismiss();
-    forgetControl.dismiss();
+    takeBack.dismiss();
     return resultOf(sent);
 }
 

@@ -12,7 +12,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 class VELK_INTERNAL ActiveCalls {
   public:

@@ -11,9 +11,9 @@
 #include <atomic>
 #include <cstdint>
 
-#include "VELKTypes.h"
 #include "foundation/CommandTable.h"
 #include "foundation/RuntimeSwitches.h"
+#include "foundation/Visibility.h"
 
 inline constexpr int32_t kNotOpened = -1;
 inline constexpr int32_t kNodeAbsent = -2;

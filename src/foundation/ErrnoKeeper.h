@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 class VELK_INTERNAL ErrnoKeeper {
   public:

@@ -17,9 +17,9 @@
 #include <cstdint>
 
 #include "ULogger.h"
-#include "VELKTypes.h"
 #include "foundation/ErrnoKeeper.h"
 #include "foundation/RuntimeSwitches.h"
+#include "foundation/Visibility.h"
 
 #define VELK_LOG_TAG "VELKPerfCtrl"
 #define VELK_LOG_SOURCE "velk/src/VELKPerfCtrl"

@@ -4,12 +4,13 @@
  */
 #pragma once
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 template <typename T>
 union VELK_INTERNAL NeverDestroyed {
     constexpr NeverDestroyed() : object() {}
-    ~NeverDestroyed() {}
+    ~NeverDestroyed() { /* The object stays. */
+    }
     NeverDestroyed(const NeverDestroyed&) = delete;
     NeverDestroyed& operator=(const NeverDestroyed&) = delete;
 

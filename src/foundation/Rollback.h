@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 // The action runs in a destructor, so it must not throw.
 template <typename Action>

@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 // Set once the debug log is known to be off, which is what nearly every call finds.
 VELK_INTERNAL extern std::atomic<bool> gIsDebugLogKnownOff;

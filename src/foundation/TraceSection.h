@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 // The platform's header declares these two within its inline helpers only, and those test the tag
 // of a whole source file.

@@ -31,12 +31,6 @@ VELKRescManagement::UserControl VELKRescManagement::popUserSingleShotControl() {
     return newest;
 }
 
-void VELKRescManagement::dropUserSingleShotControl(const VELKSingleShotControl* control) noexcept {
-    const std::lock_guard<std::mutex> lock(mResourceLock);
-    mUserSingleShotControls.remove_if(
-            [control](const VELKSingleShotControl& other) { return &other == control; });
-}
-
 // Visits the values that the control contributes, each with the multiset it belongs to. The
 // multisets of its critical tasks exist already.
 template <typename Visitor>
@@ -55,34 +49,58 @@ void VELKRescManagement::visitActiveValues(const VELKSingleShotControl& control,
     }
 }
 
-// Entries are made when first asked for and stay.
-void VELKRescManagement::ensureCriticalTaskEntries(const VELKSingleShotControl& control) {
-    for (const auto& [task, uclamp] : control.criticalTaskUclamps) {
-        mActiveCriticalTaskUclamps.try_emplace(task);
+// Entries are made when first asked for and stay. Calls `prepare` with each and with the number of
+// values that the control has for it.
+template <typename Prepare>
+void VELKRescManagement::ensureCriticalTaskEntries(const CriticalTaskUclamps& tasks,
+                                                   Prepare&& prepare) {
+    for (auto first = tasks.begin(); first != tasks.end();) {
+        const auto last = tasks.upper_bound(first->first);
+        prepare(mActiveCriticalTaskUclamps.try_emplace(first->first).first->second,
+                static_cast<size_t>(std::distance(first, last)));
+        first = last;
     }
 }
 
 void VELKRescManagement::registerSingleShotControl(const VELKSingleShotControl& control) {
     const std::lock_guard<std::mutex> lock(mResourceLock);
     // Everything that can fail for want of memory comes first.
-    ensureCriticalTaskEntries(control);
-    const size_t room = 1 + control.criticalTaskUclamps.size();
-    visitActiveValues(control, [room](ActiveValues& values, int64_t) { values.makeRoom(room); });
+    ensureCriticalTaskEntries(control.criticalTaskUclamps,
+                              [](ActiveValues& values, size_t count) { values.makeRoom(count); });
+    mActivePercentLevels.makeRoom(1);
+    mActiveLimits.makeRoom(1);
+    for (size_t i = 0; i < control.uclampLevels.size(); ++i) {
+        mActiveUclampLevels[i].makeRoom(1);
+    }
     visitActiveValues(control, [](ActiveValues& values, int64_t value) { values.insert(value); });
     mSharedFlagCount += control.sharedFlag ? 1 : 0;
 }
 
-void VELKRescManagement::undoRegisterSingleShotControl(
-        const VELKSingleShotControl& control) noexcept {
+void VELKRescManagement::takeBackSingleShotControl(const VELKSingleShotControl& control,
+                                                   const VELKSingleShotControl* pushed,
+                                                   bool isRegistered) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    visitActiveValues(control, [](ActiveValues& values, int64_t value) { values.eraseOne(value); });
-    mSharedFlagCount -= control.sharedFlag ? 1 : 0;
+    if (pushed != nullptr) {
+        const auto position =
+                std::find_if(mUserSingleShotControls.begin(), mUserSingleShotControls.end(),
+                             [pushed](const auto& other) { return &other == pushed; });
+        if (position == mUserSingleShotControls.end()) {
+            // A reset has withdrawn it meanwhile, with its values.
+            return;
+        }
+        mUserSingleShotControls.erase(position);
+    }
+    if (isRegistered) {
+        visitActiveValues(control,
+                          [](ActiveValues& values, int64_t value) { values.eraseOne(value); });
+        mSharedFlagCount -= control.sharedFlag ? 1 : 0;
+    }
 }
 
 WithdrawnCounts VELKRescManagement::unregisterSingleShotControl(
         const VELKSingleShotControl& control) {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    ensureCriticalTaskEntries(control);
+    ensureCriticalTaskEntries(control.criticalTaskUclamps, [](ActiveValues&, size_t) {});
     WithdrawnCounts counts;
     counts.reserve(control.criticalTaskUclamps.size());
     visitActiveValues(control, [&counts](ActiveValues& values, int64_t value) {

@@ -2,8 +2,8 @@
  * The multiset of values that the active single-shot controls ask for at one place.
  *
  * A sorted array: a handful of controls is active at once, so shifting a few words beats one heap
- * node a value, and room that has been made once is never given back, so that taking a value out
- * can always be undone.
+ * node a value. Room that has been made once is never given back, so that taking a value out can be
+ * undone without memory.
  */
 #pragma once
 
@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 // Values are wide enough for every signed and unsigned field of a control.
 class VELK_INTERNAL ActiveValues {

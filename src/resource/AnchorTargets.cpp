@@ -8,11 +8,11 @@ constexpr int32_t kAnchorFactor = 100000;
 
 // A set override names one anchor and its target and switches every other anchor's target off.
 int targetInForce(const char* overrideProperty, int anchor, int target) {
-    const int32_t override = property_get_int32(overrideProperty, 0);
-    if (override == 0) {
+    const int32_t forced = property_get_int32(overrideProperty, 0);
+    if (forced == 0) {
         return target;
     }
-    return override / kAnchorFactor == anchor ? override % kAnchorFactor : 0;
+    return forced / kAnchorFactor == anchor ? forced % kAnchorFactor : 0;
 }
 
 }  // namespace

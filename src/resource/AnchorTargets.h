@@ -7,7 +7,7 @@
 
 #include <array>
 
-#include "VELKTypes.h"
+#include "foundation/Visibility.h"
 
 // `spec` is what the tuning data sets for the anchor: {latency target, jitter target}.
 VELK_INTERNAL int getLatencySpec(int anchor, const std::array<int, 2>& spec);

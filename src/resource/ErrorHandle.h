@@ -67,4 +67,5 @@ class ErrorHandle {
 };
 
 // The one that task registrations use; callers link to the library's own.
-extern template class VELK_API ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>;
+extern template class __attribute__((visibility("default")))
+ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>;

@@ -7,6 +7,7 @@
 
 #include "VELKTypes.h"
 #include "foundation/CommandRecords.h"
+#include "foundation/Visibility.h"
 
 class VELKRescManagement;
 

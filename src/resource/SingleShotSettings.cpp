@@ -22,30 +22,34 @@ bool VELKRescManagement::getSingleShotSetting(int category, VELKSingleShotContro
         return false;
     }
     // Copied first, so that running out of memory leaves the caller's control whole.
-    control = VELKSingleShotControl(setting->second);
+    control = VELKSingleShotControl(setting->second.control);
     return true;
 }
 
-bool VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl& control) {
+void VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl& control) {
     if (VELKSettingsProvider::getSingleShotControlProvider().contains(control.category)) {
-        return false;
+        return;
     }
     size_t categories = 0;
     {
         const std::lock_guard<std::mutex> lock(mSettingsLock);
-        if (!mDefaultSingleShotTable.try_emplace(control.category, control).second) {
-            return false;
+        const auto [known, isNew] = mDefaultSingleShotTable.try_emplace(control.category, control);
+        if (!isNew) {
+            ++known->second.notifications;
+            return;
         }
         categories = mDefaultSingleShotTable.size();
     }
-    Rollback forget([&]() noexcept { forgetDefaultSingleShotControl(control.category); });
+    Rollback takeBack([&]() noexcept { takeBackDefaultSingleShotControl(control.category); });
     VELK_LOGD("add default control with category(%d) to table(size=%zu)", control.category,
               categories);
-    forget.dismiss();
-    return true;
+    takeBack.dismiss();
 }
 
-void VELKRescManagement::forgetDefaultSingleShotControl(int category) noexcept {
+void VELKRescManagement::takeBackDefaultSingleShotControl(int category) noexcept {
     const std::lock_guard<std::mutex> lock(mSettingsLock);
-    mDefaultSingleShotTable.erase(category);
+    const auto known = mDefaultSingleShotTable.find(category);
+    if (known != mDefaultSingleShotTable.end() && --known->second.notifications == 0) {
+        mDefaultSingleShotTable.erase(known);
+    }
 }

@@ -24,6 +24,7 @@
 #include "foundation/CommandChannel.h"
 #include "foundation/CommandRecords.h"
 #include "foundation/ThreadSafety.h"
+#include "foundation/Visibility.h"
 #include "resource/ActiveValues.h"
 #include "resource/ErrorHandle.h"
 #include "resource/SingleShotRecord.h"
@@ -143,11 +144,11 @@ class VELK_INTERNAL VELKRescManagement {
     // when there is none.
     [[gnu::cold]] VELK_API bool getSingleShotSetting(int category, VELKSingleShotControl& control)
             VELK_EXCLUDES(mSettingsLock);
-    // Makes the control the default of its category when the category has none. Whether it did.
-    [[gnu::cold]] bool addDefaultSingleShotControl(const VELKSingleShotControl& control)
+    // Makes the control the default of its category when the category has none.
+    [[gnu::cold]] void addDefaultSingleShotControl(const VELKSingleShotControl& control)
             VELK_EXCLUDES(mSettingsLock);
-    // Undoes addDefaultSingleShotControl.
-    void forgetDefaultSingleShotControl(int category) noexcept VELK_EXCLUDES(mSettingsLock);
+    // Undoes it for a notification that failed halfway, unless others have come to rely on it.
+    void takeBackDefaultSingleShotControl(int category) noexcept VELK_EXCLUDES(mSettingsLock);
 
     // --- Active single-shot controls (ActiveSingleShots.cpp) -------------------------------------
 
@@ -159,15 +160,14 @@ class VELK_INTERNAL VELKRescManagement {
     void pushUserSingleShotControl(UserControl&& control) noexcept VELK_EXCLUDES(mResourceLock);
     // Takes the newest control off the stack; an empty list when there is none.
     UserControl popUserSingleShotControl() VELK_EXCLUDES(mResourceLock);
-    // Takes a control off the stack wherever it lies; no effect when it has been popped.
-    void dropUserSingleShotControl(const VELKSingleShotControl* control) noexcept
-            VELK_EXCLUDES(mResourceLock);
 
     // Adds the control's values to the active ones; all or none.
     void registerSingleShotControl(const VELKSingleShotControl& control)
             VELK_EXCLUDES(mResourceLock);
-    // Takes one registration back.
-    void undoRegisterSingleShotControl(const VELKSingleShotControl& control) noexcept
+    // Undoes a notification that failed halfway: takes the control off the stack when it was pushed
+    // there, and its values out when they were added. No effect when a reset has done both.
+    void takeBackSingleShotControl(const VELKSingleShotControl& control,
+                                   const VELKSingleShotControl* pushed, bool isRegistered) noexcept
             VELK_EXCLUDES(mResourceLock);
     // Removes the control's values and all their equals; all or none.
     WithdrawnCounts unregisterSingleShotControl(const VELKSingleShotControl& control)
@@ -204,7 +204,8 @@ class VELK_INTERNAL VELKRescManagement {
     template <typename Visitor>
     void visitActiveValues(const VELKSingleShotControl& control, Visitor&& visit)
             VELK_REQUIRES(mResourceLock);
-    void ensureCriticalTaskEntries(const VELKSingleShotControl& control)
+    template <typename Prepare>
+    void ensureCriticalTaskEntries(const CriticalTaskUclamps& tasks, Prepare&& prepare)
             VELK_REQUIRES(mResourceLock);
 
     // The order of the members is the order of construction; the convertors are released last.
@@ -244,8 +245,14 @@ class VELK_INTERNAL VELKRescManagement {
     ErrorHandle<unsigned, VELK_TASK_INIT_PARAM> mTaskErrors;
 
     const VELKScenario mScenario;
-    // Category -> control in every scenario, for the categories that the settings do not know.
-    std::map<int, VELKSingleShotControl> mDefaultSingleShotTable VELK_GUARDED_BY(mSettingsLock);
+    // Category -> control in every scenario, for the categories that the settings do not know, with
+    // the number of notifications that have handed a control of the category over.
+    struct DefaultControl {
+        explicit DefaultControl(const VELKSingleShotControl& handedOver) : control(handedOver) {}
+        VELKSingleShotControl control;
+        uint64_t notifications = 1;
+    };
+    std::map<int, DefaultControl> mDefaultSingleShotTable VELK_GUARDED_BY(mSettingsLock);
     std::mutex mSettingsLock;
 
     std::list<VELKSingleShotControl> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);

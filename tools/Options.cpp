@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <map>
 #include <stdexcept>
 
 #include "ExitStatus.h"
@@ -49,6 +48,16 @@ std::optional<double> parseSpeed(const std::string& text) {
     return speed;
 }
 
+PrintFormat parseFormat(const std::string& text) {
+    if (text == "table") {
+        return PrintFormat::Table;
+    }
+    if (text == "jsonl") {
+        return PrintFormat::JsonLines;
+    }
+    throw CLI::ValidationError("--format", "\"" + text + "\" is neither table nor jsonl");
+}
+
 std::pair<std::string, std::string> parseProperty(const std::string& text) {
     const size_t place = text.find('=');
     if (place == std::string::npos || place == 0) {
@@ -76,6 +85,7 @@ Misbehaviour parseMisbehaviour(const std::string& text) {
 std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
     Options options;
     std::string speed = "max";
+    std::string format = "table";
     std::string driver;
     std::vector<std::string> properties;
 
@@ -92,12 +102,9 @@ std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
             ->required()
             ->type_name("DIR");
     app.add_option("--speed", speed,
-                   "1 keeps the recorded time, 2 takes half of it; max does not wait")
-            ->type_name("N|max")
-            ->capture_default_str();
-    app.add_option("--format", options.format, "How commands and summary are printed")
-            ->transform(CLI::CheckedTransformer(std::map<std::string, PrintFormat>{
-                    {"table", PrintFormat::Table}, {"jsonl", PrintFormat::JsonLines}}))
+                   "1 keeps the recorded time, 2 takes half of it; max, the default, does not wait")
+            ->type_name("N|max");
+    app.add_option("--format", format, "How commands and summary are printed, by default a table")
             ->type_name("table|jsonl");
     app.add_flag("-q,--quiet", options.isQuiet, "Print the summary alone");
     app.add_option("--trace", options.traceFile, "Write a trace for Perfetto or chrome://tracing")
@@ -116,6 +123,7 @@ std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
         options.speed = parseSpeed(speed);
+        options.format = parseFormat(format);
         options.misbehaviour = parseMisbehaviour(driver);
         for (const std::string& property : properties) {
             options.properties.push_back(parseProperty(property));

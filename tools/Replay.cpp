@@ -121,11 +121,11 @@ struct Listeners {
         if (isatty(STDERR_FILENO) != 0) {
             progress = std::make_unique<Progress>(sessionSize);
         }
-        if (!options.isQuiet) {
-            printer = std::make_unique<CommandPrinter>(stdout, options.format);
-        }
         if (options.traceFile) {
             trace = std::make_unique<TraceWriter>(*options.traceFile);
+        }
+        if (!options.isQuiet) {
+            printer = std::make_unique<CommandPrinter>(stdout, options.format);
         }
     }
 

@@ -41,6 +41,8 @@ class CallListener {
   public:
     virtual ~CallListener() = default;
     virtual void onCall(const PlayedCall& played) = 0;
+    // Before the session waits, for its input or for the time of the next call.
+    virtual void onWait() {}
 };
 
 }  // namespace desk

@@ -148,6 +148,9 @@ void Player::finish() {
 
 const SessionCall* Player::nextCall() {
     while (mNextCall == mBlock.calls.size() && !mBlock.isLast) {
+        if (mQueue->isEmpty()) {
+            announceWait();
+        }
         std::optional<SessionBlock> block = mQueue->pop();
         if (!block) {
             break;
@@ -185,8 +188,18 @@ void Player::waitForTimeOf(const SessionCall& call) {
     if (!mStart) {
         mStart = std::chrono::steady_clock::now() - sinceStart;
     }
+    if (*mStart + sinceStart <= std::chrono::steady_clock::now()) {
+        return;
+    }
+    announceWait();
     std::unique_lock lock(mStopMutex);
     mStopped.wait_until(lock, *mStart + sinceStart, [this] { return mIsStopping.load(); });
+}
+
+void Player::announceWait() {
+    for (CallListener* listener : mListeners) {
+        listener->onWait();
+    }
 }
 
 }  // namespace desk

@@ -55,6 +55,7 @@ class Player {
     const SessionCall* nextCall();
     void addThreads(std::vector<std::string> names);
     void waitForTimeOf(const SessionCall& call);
+    void announceWait();
 
     BlockQueue* mQueue;
     std::optional<double> mSpeed;

@@ -84,6 +84,10 @@ void CommandPrinter::onCall(const PlayedCall& played) {
     }
 }
 
+void CommandPrinter::onWait() {
+    std::fflush(mOutput);
+}
+
 void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedCommand& command) {
     const char* verdict = isRefusal(command.verdict)          ? "refused"
                           : command.verdict == Verdict::Noted ? "noted"

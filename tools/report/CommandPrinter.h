@@ -17,6 +17,7 @@ class CommandPrinter : public CallListener {
     CommandPrinter(FILE* output, PrintFormat format);
 
     void onCall(const PlayedCall& played) override;
+    void onWait() override;
 
   private:
     void printTableRow(const PlayedCall& played, const ReceivedCommand& command);

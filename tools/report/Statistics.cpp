@@ -64,6 +64,11 @@ void Statistics::takeCommand(const PlayedCall& played, const ReceivedCommand& co
                 endTask(played, copyRecord<VELK_TASK_PARAM>(record));
             }
             break;
+        case VELK_IOC_CRITICAL_START:
+            if (!isRefusal(command.verdict)) {
+                mThreads[played.call->thread].spanStartUs = played.call->atUs;
+            }
+            break;
         default:
             break;
     }
@@ -140,10 +145,31 @@ std::vector<CallStatistics> Statistics::byOperation() const {
     return result;
 }
 
-std::string Statistics::threadName(uint32_t tid) const {
+const Statistics::Thread* Statistics::findThread(uint32_t tid) const {
     const auto thread = std::find_if(mThreads.begin(), mThreads.end(),
                                      [tid](const Thread& each) { return each.tid == tid; });
-    return thread != mThreads.end() ? thread->name : std::string();
+    return thread != mThreads.end() ? &*thread : nullptr;
+}
+
+std::string Statistics::threadName(uint32_t tid) const {
+    const Thread* thread = findThread(tid);
+    return thread != nullptr ? thread->name : std::string();
+}
+
+int64_t Statistics::spanStartUs(uint32_t tid) const {
+    const Thread* thread = findThread(tid);
+    return thread != nullptr ? thread->spanStartUs : 0;
+}
+
+int64_t Statistics::runStartUs(uint32_t tid, uint32_t uniqueTaskId) const {
+    const auto task = mRegistered.find(uniqueTaskId);
+    if (task == mRegistered.end()) {
+        return 0;
+    }
+    const std::vector<Run>& runs = task->second.runs;
+    const auto run = std::find_if(runs.rbegin(), runs.rend(),
+                                  [tid](const Run& each) { return each.tid == tid; });
+    return run != runs.rend() ? run->sinceUs : 0;
 }
 
 const TaskStatistics* Statistics::findTask(uint32_t uniqueTaskId) const {

@@ -51,11 +51,15 @@ class Statistics : public CallListener {
     std::string threadName(uint32_t tid) const;
     // Of the task that was last registered with this id, or null.
     const TaskStatistics* findTask(uint32_t uniqueTaskId) const;
+    // When the thread last started that task, and when it last started a critical span.
+    int64_t runStartUs(uint32_t tid, uint32_t uniqueTaskId) const;
+    int64_t spanStartUs(uint32_t tid) const;
 
   private:
     struct Thread {
         std::string name;
         uint32_t tid = 0;
+        int64_t spanStartUs = 0;
     };
     struct Run {
         uint32_t tid = 0;
@@ -67,6 +71,7 @@ class Statistics : public CallListener {
         std::vector<Run> runs;
     };
 
+    const Thread* findThread(uint32_t tid) const;
     void countCall(const PlayedCall& played);
     void takeThread(const PlayedCall& played);
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);

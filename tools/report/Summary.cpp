@@ -11,7 +11,7 @@ std::vector<ActiveRun> activeRunsOf(const Statistics& statistics, const DriverPi
     for (const RunningThread& running : driver.running) {
         ActiveRun run;
         run.thread = statistics.threadName(running.tid);
-        run.sinceUs = running.sinceNs / 1000;
+        run.sinceUs = statistics.runStartUs(running.tid, running.uniqueTaskId);
         if (const TaskStatistics* task = statistics.findTask(running.uniqueTaskId)) {
             run.task = task->task;
             run.name = task->name;
@@ -24,7 +24,8 @@ std::vector<ActiveRun> activeRunsOf(const Statistics& statistics, const DriverPi
 std::vector<ActiveSpan> activeSpansOf(const Statistics& statistics, const DriverPicture& driver) {
     std::vector<ActiveSpan> spans;
     for (const CriticalSpan& span : driver.spans) {
-        spans.push_back({statistics.threadName(span.tid), span.criticalValue, span.sinceNs / 1000});
+        spans.push_back({statistics.threadName(span.tid), span.criticalValue,
+                         statistics.spanStartUs(span.tid)});
     }
     return spans;
 }

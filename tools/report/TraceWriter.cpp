@@ -59,8 +59,8 @@ void TraceWriter::onCall(const PlayedCall& played) {
     mLastNs = played.endNs;
     nameTrack(played);
     beginSlices(played);
-    writeSections(played);
     writeInstants(played);
+    writeSections(played);
     endSlices(played);
 }
 

@@ -15,6 +15,11 @@ bool BlockQueue::push(SessionBlock block) {
     return true;
 }
 
+bool BlockQueue::isEmpty() {
+    const std::lock_guard lock(mMutex);
+    return mBlocks.empty();
+}
+
 std::optional<SessionBlock> BlockQueue::pop() {
     std::unique_lock lock(mMutex);
     mChanged.wait(lock, [this] { return mIsClosed || !mBlocks.empty(); });

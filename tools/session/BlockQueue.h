@@ -17,6 +17,8 @@ class BlockQueue {
   public:
     // Waits for room. False when the queue is closed, and then the block is gone.
     bool push(SessionBlock block);
+    // Whether pop would wait.
+    bool isEmpty();
     // Waits for a block. Empty when the queue is closed.
     std::optional<SessionBlock> pop();
     // Ends all waiting.

@@ -1,0 +1,199 @@
+/*
+ * The order of calls, the threads that make them, and how playing ends.
+ */
+#include "play/Player.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "TuningTexts.h"
+#include "driver/DriverModel.h"
+#include "tuning/TuningPlatform.h"
+
+namespace desk {
+namespace {
+
+struct HeardCall {
+    uint64_t line = 0;
+    std::string thread;
+    pid_t tid = 0;
+
+    bool operator==(const HeardCall&) const = default;
+};
+
+class Hearer : public CallListener {
+  public:
+    void onCall(const PlayedCall& played) override {
+        heard.push_back({played.call->line, std::string(played.thread), gettid()});
+        for (const ReceivedCommand& command : played.commands) {
+            EXPECT_EQ(command.tid, static_cast<uint32_t>(gettid()));
+        }
+        results.push_back(played.result);
+        timesNs.push_back(played.startNs);
+        timesNs.push_back(played.endNs);
+        if (onLine && played.call->line == *onLine) {
+            act();
+        }
+    }
+
+    std::vector<HeardCall> heard;
+    std::vector<int> results;
+    std::vector<int64_t> timesNs;
+    std::optional<uint64_t> onLine;
+    std::function<void()> act;
+};
+
+class PlayerTest : public testing::Test {
+  protected:
+    PlayerTest() {
+        installTuning(std::get<std::shared_ptr<const TuningData>>(parseTuning(smallTuning())));
+    }
+    ~PlayerTest() override { controlNode().reset(); }
+
+    // A block of so many vsyncs on threads that change from call to call without a pattern.
+    SessionBlock makeBlock(size_t calls) {
+        SessionBlock block;
+        for (size_t i = 0; i < calls; ++i) {
+            mRandom = mRandom * 1103515245 + 12345;
+            const uint32_t thread = (mRandom >> 16) % (mThreads + (mThreads < 5 ? 1 : 0));
+            if (thread == mThreads) {
+                block.newThreads.push_back("thread " + std::to_string(mThreads++));
+            }
+            block.calls.push_back({++mLine, 0, mAtUs += mStepUs, thread, VSyncCall{}});
+        }
+        return block;
+    }
+
+    static SessionBlock lastBlock() {
+        SessionBlock block;
+        block.isLast = true;
+        return block;
+    }
+
+    uint32_t mRandom = 1;
+    uint32_t mThreads = 0;
+    uint64_t mLine = 0;
+    int64_t mAtUs = 0;
+    int64_t mStepUs = 1;
+    BlockQueue mQueue;
+    Hearer mHearer;
+};
+
+TEST_F(PlayerTest, CallsComeInTheOrderOfTheFileOnOneThreadForEachName) {
+    std::thread reader([this] {
+        for (int block = 0; block < 20; ++block) {
+            EXPECT_TRUE(mQueue.push(makeBlock(50)));
+        }
+        mQueue.push(lastBlock());
+    });
+    Player player(mQueue, std::nullopt, {&mHearer});
+    const PlayResult result = player.play();
+    reader.join();
+
+    EXPECT_FALSE(result.isStopped);
+    EXPECT_FALSE(result.error);
+    ASSERT_EQ(mHearer.heard.size(), 1000U);
+    std::map<std::string, pid_t> tids;
+    for (uint64_t line = 1; line <= 1000; ++line) {
+        const HeardCall& call = mHearer.heard[line - 1];
+        ASSERT_EQ(call, (HeardCall{line, call.thread,
+                                   tids.try_emplace(call.thread, call.tid).first->second}));
+    }
+    EXPECT_EQ(tids.size(), 5U);
+    std::set<pid_t> distinct = {gettid()};
+    for (const auto& [name, tid] : tids) {
+        EXPECT_TRUE(distinct.insert(tid).second) << name;
+    }
+    EXPECT_TRUE(std::is_sorted(mHearer.timesNs.begin(), mHearer.timesNs.end()));
+}
+
+TEST_F(PlayerTest, WithASpeedNoCallComesBeforeItsTime) {
+    mStepUs = 2000;
+    mQueue.push(makeBlock(11));
+    mQueue.push(lastBlock());
+    Player player(mQueue, 2.0, {&mHearer});
+    const auto start = std::chrono::steady_clock::now();
+    player.play();
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(10));
+    EXPECT_EQ(mHearer.heard.size(), 11U);
+}
+
+TEST_F(PlayerTest, AStopEndsAfterTheCallThatIsUnderWay) {
+    mQueue.push(makeBlock(100));
+    Player player(mQueue, std::nullopt, {&mHearer});
+    mHearer.onLine = 40;
+    mHearer.act = [&player] { player.stop(); };
+    EXPECT_TRUE(player.play().isStopped);
+    EXPECT_EQ(mHearer.heard.size(), 40U);
+    EXPECT_FALSE(mQueue.push(makeBlock(1)));
+}
+
+TEST_F(PlayerTest, AStopEndsTheWaitForTheTimeOfACall) {
+    constexpr int64_t kDayUs = 86'400'000'000;
+    mQueue.push(makeBlock(1));
+    mStepUs = kDayUs;
+    mQueue.push(makeBlock(1));
+    Player player(mQueue, 1.0, {&mHearer});
+    mHearer.onLine = 1;
+    std::thread stopper;
+    mHearer.act = [&] { stopper = std::thread([&player] { player.stop(); }); };
+    EXPECT_TRUE(player.play().isStopped);
+    stopper.join();
+    EXPECT_EQ(mHearer.heard.size(), 1U);
+}
+
+TEST_F(PlayerTest, WhatAListenerThrowsComesOutOfPlay) {
+    mQueue.push(makeBlock(100));
+    Player player(mQueue, std::nullopt, {&mHearer});
+    mHearer.onLine = 30;
+    mHearer.act = [] { throw std::runtime_error("disk full"); };
+    EXPECT_THROW(player.play(), std::runtime_error);
+    EXPECT_EQ(mHearer.heard.size(), 30U);
+}
+
+TEST_F(PlayerTest, ThePlayedPartOfABrokenSessionComesWithItsError) {
+    SessionBlock block = makeBlock(3);
+    block.isLast = true;
+    block.error = "s:4: task: missing";
+    mQueue.push(std::move(block));
+    Player player(mQueue, std::nullopt, {&mHearer});
+    EXPECT_EQ(player.play().error, "s:4: task: missing");
+    EXPECT_EQ(mHearer.heard.size(), 3U);
+    EXPECT_EQ(mHearer.results, (std::vector<int>{-1, -1, -1}));  // the library is down
+}
+
+TEST(FailureJudge, KnowsWhatFollowsFromARefusedNode) {
+    FailureJudge judge;
+    const auto after = [&judge](DriverCall call, Verdict verdict) {
+        ReceivedCommand command;
+        command.call = call;
+        command.verdict = verdict;
+        return judge.isFailureAsTold({&command, 1});
+    };
+    EXPECT_FALSE(judge.isFailureAsTold({}));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold));
+    EXPECT_TRUE(judge.isFailureAsTold({}));
+    EXPECT_FALSE(after(DriverCall::Open, Verdict::Accepted));
+    EXPECT_FALSE(judge.isFailureAsTold({}));
+    EXPECT_TRUE(after(DriverCall::Command, Verdict::RefusedAsTold));
+    EXPECT_FALSE(after(DriverCall::Command, Verdict::Refused));
+    EXPECT_FALSE(judge.isFailureAsTold({}));
+    // A second descriptor is refused, and the first one is still there.
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold));
+    EXPECT_FALSE(judge.isFailureAsTold({}));
+    EXPECT_TRUE(after(DriverCall::Close, Verdict::Accepted));
+}
+
+}  // namespace
+}  // namespace desk

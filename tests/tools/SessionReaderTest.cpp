@@ -1,0 +1,252 @@
+/*
+ * From lines of a session to calls, and what is said of lines that are none.
+ */
+#include "session/SessionReader.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "ControlMembers.h"
+
+namespace desk {
+namespace {
+
+struct ReadSession {
+    std::vector<SessionCall> calls;
+    std::vector<std::string> threads;
+    std::string error = "none";  // without the name of the file
+};
+
+class SessionFile {
+  public:
+    explicit SessionFile(const std::string& text) { std::ofstream(mPath) << text; }
+    ~SessionFile() { std::remove(mPath.c_str()); }
+    SessionFile(const SessionFile&) = delete;
+    SessionFile& operator=(const SessionFile&) = delete;
+
+    ReadSession read() const {
+        InputFile input(mPath);
+        SessionReader reader(input);
+        ReadSession session;
+        for (bool isLast = false; !isLast;) {
+            SessionBlock block = reader.next();
+            isLast = block.isLast;
+            std::move(block.calls.begin(), block.calls.end(), std::back_inserter(session.calls));
+            std::move(block.newThreads.begin(), block.newThreads.end(),
+                      std::back_inserter(session.threads));
+            if (block.error) {
+                EXPECT_TRUE(block.error->starts_with(mPath + ":"));
+                session.error = block.error->substr(mPath.size() + 1);
+            }
+        }
+        return session;
+    }
+
+  private:
+    const std::string mPath = testing::TempDir() + "session-" + std::to_string(getpid()) + ".jsonl";
+};
+
+ReadSession readSession(const std::string& text) {
+    return SessionFile(text).read();
+}
+
+struct FaultCase {
+    const char* name;
+    const char* line;
+    const char* error;
+};
+
+void PrintTo(const FaultCase& fault, std::ostream* out) {
+    *out << fault.name;
+}
+
+class SessionFaults : public testing::TestWithParam<FaultCase> {};
+
+TEST_P(SessionFaults, AreNamedAndEndTheSessionThere) {
+    const std::string good = R"({"at_us": 10, "thread": "t", "call": "notifyVSync"})";
+    const ReadSession session = readSession(good + "\n" + GetParam().line + "\n" + good + "\n");
+    EXPECT_EQ(session.error, std::string("2: ") + GetParam().error);
+    EXPECT_EQ(session.calls.size(), 1U);
+}
+
+const FaultCase kFaults[] = {
+        {"noJson", R"(notifyVSync)", "column 2: no valid JSON, expected one JSON object"},
+        {"cutOff", R"({"at_us": 11, "thread": "t",)",
+         "column 29: no valid JSON, expected one JSON object"},
+        {"twoObjects", R"({} {})", "column 4: no valid JSON, expected one JSON object"},
+        {"hugeNumber", R"({"at_us": 1e999})",
+         "column 15: a number that is too large, expected one JSON object"},
+        {"array", R"([])", "line: found an array, expected one JSON object"},
+        {"scalar", R"(17)", "line: found 17, expected one JSON object"},
+        {"missingTime", R"({"thread": "t", "call": "notifyVSync"})",
+         "at_us: missing, expected a whole number from 0 to 1000000000000000"},
+        {"timeBackwards", R"({"at_us": 9, "thread": "t", "call": "notifyVSync"})",
+         "at_us: found 9, before the call ahead of it, expected at least 10"},
+        {"timeNegative", R"({"at_us": -1, "thread": "t", "call": "notifyVSync"})",
+         "at_us: found -1, expected a whole number from 0 to 1000000000000000"},
+        {"timeBeyondSigned", R"({"at_us": 18446744073709551615, "thread": "t", "call": "uninit"})",
+         "at_us: found 18446744073709551615, expected a whole number from 0 to 1000000000000000"},
+        {"threadIsNoText", R"({"at_us": 11, "thread": null, "call": "notifyVSync"})",
+         "thread: found null, expected a text of 1 to 64 printable characters"},
+        {"threadNotPrintable", R"({"at_us": 11, "thread": "a\nb", "call": "notifyVSync"})",
+         R"(thread: found "a\nb", expected a text of 1 to 64 printable characters)"},
+        {"unknownCall", R"({"at_us": 11, "thread": "t", "call": "notifyVsync"})",
+         R"(call: unknown call "notifyVsync", expected one of init, uninit, notifyTaskStart, )"
+         "notifyTaskEnd, notifyTaskSceneChange, notifySingleShotControl, "
+         "notifyResetSingleShotControl, markCriticalTask, unsetCriticalTask, "
+         "notifySingleShotCriticalTaskStart, notifySingleShotCriticalTaskEnd, "
+         "notifyAnchorPointStart, notifyAnchorPointEnd, notifyVSync, notifyCamFps, setProperty"},
+        {"unknownMember",
+         R"({"at_us": 11, "thread": "t", "call": "notifyTaskEnd", "keys": {"a": [1]},)"
+         R"( "key": "0x1", "task": 3})",
+         "keys: unknown member of notifyTaskEnd, expected one of at_us, thread, call, key, task"},
+        {"memberOfAnotherCall", R"({"at_us": 11, "thread": "t", "call": "notifyVSync", "task": 3})",
+         "task: unknown member of notifyVSync, expected one of at_us, thread, call"},
+        {"missingMember", R"({"at_us": 11, "thread": "t", "call": "notifyTaskEnd", "key": "0x1"})",
+         "task: missing, expected a whole number from -2147483648 to 2147483647"},
+        {"duplicateMember", R"({"at_us": 11, "at_us": 12, "thread": "t", "call": "notifyVSync"})",
+         "at_us: duplicate member, expected each member once"},
+        {"fractionForInteger",
+         R"({"at_us": 11, "thread": "t", "call": "markCriticalTask", "user": 4.5})",
+         "user: found 4.5, expected a whole number from -2147483648 to 2147483647"},
+        {"objectForInteger",
+         R"({"at_us": 11, "thread": "t", "call": "markCriticalTask", "user": {"id": 4}})",
+         "user: found an object, expected a whole number from -2147483648 to 2147483647"},
+        {"arrayForControl",
+         R"({"at_us": 11, "thread": "t", "call": "notifySingleShotControl", "control": [1]})",
+         "control: found an array, expected an object with members of a single-shot control"},
+        {"numberForFlag",
+         R"({"at_us": 11, "thread": "t", "call": "init", "scenario": 1,)"
+         R"( "customization": 0, "queryMaxEfficientFreq": 1})",
+         "queryMaxEfficientFreq: found 1, expected true or false"},
+        {"flagForInteger", R"({"at_us": 11, "thread": "t", "call": "init", "scenario": true})",
+         "scenario: found true, expected a whole number from -2147483648 to 2147483647"},
+        {"byteTooLarge",
+         R"({"at_us": 11, "thread": "t", "call": "notifyTaskStart", "key": "0x1",)"
+         R"( "task": 3, "extraFlag1": 256})",
+         "extraFlag1: found 256, expected a whole number from 0 to 255"},
+        {"keyIsANumber", R"({"at_us": 11, "thread": "t", "call": "notifyTaskEnd", "key": 5})",
+         R"(key: found 5, expected a text such as "0x55fd" with at most 16 hexadecimal digits)"},
+        {"keyWithoutPrefix", R"({"at_us": 11, "thread": "t", "call": "notifyTaskEnd", "key": "5"})",
+         R"(key: found "5", expected a text such as "0x55fd" with at most 16 hexadecimal digits)"},
+        {"keyTooLong",
+         R"({"at_us": 11, "thread": "t", "call": "notifyTaskEnd", "key": "0x10000000000000000"})",
+         R"(key: found "0x10000000000000000", expected a text such as "0x55fd" with at most 16 )"
+         "hexadecimal digits"},
+        {"fpsTooLarge", R"({"at_us": 11, "thread": "t", "call": "notifyCamFps", "fps": 1e39})",
+         "fps: found 1e39, expected a number in the range of a 32-bit float"},
+        {"neitherCategoryNorControl",
+         R"({"at_us": 11, "thread": "t", "call": "notifySingleShotControl"})",
+         "category: missing, expected one of category or control"},
+        {"categoryAndControl",
+         R"({"at_us": 11, "thread": "t", "call": "notifySingleShotControl",)"
+         R"( "category": 5, "control": {}})",
+         "category: not alone, expected one of category or control"},
+        {"controlMember",
+         R"({"at_us": 11, "thread": "t", "call": "notifySingleShotControl",)"
+         R"( "control": {"limits": [1, 2, 3]}})",
+         "control/limits: found [1,2,3], expected an array of 4 elements"},
+        {"controlDuplicate",
+         R"({"at_us": 11, "thread": "t", "call": "notifySingleShotControl",)"
+         R"( "control": {"auxValue": 1, "auxValue": 2}})",
+         "control/auxValue: duplicate key, expected each key once in its object"},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, SessionFaults, testing::ValuesIn(kFaults),
+                         [](const auto& each) { return each.param.name; });
+
+TEST(SessionReader, MakesCallsWithTheirArguments) {
+    const ReadSession session = readSession(
+            R"({"at_us": 0, "thread": "a", "call": "init", "driverParam": 4294967295, "scenario": 1, )"
+            R"("customization": -2, "queryMaxEfficientFreq": true, "tuningParam1": -5, )"
+            R"("tuningParam2": 80, "applyExtraDefaultControl": true})"
+            "\r\n\n"
+            R"({"task": 7, "key": "0xFFFFFFFFffffffff", "call": "notifyTaskStart", "thread": "b", "at_us": 5})"
+            "\n"
+            R"({"at_us": 5, "thread": "a", "call": "notifyTaskStart", "key": "0x0", "task": 24, "extraFlag1": 9})"
+            "\n"
+            R"({"at_us": 6, "thread": "b", "call": "notifySingleShotControl", "control": {"category": 3, )"
+            R"("isReset": true, "percentLevel": 101, "uclampLevels": [4294967295], )"
+            R"("criticalTaskUclamps": [[24, -1]]}})"
+            "\n"
+            R"({"at_us": 7, "thread": "b", "call": "notifyCamFps", "fps": 30})"
+            "\n"
+            R"({"at_us": 7, "thread": "b", "call": "setProperty", "name": "n", "value": ""})");
+    ASSERT_EQ(session.error, "none");
+    ASSERT_EQ(session.calls.size(), 6U);
+    EXPECT_EQ(session.threads, (std::vector<std::string>{"a", "b"}));
+
+    const auto& init = std::get<InitCall>(session.calls[0].operation).params;
+    EXPECT_EQ(init.driverParam, 4294967295U);
+    EXPECT_EQ(init.scenario, 1);
+    EXPECT_EQ(init.customization, -2);
+    EXPECT_TRUE(init.queryMaxEfficientFreq);
+    EXPECT_EQ(init.tuningParam1, -5);
+    EXPECT_EQ(init.tuningParam2, 80);
+    EXPECT_TRUE(init.applyExtraDefaultControl);
+
+    EXPECT_EQ(session.calls[1].line, 3U);
+    EXPECT_EQ(session.calls[1].atUs, 5);
+    EXPECT_EQ(session.calls[1].thread, 1U);
+    const auto& plainStart = std::get<TaskStartCall>(session.calls[1].operation);
+    EXPECT_EQ(plainStart.key, 0xFFFFFFFFFFFFFFFF);
+    EXPECT_FALSE(plainStart.extra);
+    const auto& start = std::get<TaskStartCall>(session.calls[2].operation);
+    ASSERT_TRUE(start.extra);
+    EXPECT_EQ(start.extra->groupHead, -1);
+    EXPECT_EQ(start.extra->extraFlag0, 0);
+    EXPECT_EQ(start.extra->extraFlag1, 9);
+
+    VELKSingleShotControl expected;
+    expected.category = 3;
+    expected.isReset = true;
+    expected.percentLevel = 101;
+    expected.uclampLevels = {4294967295};
+    expected.criticalTaskUclamps = {{24, -1}};
+    EXPECT_EQ(membersOf(*std::get<RecordControlCall>(session.calls[3].operation).control),
+              membersOf(expected));
+    EXPECT_EQ(std::get<CamFpsCall>(session.calls[4].operation).fps, 30.0F);
+    EXPECT_EQ(std::get<SetPropertyCall>(session.calls[5].operation).value, "");
+}
+
+TEST(SessionReader, KeepsLinesThatSpanChunks) {
+    std::string text;
+    constexpr uint64_t kLines = 3000;
+    for (uint64_t line = 0; line < kLines; ++line) {
+        text += R"({"at_us": )" + std::to_string(line) +
+                R"(, "thread": "t", "call": "notifyVSync"})" + std::string(line % 97, ' ') + "\n";
+    }
+    const ReadSession session = readSession(text);
+    ASSERT_EQ(session.error, "none");
+    ASSERT_EQ(session.calls.size(), kLines);
+    for (uint64_t line = 0; line < kLines; ++line) {
+        ASSERT_EQ(session.calls[line].atUs, static_cast<int64_t>(line));
+    }
+    EXPECT_EQ(session.calls.back().endOffset, text.size());
+}
+
+TEST(SessionReader, BoundsLinesAndThreads) {
+    const std::string longLine(SessionReader::kMaxLineLength + 100'000, ' ');
+    EXPECT_EQ(readSession(longLine).error, "1: line: too long, expected at most 1048576 bytes");
+
+    std::string text;
+    for (size_t thread = 0; thread <= SessionReader::kMaxThreads; ++thread) {
+        text += R"({"at_us": 0, "thread": "t)" + std::to_string(thread) +
+                R"(", "call": "notifyVSync"})" + "\n";
+    }
+    const ReadSession session = readSession(text);
+    EXPECT_EQ(session.error, "257: thread: one thread too many, expected at most 256 threads");
+    EXPECT_EQ(session.calls.size(), SessionReader::kMaxThreads);
+}
+
+TEST(SessionReader, AnEmptySessionIsNoError) {
+    const ReadSession session = readSession("");
+    EXPECT_EQ(session.error, "none");
+    EXPECT_TRUE(session.calls.empty());
+}
+
+}  // namespace
+}  // namespace desk

@@ -1,0 +1,51 @@
+/*
+ * Runs velk-replay as its users do.
+ */
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace desk {
+
+struct ToolOutcome {
+    int status = -1;  // of the exit; -1 when a signal ended it
+    std::string out;
+    std::string err;
+};
+
+class ToolRun {
+  public:
+    // Starts the tool with these arguments; standard input is a pipe that stays open.
+    explicit ToolRun(const std::vector<std::string>& arguments);
+    ~ToolRun();
+    ToolRun(const ToolRun&) = delete;
+    ToolRun& operator=(const ToolRun&) = delete;
+
+    void write(const std::string& input) const;
+    // Reads standard output up to the end of the first line that holds `text`.
+    void readUntil(const std::string& text);
+    void sendSignal(int signal) const;
+    // Closes standard input and waits for the end.
+    ToolOutcome finish();
+
+  private:
+    bool readMore();
+
+    std::string mErrorPath;
+    pid_t mProcess = -1;
+    int mInput = -1;
+    int mOutput = -1;
+    std::string mRead;
+};
+
+// With `input` as standard input.
+ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input = "");
+
+// The text with what differs from run to run replaced: thread ids and the time that it took.
+std::string normalise(const std::string& text);
+
+}  // namespace desk

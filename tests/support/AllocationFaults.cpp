@@ -25,9 +25,22 @@ void* operator new(size_t size) {
     void* const memory = std::malloc(size);
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
+// The forms that a sanitizer's runtime would otherwise keep to itself.
+void* operator new[](size_t size) {
+    return operator new(size);
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(size);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
     std::free(memory);
 }

@@ -2,6 +2,7 @@
 // the caller, the section is closed, no mutex is left held, and the same call made again, and what
 // follows it, has the same effect as if nothing had failed.
 #include <map>
+#include <memory>
 #include <regex>
 #include <set>
 #include <stdexcept>
@@ -17,10 +18,10 @@ using Steps = std::vector<std::function<int()>>;
 
 // The n-th call of the platform that may throw does.
 void failPlatform(int n) {
-    recorder().hook = [n](const Event& event) mutable {
+    recorder().hook = [left = std::make_shared<int>(n)](const Event& event) {
         const bool mayThrow = (event.kind == kPlatform && !event.text.starts_with("destroy")) ||
                               event.kind == kQuery || (event.kind == kLog && event.isULogger);
-        if (mayThrow && --n == 0) {
+        if (mayThrow && --*left == 0) {
             throw std::runtime_error("platform");
         }
     };

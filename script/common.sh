@@ -5,6 +5,7 @@
 
 set -euo pipefail
 
+# shellcheck disable=SC2034 # for those that take file names from their caller
 called_from=$PWD
 script_file=$(realpath "$0")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,0 +1,14 @@
+# Compiles for Android without an NDK, to find what a device would not have: clang's Android target,
+# LLVM's C++ library, and the distribution's headers in place of the device's. Objects only: there
+# is nothing to link them with.
+set(CMAKE_SYSTEM_NAME Linux) # CMake's own support for Android insists on an NDK.
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+set(CMAKE_C_COMPILER clang)
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_C_COMPILER_TARGET aarch64-linux-android29)
+set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-android29)
+set(CMAKE_C_FLAGS_INIT "-isystem /usr/aarch64-linux-gnu/include")
+set(CMAKE_CXX_FLAGS_INIT
+    "-nostdinc++ -isystem /usr/lib/llvm-14/include/c++/v1 -isystem /usr/aarch64-linux-gnu/include")

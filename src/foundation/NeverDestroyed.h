@@ -9,8 +9,8 @@
 template <typename T>
 union VELK_INTERNAL NeverDestroyed {
     constexpr NeverDestroyed() : object() {}
-    ~NeverDestroyed() { /* The object stays. */
-    }
+    // A defaulted destructor would be a deleted one.
+    ~NeverDestroyed() {}  // NOLINT(modernize-use-equals-default)
     NeverDestroyed(const NeverDestroyed&) = delete;
     NeverDestroyed& operator=(const NeverDestroyed&) = delete;
 

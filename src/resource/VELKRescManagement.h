@@ -16,6 +16,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "VELKJsonConvertor.h"
@@ -248,7 +249,8 @@ class VELK_INTERNAL VELKRescManagement {
     // Category -> control in every scenario, for the categories that the settings do not know, with
     // the number of notifications that have handed a control of the category over.
     struct DefaultControl {
-        explicit DefaultControl(const VELKSingleShotControl& handedOver) : control(handedOver) {}
+        explicit DefaultControl(VELKSingleShotControl handedOver)
+            : control(std::move(handedOver)) {}
         VELKSingleShotControl control;
         uint64_t notifications = 1;
     };

@@ -124,7 +124,7 @@ class LineParser::Handler : public nlohmann::json_sax<json> {
         if (isSkipped()) {
             return true;
         }
-        if (mCurrent->type != ArgumentType::Boolean) {
+        if (mCurrent == nullptr || mCurrent->type != ArgumentType::Boolean) {
             return failAsFound(value ? "true" : "false");
         }
         mArguments.set(mCurrent->argument, value ? 1 : 0);
@@ -149,12 +149,17 @@ class LineParser::Handler : public nlohmann::json_sax<json> {
         if (isSkipped()) {
             return true;
         }
-        return mCurrent->type == ArgumentType::Number ? takeNumber(value, text) : failAsFound(text);
+        return mCurrent != nullptr && mCurrent->type == ArgumentType::Number
+                       ? takeNumber(value, text)
+                       : failAsFound(text);
     }
 
     bool string(string_t& value) override {
         if (isSkipped()) {
             return true;
+        }
+        if (mCurrent == nullptr) {
+            return failAsFound(describeJson(json(value)));
         }
         switch (mCurrent->type) {
             case ArgumentType::Text:

@@ -31,65 +31,48 @@ inline const void* keyOf(uintptr_t value) {
 }
 
 // The operations as a caller calls them: recorded with their result.
-inline int init(const VELKInitParams& params = kParams) {
-    return call([&] { return VELKMachine::init(params); });
-}
-inline int uninit() {
-    return call(VELKMachine::uninit);
-}
-inline int start(uintptr_t key, int task) {
-    return call([&] { return VELKMachine::notifyTaskStart(keyOf(key), task); });
-}
-inline int start(uintptr_t key, int task, const VELKTaskExtraParams& extra) {
-    return call([&] { return VELKMachine::notifyTaskStart(keyOf(key), task, extra); });
-}
-inline int end(uintptr_t key, int task) {
-    return call([&] { return VELKMachine::notifyTaskEnd(keyOf(key), task); });
-}
-inline int sceneChange(int task, int mode) {
-    return call([&] {
-        return VELKMachine::notifyTaskSceneChange(task, static_cast<VELKSceneChangeMode>(mode));
-    });
-}
-inline int control(const VELKSingleShotControl& control) {
-    return call([&] { return VELKMachine::notifySingleShotControl(control); });
-}
-inline int control(int category) {
-    return call([&] { return VELKMachine::notifySingleShotControl(category); });
-}
-inline int reset(int category) {
-    return call([&] { return VELKMachine::notifyResetSingleShotControl(category); });
-}
-inline int reset() {
-    return call([] { return VELKMachine::notifyResetSingleShotControl(); });
-}
-inline int mark(int user) {
-    return call([&] { return VELKMachine::markCriticalTask(user); });
-}
-inline int mark() {
-    return call([] { return VELKMachine::markCriticalTask(); });
-}
-inline int unmark() {
-    return call(VELKMachine::unsetCriticalTask);
-}
-inline int spanStart(int task) {
-    return call([&] { return VELKMachine::notifySingleShotCriticalTaskStart(task); });
-}
-inline int spanEnd(int task) {
-    return call([&] { return VELKMachine::notifySingleShotCriticalTaskEnd(task); });
-}
-inline int anchorStart(int anchor, unsigned serial) {
-    return call([&] { return VELKMachine::notifyAnchorPointStart(anchor, serial); });
-}
-inline int anchorEnd(int anchor, unsigned serial) {
-    return call([&] { return VELKMachine::notifyAnchorPointEnd(anchor, serial); });
-}
-inline int vsync() {
-    return call(VELKInfoNotifier::notifyVSync);
-}
-inline int camFps(float fps) {
-    return call([&] { return VELKInfoNotifier::notifyCamFps(fps); });
-}
+using Machine = VELKMachine;
+inline constexpr auto init = [](const VELKInitParams& params = kParams) {
+    return call([&] { return Machine::init(params); });
+};
+inline constexpr auto uninit = [] { return call(Machine::uninit); };
+inline constexpr auto start = [](uintptr_t key, int task, const auto&... extra) {
+    return call([&] { return Machine::notifyTaskStart(keyOf(key), task, extra...); });
+};
+inline constexpr auto end = [](uintptr_t key, int task) {
+    return call([=] { return Machine::notifyTaskEnd(keyOf(key), task); });
+};
+inline constexpr auto sceneChange = [](int task, int mode) {
+    const auto sent = static_cast<VELKSceneChangeMode>(mode);
+    return call([=] { return Machine::notifyTaskSceneChange(task, sent); });
+};
+// By category or by record.
+inline constexpr auto control = [](const auto& what) {
+    return call([&] { return Machine::notifySingleShotControl(what); });
+};
+inline constexpr auto reset = [](auto... category) {
+    return call([=] { return Machine::notifyResetSingleShotControl(category...); });
+};
+inline constexpr auto mark = [](auto... user) {
+    return call([=] { return Machine::markCriticalTask(user...); });
+};
+inline constexpr auto unmark = [] { return call(Machine::unsetCriticalTask); };
+inline constexpr auto spanStart = [](int task) {
+    return call([=] { return Machine::notifySingleShotCriticalTaskStart(task); });
+};
+inline constexpr auto spanEnd = [](int task) {
+    return call([=] { return Machine::notifySingleShotCriticalTaskEnd(task); });
+};
+inline constexpr auto anchorStart = [](int anchor, unsigned serial) {
+    return call([=] { return Machine::notifyAnchorPointStart(anchor, serial); });
+};
+inline constexpr auto anchorEnd = [](int anchor, unsigned serial) {
+    return call([=] { return Machine::notifyAnchorPointEnd(anchor, serial); });
+};
+inline constexpr auto vsync = [] { return call(VELKInfoNotifier::notifyVSync); };
+inline constexpr auto camFps = [](float fps) {
+    return call([=] { return VELKInfoNotifier::notifyCamFps(fps); });
+};
 
 class LibraryTest : public ::testing::Test {
   protected:

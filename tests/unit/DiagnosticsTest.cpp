@@ -1,4 +1,4 @@
-// The log gate, the trace sections and the channel's own failures.
+// The log gate and the channel's own failures.
 #include <cerrno>
 #include <sstream>
 
@@ -74,23 +74,6 @@ TEST_F(DiagnosticsTest, ModeSelectsTheSinks) {
     EXPECT_EQ(android, speak()) << "the formatter fails";
 }
 
-TEST_F(DiagnosticsTest, ModeIsReadAgainBetweenTheSinks) {
-    up();
-    start(1, 5);
-    heard();
-    setLogSwitches(1);
-    during("check mTaskState", [] { setLogSwitches(2); });
-    end(1, 5);
-    setLogSwitches(3);
-    during("check mTaskState", [] { setLogSwitches(1); });
-    end(1, 5);
-    hears(R"(android D: [notifyTaskEnd] notifyTaskEnd | ioctl 30 0:tid 4:1
-        D: check mTaskState(5) size: 1
-        D: [notifyTaskEnd] notifyTaskEnd | ioctl 30 0:tid 4:1
-        android D: check mTaskState(5) size: 1)",
-          kNode | kLog);
-}
-
 TEST_F(DiagnosticsTest, LongMessageKeepsItsLengthAndLosesItsTail) {
     const std::string head = "[checkIOctlValid] Can't open /proc/velk/velk_ioctl: ";
     for (const size_t length : {1023U, 1024U, 2000U}) {
@@ -110,25 +93,6 @@ TEST_F(DiagnosticsTest, DebugLogPropertyIsReadOnceInAProcess) {
     platform().set(kDebugLog, isDebugLogOn() ? 0 : 1);
     vsync();
     hears("D*: no VELKResource exists, may haven't process init() | = -1", kUsual | kProperty);
-}
-
-TEST_F(DiagnosticsTest, CameraTagDecidesAtBothEndsOfASection) {
-    up();
-    const struct {
-        uint64_t before, after;
-        const char* transcript;
-    } cases[] = {{0x400, 0x400, "tags | {notifyVSync | ioctl 33 | tags | }"},
-                 {~0ULL, ~0ULL, "tags | {notifyVSync | ioctl 33 | tags | }"},
-                 {0, 0, "tags | ioctl 33 | tags"},
-                 {~0x400ULL, ~0x400ULL, "tags | ioctl 33 | tags"},
-                 {0, 0x400, "tags | ioctl 33 | tags | }"},
-                 {0x400, 0, "tags | {notifyVSync | ioctl 33 | tags"}};
-    for (const auto& c : cases) {
-        platform().traceTags = c.before;
-        during("ioctl", [&] { platform().traceTags = c.after; });
-        vsync();
-        hears(c.transcript, kTags | kTrace | kNode);
-    }
 }
 
 TEST_F(DiagnosticsTest, EveryStateOfADescriptor) {

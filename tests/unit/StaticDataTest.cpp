@@ -34,16 +34,6 @@ TEST_F(StaticDataTest, MissingConvertors) {
     }
 }
 
-TEST_F(StaticDataTest, WithoutOwnDataInitFails) {
-    platform().sources[0].isMissing = true;
-    init();
-    EXPECT_TRUE(heard().ends_with(expected(R"(fetch customer anchors customization 2
-        close 100 | destroy convertor 1
-        I: velk created | E: VELK init fail @init | } | = -1)")));
-    uninit();
-    hears("= -1");
-}
-
 TEST_F(StaticDataTest, DefaultsStandInWhereNoConvertorAnswers) {
     VELKRescManagement bare(kParams);
     EXPECT_EQ(1024U, bare.clusterLevel(2));

@@ -1,0 +1,157 @@
+// How the last uninit and the end of the process wait for calls that take no mutex.
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <thread>
+
+#include "support/LibraryTest.h"
+
+namespace fake {
+namespace {
+
+using Control = VELKSingleShotControl;
+
+class LifetimeTest : public LibraryTest {
+  protected:
+    LifetimeTest() {
+        platform().anchors[kScenario][1] = {4000, 50};
+        platform().singleShots[4] = {{kScenario, {.auxValue = 43}},
+                                     {VELK_SCENARIO_FALLBACK, {.auxValue = 48}}};
+    }
+
+    // A thread of the test with the library call that it makes.
+    struct Caller {
+        explicit Caller(std::function<int()> operation)
+            : thread([this, operation = std::move(operation)] {
+                  tid = gettid();
+                  result = operation();
+              }) {}
+        ~Caller() { thread.join(); }
+        // Returns once the call has nothing more to do but wait. A call that never waits hangs.
+        void awaitBlocked() const {
+            for (char state = 'R'; state != 'S'; std::this_thread::yield()) {
+                std::ifstream file("/proc/self/task/" + std::to_string(tid) + "/stat");
+                std::string number, name;
+                file >> number >> name >> state;
+            }
+        }
+        std::atomic<pid_t> tid = 0;
+        std::atomic<int> result = 99;
+        std::thread thread;
+    };
+};
+
+// Every call that takes no mutex, ended by a last uninit while the driver works on its command.
+TEST_F(LifetimeTest, LastUninitWaitsForTheCallsInside) {
+    const struct {
+        bool isUp;
+        unsigned number;
+        std::function<int()> operation;
+    } cases[] = {{true, 31, [] { return sceneChange(5, 1); }},
+                 {true, 33, vsync},
+                 {true, 34, [] { return camFps(1); }},
+                 {true, 35, [] { return control(Control{}); }},
+                 {true, 36, [] { return spanStart(5); }},
+                 {true, 37, [] { return spanEnd(5); }},
+                 {true, 38, [] { return anchorStart(1, 1); }},
+                 {true, 38, [] { return anchorEnd(1, 1); }},
+                 {false, 35, [] { return mark(); }}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.number);
+        node().reset();
+        if (c.isUp) {
+            up();
+            start(1, 5);
+        }
+        std::optional<Caller> last;
+        during("ioctl " + std::to_string(c.number), [&] {
+            last.emplace(uninit);
+            last->awaitBlocked();
+            EXPECT_EQ(-1, VELKInfoNotifier::notifyVSync()) << "newcomers find the library down";
+        });
+        heard();
+        EXPECT_EQ(0, c.operation());
+        last.reset();
+        const std::string transcript = heard(kNode | kTrace | kResult);
+        EXPECT_LT(transcript.find("\n}\n"), transcript.find("\nT2 close 100\n")) << transcript;
+        EXPECT_EQ(-1, vsync());
+        heard();
+    }
+}
+
+TEST_F(LifetimeTest, LastUninitWaitsForAllThatAreInside) {
+    up();
+    std::atomic<int> inside = 0;
+    std::atomic<bool> isHeld[2] = {true, true};
+    recorder().hook = [&](const Event& event) {
+        if (event.text == "ioctl 33") {
+            const int index = inside++;
+            while (isHeld[index]) {
+                std::this_thread::yield();
+            }
+        }
+    };
+    std::optional<Caller> last;
+    {
+        Caller first(vsync), second(vsync);
+        while (inside < 2) {
+            std::this_thread::yield();
+        }
+        last.emplace(uninit);
+        last->awaitBlocked();
+        isHeld[0] = false;
+        while (first.result + second.result > 99) {
+            std::this_thread::yield();
+        }
+        last->awaitBlocked();
+        EXPECT_EQ(std::vector<int>({100}), node().openDescriptors());
+        isHeld[1] = false;
+    }
+    last.reset();
+}
+
+// Marking hands over to an operation that takes the global mutex, for which uninit must not wait
+// while it holds it.
+TEST_F(LifetimeTest, MarkingBehindTheLastUninitFindsNothing) {
+    up();
+    std::optional<Caller> marking;
+    during("ioctl 32", [&] {
+        marking.emplace([] { return mark(); });
+        marking->awaitBlocked();
+    });
+    EXPECT_EQ(0, uninit());
+    marking.reset();
+    EXPECT_EQ(expected(R"(T2 {markCriticalTask
+        T2 D: no VELKResource exists, may haven't process init() | T2 } | T2 = -1)"),
+              heardLines("T2 "));
+}
+
+TEST_F(LifetimeTest, ProcessExitClosesTheNodeUnlessACallIsInside) {
+    const auto exitsDuring = [](bool hasCall) {
+        std::atomic<bool> isInside = !hasCall;
+        up();
+        recorder().hook = [&](const Event& event) {
+            std::fputs(event.text.starts_with("close") ? "closed" : "", stderr);
+            while (event.text == "ioctl 33") {
+                isInside = true;
+            }
+        };
+        if (hasCall) {
+            std::thread(vsync).detach();
+        }
+        while (!isInside) {
+            std::this_thread::yield();
+        }
+        std::exit(0);
+    };
+    EXPECT_EXIT(exitsDuring(false), ::testing::ExitedWithCode(0), "^closed$");
+    EXPECT_EXIT(exitsDuring(true), ::testing::ExitedWithCode(0), "^$");
+}
+
+}  // namespace
+}  // namespace fake

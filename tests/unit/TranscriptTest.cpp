@@ -1,0 +1,33 @@
+// The scenarios in tests/transcripts, each of which is a test of its own.
+#include "support/LibraryTest.h"
+#include "support/Script.h"
+
+namespace fake {
+namespace {
+
+class TranscriptTest : public LibraryTest {
+  public:
+    explicit TranscriptTest(Script script) : mScript(std::move(script)) {}
+
+  private:
+    void TestBody() override { play(mScript); }
+
+    const Script mScript;
+};
+
+}  // namespace
+}  // namespace fake
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    for (const char* file : {"controls", "critical", "frames", "lifecycle", "locks", "tasks"}) {
+        const std::string path = std::string(VELK_TRANSCRIPTS) + '/' + file + ".txt";
+        for (const fake::Script& script : fake::readScripts(path)) {
+            ::testing::RegisterTest(file, script.name.c_str(), nullptr, nullptr, path.c_str(),
+                                    script.lines.front().number, [=]() -> ::testing::Test* {
+                                        return new fake::TranscriptTest(script);
+                                    });
+        }
+    }
+    return RUN_ALL_TESTS();
+}

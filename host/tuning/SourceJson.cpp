@@ -78,7 +78,7 @@ void readGroupHeads(const std::vector<CheckedJson>& tasks, TuningVariant& varian
     for (const CheckedJson& json : tasks) {
         if (const auto head = json.find("groupHead")) {
             const int headTask = head->integer<int>(0, std::numeric_limits<int>::max());
-            if (headTask != 0 && variant.tasks.count(headTask) == 0) {
+            if (headTask != 0 && !variant.tasks.contains(headTask)) {
                 head->failAsFound("0 or a task of the same variant");
             }
             variant.tasks.at(json.at("task").integer<int>()).groupHead = headTask;

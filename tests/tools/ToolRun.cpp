@@ -48,6 +48,7 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments)
     std::vector<std::string> words = {VELK_REPLAY_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }

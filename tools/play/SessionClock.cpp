@@ -31,14 +31,14 @@ SessionClock::~SessionClock() {
 }
 
 int64_t SessionClock::beginCall(int64_t atUs) {
-    const int64_t startNs = std::max(atUs * 1000, mLastEndNs);
-    gOffsetNs.store(startNs - steadyNowNs(), std::memory_order_relaxed);
-    return startNs;
+    mLastNs = std::max(atUs * 1000, mLastNs);
+    gOffsetNs.store(mLastNs - steadyNowNs(), std::memory_order_relaxed);
+    return mLastNs;
 }
 
 int64_t SessionClock::endCall() {
-    mLastEndNs = sessionNowNs();
-    return mLastEndNs;
+    mLastNs = sessionNowNs();
+    return mLastNs;
 }
 
 }  // namespace desk

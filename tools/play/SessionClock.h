@@ -23,7 +23,7 @@ class SessionClock {
     int64_t endCall();
 
   private:
-    int64_t mLastEndNs = 0;
+    int64_t mLastNs = 0;
 };
 
 }  // namespace desk

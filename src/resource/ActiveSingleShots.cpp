@@ -154,9 +154,12 @@ void VELKRescManagement::resolveSingleShotControl(VELK_SINGLE_SHOT_PARAM& record
 
 void VELKRescManagement::resolveUclampLevels(VELK_SINGLE_SHOT_PARAM& record, size_t levels) {
     const std::lock_guard<std::mutex> lock(mResourceLock);
+    VELKJsonConvertor* const convertor = mpJsonConvertor.get();
     for (size_t i = 0; i < levels; ++i) {
         // The floor is compared as the signed value that the convertor's level is to the driver.
-        const auto floor = static_cast<int32_t>(clusterLevel(static_cast<int>(i)));
+        const auto floor = static_cast<int32_t>(
+                convertor != nullptr ? convertor->getClusterLevel(static_cast<int>(i))
+                                     : kMaxUclamp);
         record.uclampLevels[i] = static_cast<uint32_t>(largerOf(floor, mActiveUclampLevels[i]));
     }
 }

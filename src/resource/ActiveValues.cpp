@@ -8,11 +8,16 @@ void ActiveValues::grow(size_t count) {
 }
 
 void ActiveValues::insert(int64_t value) noexcept {
-    if (mSorted.empty() || mSorted.back() <= value) {
-        mSorted.push_back(value);
-    } else {
-        mSorted.insert(std::upper_bound(mSorted.begin(), mSorted.end(), value), value);
+    const bool isLargest = mSorted.empty() || mSorted.back() <= value;
+    mSorted.push_back(value);
+    if (!isLargest) [[unlikely]] {
+        moveLastIntoPlace();
     }
+}
+
+[[gnu::noinline]] void ActiveValues::moveLastIntoPlace() noexcept {
+    const auto last = std::prev(mSorted.end());
+    std::rotate(std::upper_bound(mSorted.begin(), last, *last), last, mSorted.end());
 }
 
 void ActiveValues::insertCopies(int64_t value, size_t count) noexcept {
@@ -30,15 +35,14 @@ void ActiveValues::eraseOne(int64_t value) noexcept {
 }
 
 size_t ActiveValues::eraseAll(int64_t value) noexcept {
+    const size_t before = mSorted.size();
     // The value is usually the largest one: then the array just gets shorter.
-    const bool isLargest = !mSorted.empty() && mSorted.back() == value;
-    const auto last =
-            isLargest ? mSorted.end() : std::upper_bound(mSorted.begin(), mSorted.end(), value);
-    auto first = last;
-    while (first != mSorted.begin() && *std::prev(first) == value) {
-        --first;
+    while (!mSorted.empty() && mSorted.back() == value) {
+        mSorted.pop_back();
     }
-    const auto count = static_cast<size_t>(last - first);
-    mSorted.erase(first, last);
-    return count;
+    if (mSorted.size() == before) [[unlikely]] {
+        const auto equals = std::equal_range(mSorted.begin(), mSorted.end(), value);
+        mSorted.erase(equals.first, equals.second);
+    }
+    return before - mSorted.size();
 }

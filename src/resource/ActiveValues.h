@@ -38,6 +38,7 @@ class VELK_INTERNAL ActiveValues {
 
   private:
     void grow(size_t count);
+    void moveLastIntoPlace() noexcept;
 
     std::vector<int64_t> mSorted;
 };

@@ -228,9 +228,13 @@ class VELK_INTERNAL VELKRescManagement {
         bool operator==(const TaskPair&) const = default;
     };
     struct TaskPairHash {
-        // Spreads the small task enums, so that neighbouring ones do not meet neighbouring keys.
-        size_t operator()(const TaskPair& pair) const noexcept {
-            return static_cast<size_t>(pair.key) + static_cast<size_t>(pair.task) * 0x9E3779B1U;
+        // Keys are addresses, often in regular distances that share a factor with the number of
+        // buckets; nothing of their pattern is left in the upper half of the product. Not noexcept:
+        // the table then keeps each hash instead of computing it again on its way along a bucket.
+        size_t operator()(const TaskPair& pair) const {
+            const auto key = static_cast<uint64_t>(pair.key);
+            const auto task = static_cast<uint64_t>(pair.task) << 32U;
+            return static_cast<size_t>(((key + task) * 0x9E3779B97F4A7C15U) >> 32U);
         }
     };
     std::unordered_map<TaskPair, uint32_t, TaskPairHash> mUniqueTaskIds

@@ -125,7 +125,18 @@ struct Listeners {
             trace = std::make_unique<TraceWriter>(*options.traceFile);
         }
         if (!options.isQuiet) {
-            printer = std::make_unique<CommandPrinter>(stdout, options.format);
+            printer = std::make_unique<CommandPrinter>(stdout, options.format,
+                                                       [this] { eraseProgress(); });
+        }
+    }
+
+    Listeners(const Listeners&) = delete;
+    Listeners& operator=(const Listeners&) = delete;
+
+    // No row may begin behind the bar.
+    void eraseProgress() const {
+        if (progress != nullptr) {
+            progress->erase();
         }
     }
 
@@ -195,7 +206,7 @@ int replay(const Options& options) {
     const PlayResult result = playSession(input, options, listeners);
     const std::chrono::duration<double> played = steady_clock::now() - start;
 
-    listeners.progress.reset();
+    listeners.eraseProgress();
     const Summary summary = summarize(input.name(), listeners.statistics, controlNode().picture(),
                                       result, played.count());
     printSummary(summary, options);

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "driver/RecordDecoder.h"
 #include "report/RecordJson.h"
@@ -59,8 +60,8 @@ void printJson(FILE* output, const ordered_json& row) {
 
 }  // namespace
 
-CommandPrinter::CommandPrinter(FILE* output, PrintFormat format)
-    : mOutput(output), mFormat(format) {
+CommandPrinter::CommandPrinter(FILE* output, PrintFormat format, std::function<void()> beforeRows)
+    : mOutput(output), mFormat(format), mBeforeRows(std::move(beforeRows)) {
     if (mFormat == PrintFormat::Table) {
         fmt::print(mOutput, "{:>12}  {:<12}  {:<13}  {:<11}  {}\n", "time ms", "thread", "command",
                    "verdict", "fields");
@@ -68,6 +69,7 @@ CommandPrinter::CommandPrinter(FILE* output, PrintFormat format)
 }
 
 void CommandPrinter::onCall(const PlayedCall& played) {
+    mBeforeRows();
     for (const ReceivedCommand& command : played.commands) {
         if (mFormat == PrintFormat::Table) {
             printTableRow(played, command);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <string>
 
 #include "play/PlayedCall.h"
@@ -14,7 +15,8 @@ enum class PrintFormat : uint8_t { Table, JsonLines };
 
 class CommandPrinter : public CallListener {
   public:
-    CommandPrinter(FILE* output, PrintFormat format);
+    // `beforeRows` is called ahead of the rows of a call.
+    CommandPrinter(FILE* output, PrintFormat format, std::function<void()> beforeRows);
 
     void onCall(const PlayedCall& played) override;
     void onWait() override;
@@ -27,6 +29,7 @@ class CommandPrinter : public CallListener {
 
     FILE* mOutput;
     PrintFormat mFormat;
+    std::function<void()> mBeforeRows;
 };
 
 }  // namespace desk

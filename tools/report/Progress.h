@@ -11,8 +11,8 @@
 
 namespace desk {
 
-// Draws itself from time to time over its own line, and is gone in the end. Where rows go to the
-// same terminal it has to be heard before their printer, so that no row begins behind the bar.
+// Draws itself from time to time over its own line. Whoever writes to the same terminal erases it
+// first.
 class Progress : public CallListener {
   public:
     // `size` is that of the session in bytes, if it is known.

@@ -53,7 +53,7 @@ build_preset() {
     say "Building preset '$preset' in build/$preset ..."
     quietly "build/$preset/configure.log" cmake --preset "$preset"
     quietly "build/$preset/build.log" "${without_randomisation[@]}" \
-        cmake --build --preset "$preset" "${targets[@]}"
+        cmake --build --preset "$preset" "${targets[@]}" -- --quiet
 }
 
 # A command that runs another one without address randomisation. ThreadSanitizer needs it where the

@@ -102,7 +102,8 @@ TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
     umask(mask);
     EXPECT_EQ(status.st_mode & 0777U, 0640U & ~mask);
     EXPECT_EQ(ioctl(file, VELK_IOC_VSYNC, nullptr), -1);
-    EXPECT_EQ(errno, ENOTTY);
+    // An emulator of another machine does not hand on requests that it does not know.
+    EXPECT_TRUE(errno == ENOTTY || errno == ENOSYS) << errno;
     EXPECT_EQ(close(file), 0);
     EXPECT_EQ(close(file), -1);
     EXPECT_EQ(errno, EBADF);

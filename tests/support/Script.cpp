@@ -5,6 +5,7 @@
 #include <iterator>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 #include <thread>
 
 #include "support/LibraryTest.h"
@@ -245,6 +246,7 @@ const std::map<std::string, void (*)(const Arguments&)> kChanges = {
                  controls[static_cast<VELKScenario>(a.at(1))] = controlOf(a);
              }
          }},
+        {"throw", [](const Arguments&) { throw std::runtime_error("platform"); }},
         // BEGINNING CHANGE...: the change happens inside the next event that begins like this
         {"during",
          [](const Arguments& a) {

@@ -56,7 +56,7 @@ class FaultTest : public LibraryTest {
                 .uclampLevels = {300, 301, 302},
                 .percentLevel = 40,
                 .rangeLevels1 = {1, 2, 3},
-                .criticalTaskUclamps = {{5, 600}, {6, 700}, {22, 800}},
+                .criticalTaskUclamps = {{5, 600}, {5, 601}, {6, 700}, {22, 800}},
                 .limits = {9},
                 .sharedFlag = true};
     }
@@ -99,6 +99,18 @@ class FaultTest : public LibraryTest {
         return std::regex_replace(result + transcript.substr(end), std::regex("open .*\n"), "");
     }
 
+    // What can be seen of what is active, without changing it.
+    static std::string look() {
+        sceneChange(5, 0);
+        control(Control{.uclampLevels = {0, 0, 0},
+                        .percentLevel = 0,
+                        .criticalTaskUclamps = {{5, 0}, {6, 0}, {22, 0}},
+                        .limits = {1},
+                        .sharedFlag = true});
+        reset();
+        return heard(kNode | kResult);
+    }
+
     // So that descriptors are no difference.
     static void handOutFromTheFirst() {
         if (node().openDescriptors().empty()) {
@@ -110,6 +122,7 @@ class FaultTest : public LibraryTest {
     static int everyFault(const Case& c, void (*fail)(int)) {
         SCOPED_TRACE(c.name);
         prepare(c);
+        const std::string before = look();
         const int expectedResult = c.operation();
         if (!c.isRepeated) {
             heard();
@@ -130,6 +143,9 @@ class FaultTest : public LibraryTest {
             if (result != kThrew) {
                 EXPECT_EQ(expectedResult, result);
                 return n - 1;
+            }
+            if (c.isRepeated) {
+                EXPECT_EQ(before, look()) << failed;
             }
             handOutFromTheFirst();
             std::string registered;
@@ -191,6 +207,10 @@ TEST_F(FaultTest, EveryOperation) {
              [] { return control(full(7)); },
              {[] { return control(7); }, [] { return reset(7); }, kReset}},
             {"category", {kUp}, [] { return control(4); }, {[] { return reset(4); }, kReset}},
+            {"control that asks for little",
+             {kUp},
+             [] { return control(Control{.uclampLevels = {1}}); },
+             {[] { return control(Control{.sharedFlag = true}); }, kReset, kReset}},
             {"invalid control",
              {kUp},
              [] { return control(Control{.percentLevel = 101}); },

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 
 #include "support/LibraryTest.h"
@@ -131,13 +132,39 @@ TEST_F(LifetimeTest, MarkingBehindTheLastUninitFindsNothing) {
               heardLines("T2 "));
 }
 
+// The second of two notifications of a new category fails inside the first, then the first does:
+// the category is as unknown as before.
+TEST_F(LifetimeTest, FailedNotificationsLeaveNoDefaultBehind) {
+    up();
+    const Control fifth = {.category = 5, .uclampLevels = {1}};
+    for (const bool secondFails : {true, false}) {
+        bool isInside = false;
+        recorder().hook = [&](const Event& event) {
+            if (event.isULogger && event.text.starts_with("add default") && !isInside) {
+                isInside = true;
+                std::thread([&] { control(fifth); }).join();
+                throw std::runtime_error("platform");
+            }
+            if (secondFails && event.text == "0.getClusterLevel(0)") {
+                throw std::runtime_error("platform");
+            }
+        };
+        EXPECT_EQ(kThrew, control(fifth));
+        recorder().hook = nullptr;
+        EXPECT_EQ(secondFails ? -1 : 0, control(5));
+    }
+}
+
 TEST_F(LifetimeTest, ProcessExitClosesTheNodeUnlessACallIsInside) {
-    const auto exitsDuring = [](bool hasCall) {
+    const auto exitsDuring = [](bool hasCall, int cycles) {
         std::atomic<bool> isInside = !hasCall;
-        up();
+        for (up(); cycles > 0; --cycles) {
+            uninit();
+            up();
+        }
         recorder().hook = [&](const Event& event) {
             std::fputs(event.text.starts_with("close") ? "closed" : "", stderr);
-            while (event.text == "ioctl 33") {
+            while (event.text.ends_with(" 33")) {
                 isInside = true;
             }
         };
@@ -149,8 +176,10 @@ TEST_F(LifetimeTest, ProcessExitClosesTheNodeUnlessACallIsInside) {
         }
         std::exit(0);
     };
-    EXPECT_EXIT(exitsDuring(false), ::testing::ExitedWithCode(0), "^closed$");
-    EXPECT_EXIT(exitsDuring(true), ::testing::ExitedWithCode(0), "^$");
+    for (const int cycles : {0, 1}) {
+        EXPECT_EXIT(exitsDuring(false, cycles), ::testing::ExitedWithCode(0), "^closed$");
+        EXPECT_EXIT(exitsDuring(true, cycles), ::testing::ExitedWithCode(0), "^$");
+    }
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -37,24 +36,24 @@ constexpr const char* kTable =
         R"(     time ms  thread        command        verdict      fields
        0.000  service       open           accepted
        0.000  service       init           accepted     driverParam=0 clusterLevels=[10,20,30] maxEfficientFreqs=[1400000,2000000,2600000] tuningParam1=10 tuningParam2=80
-       0.000  service       singleShot     accepted     tid=# uclampLevels=[] percentLevel=-1 requestValue=-1 auxValue=0 rangeLevels1=[11,21,31] rangeLevels2=[] rangeLevels3=[] isReset=0 auxFlag=0 criticalTaskIds=[] criticalTaskUclamps=[] limits=[] passFlag=0 sharedFlag=0 extraValues=[-1,-1,-1]
+       0.000  service       singleShot     accepted     tid=0 uclampLevels=[] percentLevel=-1 requestValue=-1 auxValue=0 rangeLevels1=[11,21,31] rangeLevels2=[] rangeLevels3=[] isReset=0 auxFlag=0 criticalTaskIds=[] criticalTaskUclamps=[] limits=[] passFlag=0 sharedFlag=0 extraValues=[-1,-1,-1]
        1.000  preview       taskInit       accepted     uniqueTaskId=1 defaultUclamp=400 targetTime=5 taskSpecValue=7 isVIPTask=1 extraFlag0=0 extraFlag1=2 taskName="RENDER"
-       1.000  preview       taskStart      accepted     tid=# uniqueTaskId=1
+       1.000  preview       taskStart      accepted     tid=0 uniqueTaskId=1
        1.500  video         taskInit       accepted     uniqueTaskId=2 defaultUclamp=320 targetTime=900 taskSpecValue=-1 isVIPTask=0 extraFlag0=0 extraFlag1=0 taskName="SCALE"
-       1.500  video         taskStart      accepted     tid=# uniqueTaskId=2
+       1.500  video         taskStart      accepted     tid=0 uniqueTaskId=2
        2.000  service       camFps         accepted     fps=29
        2.100  service       vsync          accepted
-       2.200  video         criticalStart  accepted     tid=# criticalValue=320
-       2.300  preview       taskEnd        accepted     tid=# uniqueTaskId=1
+       2.200  video         criticalStart  accepted     tid=0 criticalValue=320
+       2.300  preview       taskEnd        accepted     tid=0 uniqueTaskId=1
        2.400  preview       -              returned -1  notifyTaskEnd in line 8
-       2.500  preview       taskStart      accepted     tid=# uniqueTaskId=1
+       2.500  preview       taskStart      accepted     tid=0 uniqueTaskId=1
        2.600  service       uninit         accepted
        2.600  service       close          accepted
 )";
 
 constexpr const char* kSummary =
         R"(Session standard input
-  10 calls on 3 threads, 0.003 s recorded, #
+  10 calls on 3 threads, 0.003 s recorded, played in 0
 
 Commands                accepted     noted   refused   as told
      open                      1         0         0         0
@@ -115,8 +114,7 @@ TEST_F(Replay, PrintsJsonLinesThatEndWithTheSum) {
     std::vector<json> rows;
     std::istringstream lines(normalise(outcome.out));
     for (std::string line; std::getline(lines, line);) {
-        // Normalised numbers are no JSON.
-        rows.push_back(json::parse(std::regex_replace(line, std::regex(":#"), ":0")));
+        rows.push_back(json::parse(line));
     }
     ASSERT_EQ(rows.size(), 17U);
     EXPECT_EQ(rows[0], json::parse(R"({"at_us": 0, "line": 1, "thread": "service", "call": "init",

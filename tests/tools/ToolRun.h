@@ -45,7 +45,8 @@ class ToolRun {
 // With `input` as standard input.
 ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input = "");
 
-// The text with what differs from run to run replaced: thread ids and the time that it took.
+// The text with what differs from run to run made 0: thread ids and the time that it
+// took.
 std::string normalise(const std::string& text);
 
 }  // namespace desk

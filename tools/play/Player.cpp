@@ -162,6 +162,7 @@ const SessionCall* Player::nextCall() {
     }
     if (mIsStopping.load(std::memory_order_relaxed)) {
         mResult.isStopped = true;
+        mResult.error.reset();  // it lies behind calls that are not played
         return nullptr;
     }
     return mNextCall < mBlock.calls.size() ? &mBlock.calls[mNextCall] : nullptr;

@@ -15,7 +15,7 @@ class DiagnosticsTest : public LibraryTest {
         platform().sources[VELK_JSON_SOURCE_CUSTOMER].isMissing = true;
         node().fail(kOpenNode, ENOENT);
         init();
-        const std::string text = heard(kLog);
+        std::string text = heard(kLog);
         while (uninit() == 0) {
         }
         heard();
@@ -93,6 +93,12 @@ TEST_F(DiagnosticsTest, DebugLogPropertyIsReadOnceInAProcess) {
     platform().set(kDebugLog, isDebugLogOn() ? 0 : 1);
     vsync();
     hears("D*: no VELKResource exists, may haven't process init() | = -1", kUsual | kProperty);
+    // The debug log is a condition more, not another way.
+    setLogSwitches(3, 4);
+    vsync();
+    setLogSwitches(0);
+    vsync();
+    hears("= -1 | = -1");
 }
 
 TEST_F(DiagnosticsTest, EveryStateOfADescriptor) {

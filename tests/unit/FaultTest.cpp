@@ -56,7 +56,8 @@ class FaultTest : public LibraryTest {
                 .uclampLevels = {300, 301, 302},
                 .percentLevel = 40,
                 .rangeLevels1 = {1, 2, 3},
-                .criticalTaskUclamps = {{5, 600}, {5, 601}, {6, 700}, {22, 800}},
+                .criticalTaskUclamps =
+                        {{5, 600}, {5, 601}, {6, 700}, {22, 800}, {22, 801}, {24, 1}},
                 .limits = {9},
                 .sharedFlag = true};
     }

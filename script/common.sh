@@ -22,7 +22,7 @@ fail() {
 # A command line that makes no sense: exit status 2.
 misused() {
     say "$(basename "$script_file"): $*"
-    say "Try 'script/$(basename "$script_file") --help'."
+    say "Try '$0 --help'."
     exit 2
 }
 

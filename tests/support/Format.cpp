@@ -65,6 +65,33 @@ bool dropAnnouncement(std::vector<std::string>& lines, uint32_t request) {
     return false;
 }
 
+// One message; takes in the second sink's copy, which `i` then points at.
+std::string messageLine(const std::vector<Event>& events, size_t& i) {
+    const Event& event = events[i];
+    if (i + 1 < events.size() && isPair(event, events[i + 1])) {
+        ++i;
+        return androidLine(event);
+    }
+    return event.isULogger ? "ulogger " + levelLetter(event) + event.text
+                           : "android " + androidLine(event);
+}
+
+std::string traceLine(const Event& event) {
+    constexpr std::string_view kPrefix = "begin VELK::";
+    if (event.text.starts_with(kPrefix)) {
+        return '{' + event.text.substr(kPrefix.size());
+    }
+    return event.text == "end" ? "}" : event.text;
+}
+
+// The command must have been announced in a process with the debug log, and in no other.
+std::string commandLine(const Event& event, std::vector<std::string>& lines) {
+    if (dropAnnouncement(lines, event.request) == isDebugLogOn()) {
+        return event.text;
+    }
+    return event.text + (isDebugLogOn() ? " (not announced)" : " (announced)");
+}
+
 }  // namespace
 
 std::string formatTranscript(const std::vector<Event>& events, uint32_t shown) {
@@ -76,20 +103,11 @@ std::string formatTranscript(const std::vector<Event>& events, uint32_t shown) {
         }
         std::string line = event.text;
         if (event.kind == kTrace) {
-            const std::string_view prefix = "begin VELK::";
-            line = line.starts_with(prefix) ? '{' + line.substr(prefix.size())
-                                            : (line == "end" ? "}" : line);
+            line = traceLine(event);
         } else if (event.kind == kLog) {
-            line = event.isULogger ? "ulogger " + levelLetter(event) + event.text
-                                   : "android " + androidLine(event);
-            if (i + 1 < events.size() && isPair(event, events[i + 1])) {
-                line = androidLine(event);
-                ++i;
-            }
+            line = messageLine(events, i);
         } else if (event.request != 0 && (shown & kLog) != 0) {
-            if (dropAnnouncement(lines, event.request) != isDebugLogOn()) {
-                line += isDebugLogOn() ? " (not announced)" : " (announced)";
-            }
+            line = commandLine(event, lines);
         }
         lines.push_back(event.thread > 1 ? "T" + std::to_string(event.thread) + ' ' + line : line);
     }

@@ -202,7 +202,6 @@ int64_t Node::onWrite(int fd, const void* bytes, size_t size) {
 
 }  // namespace fake
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's.
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 int __real_ioctl(int fd, unsigned long request, ...);
@@ -236,4 +235,3 @@ ssize_t __wrap_write(int fd, const void* bytes, size_t size) {
                                    : __real_write(fd, bytes, size);
 }
 }
-// NOLINTEND(bugprone-reserved-identifier)

@@ -233,7 +233,7 @@ VELKSettingsProvider::getSingleShotControlProvider() {
 extern "C" {
 
 int8_t property_get_bool(const char* key, int8_t default_value) {
-    return fake::readProperty(key, default_value) != 0;
+    return fake::readProperty(key, default_value) != 0 ? 1 : 0;
 }
 
 int32_t property_get_int32(const char* key, int32_t default_value) {

@@ -35,7 +35,7 @@ Numbers numbers(std::string text) {
 // The arguments after the command, as numbers of whatever type they are for.
 class Arguments {
   public:
-    explicit Arguments(const Words& words) : mWords(words) {}
+    explicit Arguments(Words words) : mWords(std::move(words)) {}
     size_t count() const { return mWords.size(); }
     const std::string& word(size_t i) const { return mWords.at(i); }
     int64_t at(size_t i) const { return number(mWords.at(i)); }
@@ -264,7 +264,7 @@ const std::map<std::string, void (*)(const Arguments&)> kChanges = {
 };
 
 Arguments argumentsOf(const Words& words) {
-    return Arguments({words.begin() + 1, words.end()});
+    return Arguments(Words(words.begin() + 1, words.end()));
 }
 
 void change(const Words& words) {

@@ -21,6 +21,7 @@ class ThreadTest : public LibraryTest {
 
     static void race(const std::vector<Work>& works) {
         std::vector<std::thread> threads;
+        threads.reserve(works.size());
         std::atomic<size_t> ready = 0;
         for (const Work& work : works) {
             threads.emplace_back([&] {

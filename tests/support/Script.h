@@ -8,10 +8,11 @@
  *   # ...               a remark
  *   anything else       what was heard since the last such lines; "nothing" for nothing
  *
- * Calls and changes are listed in Script.cpp; what a transcript looks like in Recorder.h.
+ * Calls and changes are listed in ScriptCommands.cpp; what a transcript looks like in Recorder.h.
  */
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -32,5 +33,11 @@ std::vector<Script> readScripts(const std::string& file);
 
 // Plays the scenario in a fresh world, with gtest's failures at the lines of the file.
 void play(const Script& script);
+
+// The name of a call or a change, then its arguments.
+using Words = std::vector<std::string>;
+void callOperation(const Words& words);
+// `shown` is what of the transcript is compared from then on.
+void changeWorld(const Words& words, uint32_t& shown);
 
 }  // namespace fake

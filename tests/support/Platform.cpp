@@ -126,6 +126,8 @@ int readProperty(const char* name, int defaultValue) {
     for (size_t i = 0; i < kProperties; ++i) {
         if (std::strcmp(name, kNames.at(i)) == 0) {
             recorder().record(kProperty, std::string("property ") + name);
+            // The message that asks for it may be about a failed call.
+            errno = i == kDebugLog ? EILSEQ : errno;
             const int64_t value = platform().properties.at(i).load(std::memory_order_relaxed);
             return value == kUnset ? defaultValue : static_cast<int>(value);
         }

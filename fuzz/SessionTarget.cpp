@@ -56,7 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             const size_t newline = text.rfind('\n', end == 0 ? 0 : end - 1);
             const size_t start = newline == std::string::npos ? 0 : newline + 1;
             checkCall(call, before, text.substr(start, end - start));
-            require(call.thread < threads && threads <= reader.kMaxThreads, "thread", path);
+            require(call.thread < threads && threads <= desk::SessionReader::kMaxThreads, "thread",
+                    path);
             before.line = call.line;
             before.endOffset = call.endOffset;
             before.atUs = call.atUs;

@@ -87,7 +87,7 @@ const VELKSingleShotControl* Model::setting(int category) const {
     if (const auto known = platform().singleShots.find(category);
         known != platform().singleShots.end()) {
         for (const VELKScenario scenario : {mUp->scenario, VELK_SCENARIO_FALLBACK}) {
-            if (known->second.count(scenario) != 0) {
+            if (known->second.contains(scenario)) {
                 return &known->second.at(scenario);
             }
         }
@@ -139,7 +139,7 @@ int Model::control(const VELKSingleShotControl* control) {
     }
     if (control->category == 0) {
         mUp->stack.push_back(*control);
-    } else if (platform().singleShots.count(control->category) == 0) {
+    } else if (!platform().singleShots.contains(control->category)) {
         mUp->defaults.emplace(control->category, *control);
     }
     for (const Active& value : valuesOf(*control)) {
@@ -202,7 +202,7 @@ int Model::mark(int user) {
         return controlOf(user);
     }
     const auto known = platform().singleShots.find(user);
-    if (known == platform().singleShots.end() || known->second.count(VELK_SCENARIO_FALLBACK) == 0) {
+    if (known == platform().singleShots.end() || !known->second.contains(VELK_SCENARIO_FALLBACK)) {
         return 0;
     }
     return sendTemporarily(known->second.at(VELK_SCENARIO_FALLBACK));

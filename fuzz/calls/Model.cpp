@@ -145,7 +145,7 @@ const TaskFigures* Model::figures(int task) const {
         return nullptr;
     }
     const auto& tasks = platform().sources[task > 21 ? 1 : 0].tasks;
-    return tasks.count(task) != 0 ? &tasks.at(task) : &unknown;
+    return tasks.contains(task) ? &tasks.at(task) : &unknown;
 }
 
 bool Model::isValid(int task) const {
@@ -261,7 +261,7 @@ int Model::target(int anchor, size_t element) const {
 }
 
 int Model::anchor(int anchor, uint32_t serial, int phase) {
-    if (!mUp || mUp->invalidAnchors.count(anchor) != 0) {
+    if (!mUp || mUp->invalidAnchors.contains(anchor)) {
         return -1;
     }
     if (phase == 1 && target(anchor, 0) == 0 && target(anchor, 1) == 0) {

@@ -116,8 +116,11 @@ void ToolRun::sendSignal(int signal) const {
     EXPECT_EQ(kill(mProcess, signal), 0);
 }
 
-ToolOutcome ToolRun::finish() {
+void ToolRun::closeInput() {
     closeOnce(mInput);
+}
+
+ToolOutcome ToolRun::waitForEnd() {
     while (readMore()) {
     }
     int status = 0;
@@ -128,7 +131,8 @@ ToolOutcome ToolRun::finish() {
 ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input) {
     ToolRun run(arguments);
     run.write(input);
-    return run.finish();
+    run.closeInput();
+    return run.waitForEnd();
 }
 
 std::string normalise(const std::string& text) {

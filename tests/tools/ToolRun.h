@@ -29,8 +29,8 @@ class ToolRun {
     // Reads standard output up to the end of the first line that holds `text`.
     void readUntil(const std::string& text);
     void sendSignal(int signal) const;
-    // Closes standard input and waits for the end.
-    ToolOutcome finish();
+    void closeInput();
+    ToolOutcome waitForEnd();
 
   private:
     bool readMore();

@@ -4,6 +4,6 @@
 set -euo pipefail
 
 nm=$1 library=$2
-exported=$("$nm" -D --defined-only -C --without-symbol-versions "$library" |
-    grep -v ' A ' | cut -d' ' -f3- | LC_ALL=C sort -u)
+exported=$("$nm" -D --defined-only "$library" |
+    grep -v ' A ' | cut -d' ' -f3- | sed 's/@.*//' | c++filt | LC_ALL=C sort -u)
 diff -u "$(dirname "$0")/exports.txt" <(echo "$exported")

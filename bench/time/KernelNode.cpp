@@ -5,6 +5,9 @@
  * does more makes the library's own share smaller.
  *
  * The program's own calls take this way too, so that both sides of a ratio pay for it.
+ *
+ * The two functions have names of their own in the source, because C libraries declare theirs with
+ * different types.
  */
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -18,20 +21,20 @@
 
 extern "C" {
 
-int open(const char* path, int flags, ...) {
-    mode_t mode = 0;
-    if ((flags & O_CREAT) != 0) {
-        va_list arguments;
-        va_start(arguments, flags);
-        mode = va_arg(arguments, mode_t);
-        va_end(arguments);
-    }
+int openOrNull(const char* path, int flags, ...) __asm__("open");
+int ioctlOrFionbio(int fd, unsigned long request, ...) noexcept __asm__("ioctl");
+
+int openOrNull(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const unsigned mode = (flags & O_CREAT) != 0 ? va_arg(arguments, unsigned) : 0;
+    va_end(arguments);
     const bool isNode = std::strcmp(path, VELK_NODE_PATH) == 0;
     return static_cast<int>(
             syscall(SYS_openat, AT_FDCWD, isNode ? "/dev/null" : path, flags, mode));
 }
 
-int ioctl(int fd, unsigned long request, ...) noexcept {
+int ioctlOrFionbio(int fd, unsigned long request, ...) noexcept {
     va_list arguments;
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);

@@ -44,8 +44,8 @@ class VELKMachine {
      * The first user's call takes over marking's descriptor or opens the control node, loads the
      * tuning data for params.scenario and params.customization, sends command 27 (init) and applies
      * the default single-shot controls (command 35, their results are ignored). They lie on the
-     * stack of handed-over controls. When marking has found no node before, none is looked for: the
-     * library comes up without one and every command fails.
+     * stack of handed-over controls. When marking has found no node before, or was given descriptor
+     * 0, none is looked for: the library comes up without one and every command fails.
      *
      * Returns 0 when the user was counted and, on a creating call, the driver took command 27.
      * Returns -1 with nothing changed when the feature is switched off; -1 with the library down
@@ -138,9 +138,11 @@ class VELKMachine {
      *   - uclampLevels: per position the maximum, with the tuning data's level as the floor;
      *   - percentLevel other than -1: the maximum of those of 1 or more, -2 when there is none;
      *   - limits[0] other than 0: the maximum, 999999 when there is none;
-     *   - criticalTaskUclamps: per task enum the maximum, with its default uclamp as the floor,
-     * sent for the unique task ids that exist for the enum. With none, or more than 20 in all, the
-     *     record goes out without ids and an error is logged;
+     *   - criticalTaskUclamps: per task enum the maximum, with its default uclamp as the floor. Of
+     *     several entries for one enum the first alone is merged. Each goes out for the unique task
+     *     ids that run the enum, and for those that ran it last, until another start of the enum
+     *     takes their place. With none, or more than 20 in all, the record goes out without ids and
+     *     an error is logged;
      *   - sharedFlag: whether any active control holds it.
      * What the control does not ask for, and all other fields, go out as it has them.
      *
@@ -180,10 +182,11 @@ class VELKMachine {
      * next init or uninit; without such a control nothing is sent and the result is 0. The overload
      * without argument marks for user 4.
      *
-     * Returns 0 on success; -1 when the feature is switched off, the node cannot be opened, the
-     * driver refused, or notifySingleShotControl(user) fails. Feature switch: yes. Locks: none
-     * while the library is down; else those of notifySingleShotControl(int). Two first calls racing
-     * may both open the node; the later descriptor is kept and the earlier one stays open and idle.
+     * Returns 0 on success; -1 when the feature is switched off, the node is absent or cannot be
+     * opened, the driver refused, or notifySingleShotControl(user) fails. Feature switch: yes.
+     * Locks: none while the library is down; else those of notifySingleShotControl(int). Two first
+     * calls racing may both open the node; the later descriptor is kept and the earlier one stays
+     * open and idle.
      */
     VELK_API static int markCriticalTask();
     VELK_API static int markCriticalTask(int user);
@@ -194,8 +197,8 @@ class VELKMachine {
      * marking activated while the library was up stays active until
      * notifyResetSingleShotControl(user).
      *
-     * Returns 0 when the driver took the command; -1 when the node cannot be opened or the driver
-     * refused. Feature switch: no. Locks: global mutex, for the whole call.
+     * Returns 0 when the driver took the command; -1 when the node is absent or cannot be opened,
+     * or the driver refused. Feature switch: no. Locks: global mutex, for the whole call.
      */
     VELK_API static int unsetCriticalTask();
 

@@ -1,14 +1,19 @@
 # Compiles for Android without an NDK, to find what a device would not have: clang's Android target,
-# LLVM's C++ library, and the distribution's headers in place of the device's. Objects only: there
-# is nothing to link them with.
+# LLVM's C++ library, the distribution's C library in place of the device's, and of the platform's
+# headers those alone that the library may use. Objects only: there is nothing to link them with.
 set(CMAKE_SYSTEM_NAME Linux) # CMake's own support for Android insists on an NDK.
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+foreach(header android/log.h cutils/compiler.h cutils/properties.h cutils/trace.h)
+    configure_file(/usr/include/android/${header} ${CMAKE_BINARY_DIR}/platform/${header} COPYONLY)
+endforeach()
 
 set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET aarch64-linux-android29)
 set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-android29)
-set(CMAKE_C_FLAGS_INIT "-isystem /usr/aarch64-linux-gnu/include")
+# Nothing of /usr/include, where the desk's libraries are.
+set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem /usr/aarch64-linux-gnu/include")
 set(CMAKE_CXX_FLAGS_INIT
-    "-nostdinc++ -isystem /usr/lib/llvm-14/include/c++/v1 -isystem /usr/aarch64-linux-gnu/include")
+    "-nostdlibinc -nostdinc++ -isystem /usr/lib/llvm-14/include/c++/v1 -isystem /usr/aarch64-linux-gnu/include")

@@ -286,9 +286,14 @@ int __real_vsnprintf(char* text, size_t size, const char* format, va_list argume
 int __wrap_vsnprintf(char* text, size_t size, const char* format, va_list arguments)
         __attribute__((format(printf, 3, 0)));
 int __wrap_vsnprintf(char* text, size_t size, const char* format, va_list arguments) {
-    return fake::tInLibrary && fake::platform().formatterFails
-                   ? -1
-                   : __real_vsnprintf(text, size, format, arguments);
+    if (fake::tInLibrary && fake::platform().formatterFails) {
+        return -1;
+    }
+    const int length = __real_vsnprintf(text, size, format, arguments);
+    if (fake::tInLibrary && length >= static_cast<int>(size)) {
+        text[size - 1] = '!';  // some formatters end a text that they cut with nothing
+    }
+    return length;
 }
 
 char* __real_strerror(int error);

@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <stdexcept>
 
+#include "resource/ActiveValues.h"
 #include "resource/ErrorHandle.h"
 #include "resource/VELKRescManagement.h"
 #include "support/AllocationFaults.h"
@@ -38,6 +39,19 @@ TEST_F(RollbackTest, ErrorListKeepsNothingThatItCannotWarnOf) {
     failEach([&] { list.addToErrorList(6, 6); }, [&] { EXPECT_FALSE(list.isInErrorList(6)); });
     hears("W: too many Error, error number: 6 | = 0");
     failEach([&] { list.addToErrorList(6, 7); }, [&] { EXPECT_TRUE(list.isInErrorList(6)); });
+}
+
+TEST_F(RollbackTest, ValuesAreOnlyPutBackWhereTheirRoomIsFree) {
+    ActiveValues values;
+    values.makeRoom(3);
+    values.insert(5);
+    failAllocation(1);
+    values.insertCopies(7, 9);
+    values.insertCopies(7, 1);
+    failAllocation(0);
+    EXPECT_EQ(2U, values.eraseAll(7));
+    values.insertCopies(4, 1);
+    EXPECT_EQ(5, values.largest());
 }
 
 TEST_F(RollbackTest, PairThatCannotBeDumpedIsForgotten) {

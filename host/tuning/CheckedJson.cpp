@@ -27,6 +27,32 @@ std::string escapeKey(std::string_view key) {
     return escaped;
 }
 
+constexpr size_t kMaxLength = 60;  // of what a message says about a value
+
+std::string dumpPlain(const json& value) {
+    return value.dump(-1, ' ', true, json::error_handler_t::replace);
+}
+
+// Goes no deeper than the text may be long: a document can be nested deeper than the stack bears.
+void appendJson(const json& value, std::string& text) {
+    if (!value.is_structured()) {
+        text += dumpPlain(value);
+        return;
+    }
+    text += value.is_array() ? '[' : '{';
+    const char* separator = "";
+    for (const auto& item : value.items()) {
+        if (text.size() > kMaxLength) {
+            return;
+        }
+        text += separator;
+        text += value.is_array() ? std::string() : dumpPlain(item.key()) + ':';
+        appendJson(item.value(), text);
+        separator = ",";
+    }
+    text += value.is_array() ? ']' : '}';
+}
+
 std::vector<std::string_view> joinKeys(std::initializer_list<std::string_view> first,
                                        std::initializer_list<std::string_view> second) {
     std::vector<std::string_view> keys(first);
@@ -37,8 +63,8 @@ std::vector<std::string_view> joinKeys(std::initializer_list<std::string_view> f
 }  // namespace
 
 std::string describeJson(const json& value) {
-    constexpr size_t kMaxLength = 60;
-    std::string text = value.dump(-1, ' ', true, json::error_handler_t::replace);
+    std::string text;
+    appendJson(value, text);
     if (text.size() > kMaxLength) {
         text.resize(kMaxLength);
         text += "...";

@@ -2,10 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
-#include <system_error>
 
 #include "tuning/JsonText.h"
 #include "tuning/SourceJson.h"
@@ -30,11 +29,16 @@ auto readText(const char* file, const std::string& text, Reader&& read) {
 
 std::string readFile(const std::filesystem::path& path) {
     std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    if (std::filesystem::is_directory(path) || !stream || !(text << stream.rdbuf()).good()) {
+    std::string text;
+    std::array<char, 4096> piece;
+    do {
+        stream.read(piece.data(), piece.size());
+        text.append(piece.data(), static_cast<size_t>(stream.gcount()));
+    } while (stream);
+    if (!stream.is_open() || stream.bad()) {
         throw TuningError{path.filename(), "", "the file cannot be read", "a readable JSON file"};
     }
-    return text.str();
+    return text;
 }
 
 std::optional<std::string> readFileIfThere(const std::filesystem::path& path) {

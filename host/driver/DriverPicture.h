@@ -1,6 +1,7 @@
 /*
  * What the driver model knows at one moment. An init command begins a new session: it clears the
- * tasks, threads and spans. An uninit leaves them, so that what was still active can be told.
+ * tasks, threads and spans and the control. An uninit leaves them, so that what was still active
+ * can be told.
  */
 #pragma once
 
@@ -56,7 +57,7 @@ struct DriverPicture {
     std::vector<TaskPicture> tasks;                 // by unique task id
     std::vector<RunningThread> running;             // by thread id, then unique task id
     std::vector<CriticalSpan> spans;                // by thread id
-    std::optional<VELK_SINGLE_SHOT_PARAM> control;  // the last accepted one: the merged control
+    std::optional<VELK_SINGLE_SHOT_PARAM> control;  // merged; the rest as in the last record
     std::optional<uint32_t> fps;
 
     CallCounters opens;

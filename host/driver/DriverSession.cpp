@@ -152,7 +152,7 @@ void DriverSession::accept(uint32_t request, const void* record, int64_t now) {
             mFps = copyRecord<VELK_CAM_FPS_PARAM>(record).fps;
             break;
         case VELK_IOC_SINGLE_SHOT:
-            mControl = copyRecord<VELK_SINGLE_SHOT_PARAM>(record);
+            mergeControl(copyRecord<VELK_SINGLE_SHOT_PARAM>(record));
             break;
         case VELK_IOC_CRITICAL_START: {
             const auto start = copyRecord<VELK_CRITICAL_TASK_PARAM>(record);
@@ -207,6 +207,7 @@ void DriverSession::begin(bool isInitialised) {
     mIsSenderUp = true;
     mTasks.clear();
     mSpans.clear();
+    mControl.reset();
 }
 
 void DriverSession::registerTask(const VELK_TASK_INIT_PARAM& record) {
@@ -242,6 +243,34 @@ void DriverSession::endTask(const VELK_TASK_PARAM& record, int64_t now) {
         }
         return isEnded;
     });
+}
+
+// A value in a record is merged over all active controls. What the record does not ask for stays.
+void DriverSession::mergeControl(VELK_SINGLE_SHOT_PARAM record) {
+    constexpr int32_t kNoRequest = -1;
+    const VELK_SINGLE_SHOT_PARAM before = mControl.value_or(record);
+    std::transform(std::begin(record.uclampLevels), std::end(record.uclampLevels),
+                   std::begin(before.uclampLevels), std::begin(record.uclampLevels),
+                   [](uint32_t level, uint32_t former) { return level != 0 ? level : former; });
+    if (record.percentLevel == kNoRequest) {
+        record.percentLevel = before.percentLevel;
+    }
+    if (record.requestValue == kNoRequest) {
+        record.requestValue = before.requestValue;
+    }
+    if (record.criticalTaskIds[0] == 0) {
+        std::ranges::copy(before.criticalTaskIds, record.criticalTaskIds);
+        std::ranges::copy(before.criticalTaskUclamps, record.criticalTaskUclamps);
+    }
+    if (record.limits[0] == 0) {
+        record.limits[0] = before.limits[0];
+    }
+    if (record.sharedFlag == 0) {
+        record.sharedFlag = before.sharedFlag;
+    } else if (record.isReset != 0) {
+        record.sharedFlag = 0;  // its last holder has gone
+    }
+    mControl = record;
 }
 
 void DriverSession::disputeRun(const VELK_TASK_PARAM& record, bool isStart) {

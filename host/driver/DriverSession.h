@@ -61,6 +61,7 @@ class DriverSession {
     void registerTask(const VELK_TASK_INIT_PARAM& record);
     void startTask(const VELK_TASK_PARAM& record, int64_t now);
     void endTask(const VELK_TASK_PARAM& record, int64_t now);
+    void mergeControl(VELK_SINGLE_SHOT_PARAM record);
     void disputeRun(const VELK_TASK_PARAM& record, bool isStart);
     void disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart);
 

@@ -48,6 +48,13 @@ std::optional<uint64_t> parseNumber(string_view text) {
 }
 
 int parseErrno(string_view item, string_view name) {
+    // Two numbers have a second name.
+    if (name == "ENOTSUP") {
+        return ENOTSUP;
+    }
+    if (name == "EWOULDBLOCK") {
+        return EWOULDBLOCK;
+    }
     for (int error = 1; error <= kMaxErrno; ++error) {
         const char* candidate = strerrorname_np(error);
         if (candidate != nullptr && name == candidate) {

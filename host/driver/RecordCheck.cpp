@@ -1,7 +1,6 @@
 #include "driver/RecordCheck.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 
 #include "driver/RecordCopy.h"
@@ -48,7 +47,7 @@ const char* checkTaskInit(const VELK_TASK_INIT_PARAM& record) {
     if (record.isVIPTask > 1) {
         return "the VIP flag is neither 0 nor 1";
     }
-    const size_t length = strnlen(record.taskName, sizeof record.taskName);
+    const size_t length = taskNameOf(record).size();
     if (length == sizeof record.taskName) {
         return "the task name is not terminated";
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstring>
+#include <string_view>
 
 #include "foundation/CommandRecords.h"
 
@@ -15,6 +16,11 @@ Record copyRecord(const void* bytes) {
     Record record;
     std::memcpy(&record, bytes, sizeof record);
     return record;
+}
+
+// Up to its end, also where a sender has left that out.
+inline std::string_view taskNameOf(const VELK_TASK_INIT_PARAM& record) {
+    return {record.taskName, strnlen(record.taskName, sizeof record.taskName)};
 }
 
 }  // namespace desk

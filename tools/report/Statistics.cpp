@@ -81,7 +81,7 @@ void Statistics::registerTask(const PlayedCall& played, const VELK_TASK_INIT_PAR
     }
     TaskStatistics& task = mTasks[call->task];
     task.task = call->task;
-    task.name = std::string_view(record.taskName, sizeof record.taskName).data();
+    task.name = taskNameOf(record);
     task.targetTimeUs = record.targetTime;
     mRegistered[record.uniqueTaskId].statistics = &task;
 }

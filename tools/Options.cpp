@@ -27,8 +27,8 @@ Examples:
 Misbehaviour (--driver), items with commas between them:
   absent                   there is no control node
   open=ERRNO[*TIMES]       opening the node fails
-  COMMAND=ERRNO[*TIMES]    a command (27 to 38, or its name) is refused
-  slow=[COMMAND:]DURATION  a command, or every one, takes that much longer (us, ms, s)
+  COMMAND=ERRNO[*TIMES]    a command (27 to 38, or a name such as taskStart) is refused
+  slow=[COMMAND:]DURATION  a command, or every one, takes that much longer (us, ms or s, up to 10s)
 
 Exit status:
   0  every call succeeded, or failed as the driver was told to

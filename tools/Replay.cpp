@@ -39,6 +39,12 @@ void setUpTuning(const std::string& folder) {
     installTuning(std::get<std::shared_ptr<const TuningData>>(std::move(result)));
 }
 
+void requireWritten(bool isWritten, const std::string& name) {
+    if (!isWritten) {
+        throw std::runtime_error(name + ": could not be written in full");
+    }
+}
+
 // The log and the logger for as long as the session is played.
 class Logs {
   public:
@@ -52,7 +58,7 @@ class Logs {
             mode |= kAndroidLog;
         }
         if (options.ulogFile) {
-            mUlog = openSink(*options.ulogFile);
+            mUlog = options.ulogFile == options.logFile ? mLog : openSink(*options.ulogFile);
             mLogger = std::make_unique<DeskULogger>(mUlog);
             mode |= kLogger;
         }
@@ -67,9 +73,10 @@ class Logs {
     Logs(const Logs&) = delete;
     Logs& operator=(const Logs&) = delete;
 
-    // False when a message could not be written in full.
-    bool flush() const {
-        return (mLog == nullptr || mLog->flush()) && (mUlog == nullptr || mUlog->flush());
+    // Throws when a message could not be written in full.
+    void requireWritten(const Options& options) const {
+        desk::requireWritten(mLog == nullptr || mLog->flush(), options.logFile.value_or(""));
+        desk::requireWritten(mUlog == nullptr || mUlog->flush(), options.ulogFile.value_or(""));
     }
 
   private:
@@ -115,10 +122,15 @@ class ReaderThread {
     std::thread mThread;
 };
 
+// A bar would run into lines that others write to standard error.
+bool wantsProgress(const Options& options) {
+    return isatty(STDERR_FILENO) != 0 && options.logFile != "-" && options.ulogFile != "-";
+}
+
 // Everybody who hears of the calls, in the order in which they have to.
 struct Listeners {
     Listeners(const Options& options, std::optional<uint64_t> sessionSize) {
-        if (isatty(STDERR_FILENO) != 0) {
+        if (wantsProgress(options)) {
             progress = std::make_unique<Progress>(sessionSize);
         }
         if (options.traceFile) {
@@ -184,12 +196,6 @@ void printSummary(const Summary& summary, const Options& options) {
     }
 }
 
-void requireWritten(bool isWritten, const std::string& name) {
-    if (!isWritten) {
-        throw std::runtime_error(name + ": could not be written in full");
-    }
-}
-
 }  // namespace
 
 int replay(const Options& options) {
@@ -217,7 +223,7 @@ int replay(const Options& options) {
     requireWritten(std::fflush(stdout) == 0 && std::ferror(stdout) == 0, "standard output");
     requireWritten(listeners.trace == nullptr || listeners.trace->finish(),
                    options.traceFile.value_or(""));
-    requireWritten(logs.flush(), options.logFile.value_or(options.ulogFile.value_or("")));
+    logs.requireWritten(options);
     return exitStatus(summary);
 }
 

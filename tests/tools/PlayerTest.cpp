@@ -140,11 +140,9 @@ TEST_F(PlayerTest, AStopEndsAfterTheCallThatIsUnderWay) {
 }
 
 TEST_F(PlayerTest, AStopEndsTheWaitForTheTimeOfACall) {
-    constexpr int64_t kDayUs = 86'400'000'000;
-    mQueue.push(makeBlock(1));
-    mStepUs = kDayUs;
-    mQueue.push(makeBlock(1));
-    Player player(mQueue, 1.0, {&mHearer});
+    mQueue.push(makeBlock(2));
+    constexpr double kBeyondEveryClock = 1e-300;
+    Player player(mQueue, kBeyondEveryClock, {&mHearer});
     mHearer.onLine = 1;
     std::thread stopper;
     mHearer.act = [&] { stopper = std::thread([&player] { player.stop(); }); };
@@ -175,24 +173,31 @@ TEST_F(PlayerTest, ThePlayedPartOfABrokenSessionComesWithItsError) {
 
 TEST(FailureJudge, KnowsWhatFollowsFromARefusedNode) {
     FailureJudge judge;
-    const auto after = [&judge](DriverCall call, Verdict verdict) {
+    const auto after = [&judge](DriverCall call, Verdict verdict, const Operation& operation) {
         ReceivedCommand command;
         command.call = call;
         command.verdict = verdict;
-        return judge.isFailureAsTold({&command, 1});
+        return judge.isFailureAsTold(operation, {&command, 1});
     };
-    EXPECT_FALSE(judge.isFailureAsTold({}));
-    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold));
-    EXPECT_TRUE(judge.isFailureAsTold({}));
-    EXPECT_FALSE(after(DriverCall::Open, Verdict::Accepted));
-    EXPECT_FALSE(judge.isFailureAsTold({}));
-    EXPECT_TRUE(after(DriverCall::Command, Verdict::RefusedAsTold));
-    EXPECT_FALSE(after(DriverCall::Command, Verdict::Refused));
-    EXPECT_FALSE(judge.isFailureAsTold({}));
+    const MarkCriticalCall mark;
+    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold, mark));
+    EXPECT_TRUE(judge.isFailureAsTold(mark, {}));
+    EXPECT_FALSE(after(DriverCall::Open, Verdict::Accepted, mark));
+    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
+    EXPECT_TRUE(after(DriverCall::Command, Verdict::RefusedAsTold, mark));
+    EXPECT_FALSE(after(DriverCall::Command, Verdict::Refused, mark));
+    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
     // A second descriptor is refused, and the first one is still there.
-    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold));
-    EXPECT_FALSE(judge.isFailureAsTold({}));
-    EXPECT_TRUE(after(DriverCall::Close, Verdict::Accepted));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold, mark));
+    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
+    EXPECT_TRUE(after(DriverCall::Close, Verdict::Accepted, mark));
+    // A refused init leaves the library down, whatever else is open.
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold, InitCall()));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::Accepted, mark));
+    EXPECT_TRUE(judge.isFailureAsTold(VSyncCall(), {}));
+    EXPECT_FALSE(judge.isFailureAsTold(InitCall(), {}));
+    EXPECT_FALSE(judge.isFailureAsTold(VSyncCall(), {}));
 }
 
 }  // namespace

@@ -2,19 +2,24 @@
 
 namespace desk {
 
-bool FailureJudge::isFailureAsTold(std::span<const ReceivedCommand> commands) {
+bool FailureJudge::isFailureAsTold(const Operation& operation,
+                                   std::span<const ReceivedCommand> commands) {
     bool isRefusedAsTold = false;
+    bool isOpenDenied = false;
     for (const ReceivedCommand& command : commands) {
         const bool isAsTold = command.verdict == Verdict::RefusedAsTold;
         isRefusedAsTold = isRefusedAsTold || isAsTold;
         if (command.call == DriverCall::Open) {
-            mIsNodeDenied = isAsTold;
+            mIsNodeDenied = isOpenDenied = isAsTold;
             mOpenDescriptors += isRefusal(command.verdict) ? 0U : 1U;
         } else if (command.call == DriverCall::Close && !isRefusal(command.verdict)) {
             --mOpenDescriptors;
         }
     }
-    return isRefusedAsTold || (mIsNodeDenied && mOpenDescriptors == 0);
+    if (std::holds_alternative<InitCall>(operation)) {
+        mIsInitDenied = isOpenDenied;
+    }
+    return isRefusedAsTold || mIsInitDenied || (mIsNodeDenied && mOpenDescriptors == 0);
 }
 
 }  // namespace desk

@@ -11,18 +11,19 @@
 namespace desk {
 
 /*
- * A call fails as told when the driver refused something of that very call because it was told to,
- * or when the node could not be opened, as told, and has not been open since: then there is nothing
- * that a call could reach.
+ * A call fails as told when the driver refused something of that very call because it was told to.
+ * What follows from a refused opening of the node is as told too: nothing can be reached until the
+ * node is open, and the library is down when it was `init` that could not open it.
  */
 class FailureJudge {
   public:
     // Takes in what the driver received during a call. True when its failure would be as told.
-    bool isFailureAsTold(std::span<const ReceivedCommand> commands);
+    bool isFailureAsTold(const Operation& operation, std::span<const ReceivedCommand> commands);
 
   private:
     size_t mOpenDescriptors = 0;
     bool mIsNodeDenied = false;
+    bool mIsInitDenied = false;
 };
 
 }  // namespace desk

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <sched.h>
 
+#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -124,7 +125,8 @@ void Player::playCall(const Worker& self, const SessionCall& call) {
     played.result = runCall(call.operation);
     played.endNs = mClock.endCall();
     played.commands = mCollector->commands();
-    played.isFailureAsTold = mJudge.isFailureAsTold(played.commands) && played.result != 0;
+    played.isFailureAsTold =
+            mJudge.isFailureAsTold(call.operation, played.commands) && played.result != 0;
     for (CallListener* listener : mListeners) {
         listener->onCall(played);
     }
@@ -183,18 +185,22 @@ void Player::waitForTimeOf(const SessionCall& call) {
     if (!mSpeed) {
         return;
     }
+    using std::chrono::steady_clock;
     using FloatMicroseconds = std::chrono::duration<double, std::micro>;
-    const auto sinceStart = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-            FloatMicroseconds(static_cast<double>(call.atUs) / *mSpeed));
+    constexpr FloatMicroseconds kForEver = std::chrono::years(100);  // fits the clock's type
     if (!mStart) {
-        mStart = std::chrono::steady_clock::now() - sinceStart;
+        mStart = steady_clock::now();
+        mFirstUs = call.atUs;
     }
-    if (*mStart + sinceStart <= std::chrono::steady_clock::now()) {
+    const FloatMicroseconds sinceFirst(static_cast<double>(call.atUs - mFirstUs) / *mSpeed);
+    const auto due = *mStart + std::chrono::duration_cast<steady_clock::duration>(
+                                       std::min(sinceFirst, kForEver));
+    if (due <= steady_clock::now()) {
         return;
     }
     announceWait();
     std::unique_lock lock(mStopMutex);
-    mStopped.wait_until(lock, *mStart + sinceStart, [this] { return mIsStopping.load(); });
+    mStopped.wait_until(lock, due, [this] { return mIsStopping.load(); });
 }
 
 void Player::announceWait() {

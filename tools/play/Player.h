@@ -68,7 +68,8 @@ class Player {
     SessionBlock mBlock;
     size_t mNextCall = 0;
     std::vector<std::unique_ptr<Worker>> mWorkers;
-    std::optional<std::chrono::steady_clock::time_point> mStart;  // when time 0 of the session was
+    std::optional<std::chrono::steady_clock::time_point> mStart;  // of the first call
+    int64_t mFirstUs = 0;                                         // when that was recorded
     PlayResult mResult;
     std::exception_ptr mException;
     bool mIsFinished = false;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "driver/RecordCopy.h"
 
@@ -50,7 +51,7 @@ TraceWriter::TraceWriter(const std::string& path) : mSink(LineSink::toFile(path)
 }
 
 TraceWriter::~TraceWriter() {
-    setTracing(false);
+    finish();
 }
 
 // A task's slice begins before the section of the call that starts it and ends after the section of
@@ -66,8 +67,10 @@ void TraceWriter::onCall(const PlayedCall& played) {
 
 bool TraceWriter::finish() {
     setTracing(false);
-    endAllSlices(mLastNs);
-    mSink->writeLine("]}");
+    if (!std::exchange(mIsFinished, true)) {
+        endAllSlices(mLastNs);
+        mSink->writeLine("]}");
+    }
     return mSink->flush();
 }
 
@@ -89,7 +92,7 @@ void TraceWriter::beginSlices(const PlayedCall& played) {
     for (const ReceivedCommand& command : played.commands) {
         if (command.command != nullptr && command.request == VELK_IOC_TASK_INIT) {
             const auto record = copyRecord<VELK_TASK_INIT_PARAM>(command.record.data());
-            mTaskNames[record.uniqueTaskId] = record.taskName;
+            mTaskNames[record.uniqueTaskId] = taskNameOf(record);
         }
     }
     forEachAccepted<VELK_TASK_PARAM>(played, VELK_IOC_TASK_START,
@@ -140,22 +143,12 @@ void TraceWriter::writeInstants(const PlayedCall& played) {
 void TraceWriter::endSlices(const PlayedCall& played) {
     forEachAccepted<VELK_TASK_PARAM>(
             played, VELK_IOC_TASK_END, [this, &played](const VELK_TASK_PARAM& record) {
-                const auto isRunBy = [&record](const Track& track) {
-                    return std::any_of(track.slices.begin(), track.slices.end(),
-                                       [&record](const OpenSlice& slice) {
-                                           return slice.uniqueTaskId == record.uniqueTaskId;
-                                       });
-                };
-                const uint32_t own = played.call->thread;
-                if (isRunBy(mTracks[own])) {
-                    endSlice(own, record.uniqueTaskId, played.endNs);
+                if (endTask(played.call->thread, record.uniqueTaskId, played.endNs)) {
                     return;
                 }
                 // The thread ends what others have started.
                 for (uint32_t thread = 0; thread < mTracks.size(); ++thread) {
-                    if (isRunBy(mTracks[thread])) {
-                        endSlice(thread, record.uniqueTaskId, played.endNs);
-                    }
+                    endTask(thread, record.uniqueTaskId, played.endNs);
                 }
             });
     // With the library all tasks are gone, also those that nobody ended.
@@ -172,20 +165,25 @@ void TraceWriter::endAllSlices(int64_t timeNs) {
     }
 }
 
-// Slices of a track must lie within one another. Those above the one that ends are cut in two.
-void TraceWriter::endSlice(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
+// Slices of a track must lie within one another. Others above the first that ends are cut in two.
+bool TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
+    const auto isOfTask = [=](const OpenSlice& slice) {
+        return slice.uniqueTaskId == uniqueTaskId;
+    };
     std::vector<OpenSlice>& slices = mTracks[thread].slices;
-    const auto ended =
-            std::find_if(slices.rbegin(), slices.rend(),
-                         [=](const OpenSlice& slice) { return slice.uniqueTaskId == uniqueTaskId; })
-                    .base() -
-            1;
-    for (auto above = ended; above != slices.end(); ++above) {
+    const auto first = std::find_if(slices.begin(), slices.end(), isOfTask);
+    if (first == slices.end()) {
+        return false;
+    }
+    for (auto above = first; above != slices.end(); ++above) {
         writeEnd(thread, timeNs);
     }
-    for (auto above = slices.erase(ended); above != slices.end(); ++above) {
+    const auto place = first - slices.begin();
+    std::erase_if(slices, isOfTask);
+    for (auto above = slices.begin() + place; above != slices.end(); ++above) {
         writeBegin(thread, timeNs, above->name);
     }
+    return true;
 }
 
 std::string TraceWriter::taskName(const PlayedCall& played, uint32_t uniqueTaskId) const {

@@ -22,6 +22,7 @@ class TraceWriter : public CallListener {
   public:
     // Switches the collection of sections on. Throws std::system_error.
     explicit TraceWriter(const std::string& path);
+    // Leaves a whole document, also after an error.
     ~TraceWriter() override;
     TraceWriter(const TraceWriter&) = delete;
     TraceWriter& operator=(const TraceWriter&) = delete;
@@ -46,7 +47,8 @@ class TraceWriter : public CallListener {
     void writeInstants(const PlayedCall& played);
     void endSlices(const PlayedCall& played);
     void endAllSlices(int64_t timeNs);
-    void endSlice(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
+    // Ends the thread's slices of the task. False when it has none.
+    bool endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
     std::string taskName(const PlayedCall& played, uint32_t uniqueTaskId) const;
 
     void write(std::string_view event);
@@ -59,6 +61,7 @@ class TraceWriter : public CallListener {
     std::vector<TraceEvent> mSections;
     int64_t mLastNs = 0;
     bool mHasEvents = false;
+    bool mIsFinished = false;
 };
 
 }  // namespace desk

@@ -1,5 +1,6 @@
 #include "session/Arguments.h"
 
+#include <cutils/properties.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -18,7 +19,7 @@ constexpr int64_t kInt32Max = std::numeric_limits<int32_t>::max();
 constexpr int64_t kUint32Max = std::numeric_limits<uint32_t>::max();
 constexpr int64_t kMaxAtUs = 1'000'000'000'000'000;  // in nanoseconds it still fits 64 bits
 constexpr int64_t kMaxNameLength = 64;
-constexpr int64_t kMaxPropertyLength = 91;
+constexpr int64_t kMaxPropertyLength = PROPERTY_VALUE_MAX - 1;
 
 // In the order of the enumeration.
 constexpr std::array<ArgumentInfo, kArgumentCount> kArguments = {{

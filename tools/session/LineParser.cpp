@@ -136,13 +136,7 @@ class LineParser::Handler : public nlohmann::json_sax<json> {
     }
 
     bool number_unsigned(number_unsigned_t value) override {
-        if (isSkipped()) {
-            return true;
-        }
-        if (value > uint64_t{std::numeric_limits<int64_t>::max()}) {
-            return failAsFound(std::to_string(value));
-        }
-        return takeInteger(static_cast<int64_t>(value));
+        return isSkipped() || takeInteger(value);
     }
 
     bool number_float(number_float_t value, const string_t& text) override {
@@ -240,13 +234,14 @@ class LineParser::Handler : public nlohmann::json_sax<json> {
         return fail({std::string(mCurrent->name), "found " + found, describeExpected(*mCurrent)});
     }
 
-    bool takeInteger(int64_t value) {
+    template <typename Whole>
+    bool takeInteger(Whole value) {
         if (mCurrent != nullptr && mCurrent->type == ArgumentType::Number) {
             mArguments.setFps(static_cast<double>(value));
             return true;
         }
         if (mCurrent == nullptr || mCurrent->type != ArgumentType::Integer ||
-            value < mCurrent->min || value > mCurrent->max) {
+            std::cmp_less(value, mCurrent->min) || std::cmp_greater(value, mCurrent->max)) {
             return failAsFound(std::to_string(value));
         }
         mArguments.set(mCurrent->argument, static_cast<uint64_t>(value));

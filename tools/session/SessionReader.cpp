@@ -40,8 +40,7 @@ SessionBlock SessionReader::next() {
             std::memmove(mBuffer.data(), mBuffer.data() + start, mUsed - start);
             mUsed -= start;
             if (mUsed > kMaxLineLength && !block.isLast) {
-                ++mLine;
-                end({"line", "too long", fmt::format("at most {} bytes", kMaxLineLength)}, block);
+                takeLine({mBuffer.data(), mUsed}, block);  // its end need not be seen
             }
         } catch (const std::system_error& error) {
             block.isLast = true;
@@ -64,6 +63,10 @@ bool SessionReader::fill() {
 void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
     ++mLine;
     mOffset += line.size() + 1;
+    if (line.size() > kMaxLineLength) {
+        end({"line", "too long", fmt::format("at most {} bytes", kMaxLineLength)}, block);
+        return;
+    }
     if (isBlank(line)) {
         return;
     }

@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <pthread.h>
-#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -44,18 +43,15 @@ int openSignals() {
 InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt)
     : mOnInterrupt(std::move(onInterrupt)),
       mFormerMask(blockInterrupts()),
-      mSignals(openSignals()),
-      mEnd(eventfd(0, EFD_CLOEXEC)) {
-    if (mSignals.get() < 0 || mEnd.get() < 0) {
+      mSignals(openSignals()) {
+    if (mSignals.get() < 0) {
         throw std::system_error(errno, std::generic_category(), "cannot watch for Ctrl-C");
     }
     mThread = std::thread([this] { watch(); });
 }
 
 InterruptWatcher::~InterruptWatcher() {
-    const uint64_t one = 1;
-    // Only a counter at its maximum could refuse it, and then the event is set anyway.
-    [[maybe_unused]] const ssize_t written = write(mEnd.get(), &one, sizeof one);
+    mEnd.set();
     mThread.join();
     pthread_sigmask(SIG_SETMASK, &mFormerMask, nullptr);
 }

@@ -7,7 +7,7 @@
 #include <functional>
 #include <thread>
 
-#include "session/InputFile.h"
+#include "Descriptor.h"
 
 namespace desk {
 
@@ -30,7 +30,7 @@ class InterruptWatcher {
     std::function<void()> mOnInterrupt;
     sigset_t mFormerMask;
     Descriptor mSignals;
-    Descriptor mEnd;
+    Event mEnd;
     std::thread mThread;
 };
 

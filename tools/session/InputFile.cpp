@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,6 +19,10 @@ namespace {
 
 int openForReading(const std::string& path) {
     if (path == "-") {
+        // A descriptor that is opened later would take the place of one that is closed.
+        if (::fcntl(STDIN_FILENO, F_GETFD) < 0) {
+            fail(errno, "standard input");
+        }
         return -1;
     }
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -31,19 +34,12 @@ int openForReading(const std::string& path) {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-    if (mValue >= 0) {
-        ::close(mValue);
-    }
-}
-
 InputFile::InputFile(const std::string& path)
     : mName(path == "-" ? "standard input" : path),
       mOwned(openForReading(path)),
-      mInput(mOwned.get() >= 0 ? mOwned.get() : STDIN_FILENO),
-      mStopEvent(::eventfd(0, EFD_CLOEXEC)) {
+      mInput(mOwned.get() >= 0 ? mOwned.get() : STDIN_FILENO) {
     struct stat status = {};
-    if (mStopEvent.get() < 0 || ::fstat(mInput, &status) != 0) {
+    if (::fstat(mInput, &status) != 0) {
         fail(errno, mName);
     }
     if (S_ISDIR(status.st_mode)) {
@@ -56,7 +52,7 @@ InputFile::InputFile(const std::string& path)
 
 size_t InputFile::read(char* buffer, size_t size) {
     while (true) {
-        std::array<pollfd, 2> waiting = {{{mInput, POLLIN, 0}, {mStopEvent.get(), POLLIN, 0}}};
+        std::array<pollfd, 2> waiting = {{{mInput, POLLIN, 0}, {mStop.get(), POLLIN, 0}}};
         if (::poll(waiting.data(), waiting.size(), -1) < 0) {
             if (errno == EINTR) {
                 continue;
@@ -77,9 +73,7 @@ size_t InputFile::read(char* buffer, size_t size) {
 }
 
 void InputFile::stop() {
-    const uint64_t one = 1;
-    // Only a counter at its maximum could refuse it, and then the event is set anyway.
-    [[maybe_unused]] const ssize_t written = ::write(mStopEvent.get(), &one, sizeof one);
+    mStop.set();
 }
 
 }  // namespace desk

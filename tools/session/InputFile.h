@@ -8,21 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "Descriptor.h"
+
 namespace desk {
-
-// A descriptor that closes itself.
-class Descriptor {
-  public:
-    explicit Descriptor(int value = -1) : mValue(value) {}
-    ~Descriptor();
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return mValue; }
-
-  private:
-    int mValue;
-};
 
 class InputFile {
   public:
@@ -43,7 +31,7 @@ class InputFile {
     std::string mName;
     Descriptor mOwned;  // not of standard input
     int mInput;
-    Descriptor mStopEvent;
+    Event mStop;
     std::optional<uint64_t> mSize;
 };
 

@@ -78,20 +78,6 @@ TEST(Diagnostics, AFullDiskIsReported) {
     EXPECT_FALSE(sink->flush());
 }
 
-TEST(Diagnostics, ULoggerSwitchesStartOffAndCanBeSet) {
-    EXPECT_EQ(ULogger::sMode, 0U);
-    EXPECT_EQ(ULogger::sULogger, nullptr);
-    desk::DeskULogger logger(desk::LineSink::toStandardError());
-    desk::setULogger(&logger, desk::everyMessage(3));
-    EXPECT_EQ(ULogger::sULogger, &logger);
-    EXPECT_EQ(ULogger::sMode, 3U);
-    EXPECT_EQ(ULogger::sDetailsLevel, 5U);
-    EXPECT_EQ(ULogger::sNormalDetailsMask & 0x1001000U, 0x1001000U);
-    desk::setULogger(nullptr, {});
-    EXPECT_EQ(ULogger::sULogger, nullptr);
-    EXPECT_EQ(ULogger::sMode, 0U);
-}
-
 // "+name" begins a section, "-" ends one.
 std::string describeTrace(const std::vector<desk::TraceEvent>& events, uint32_t tid) {
     std::string text;

@@ -35,10 +35,9 @@ std::vector<uint32_t> validRecord(uint32_t request) {
         case VELK_IOC_TASK_INIT:
             return words(taskInitRecord(1));
         case VELK_IOC_UNINIT:
-            return words(VELK_UNINIT_PARAM{});
         case VELK_IOC_VSYNC:
         case VELK_IOC_CAM_FPS:
-            return words(VELK_VSYNC_PARAM{});
+            return {0, 0};
         case VELK_IOC_SINGLE_SHOT:
             return words(singleShotRecord(kTid));
         case VELK_IOC_CRITICAL_START:
@@ -169,7 +168,7 @@ constexpr HistoryCase kHistoryCases[] = {
          "control, init, reg 1, start 1, scene 1, end 1, start 1, end 1, open-span, close-span, "
          "anchor 5, vsync, fps 30, control 1, uninit, control, init, reg 1, start 1",
          "ok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\nok\n"},
-        {"", "vsync, init, uninit, anchor 5, start 1",
+        {"  ", "vsync, init, uninit, anchor 5, start 1",
          "note: a command before init or after uninit\nok\nok\n"
          "note: a command before init or after uninit\n"
          "fault: start of a task that was never registered\n"},
@@ -284,7 +283,12 @@ TEST(DriverModelPicture, ShowsTasksRunsSpansControlAndCounters) {
     driver.play(
             "init, reg 2, reg 1, reg 2, start 1 @5, start 2 @4, end 1 @5, start 1 @5, vsync, "
             "end 1 @5, start 1 @6, start 1 @4, open-span @4, open-span @3, fps 24, control, "
-            "close-span @9, uninit");
+            "close-span @9");
+    VELK_SINGLE_SHOT_PARAM levelsAlone = singleShotRecord(kTid);
+    levelsAlone.percentLevel = -1;
+    levelsAlone.uclampLevels[1] = 700;
+    driver.send(VELK_IOC_SINGLE_SHOT, levelsAlone);
+    driver.play("uninit");
     setClock(nullptr);
 
     const DriverPicture picture = driver.model.picture();
@@ -310,7 +314,8 @@ TEST(DriverModelPicture, ShowsTasksRunsSpansControlAndCounters) {
     EXPECT_EQ(picture.spans[0].tid, 3U);
     EXPECT_EQ(picture.spans[1].criticalValue, 500);
     ASSERT_TRUE(picture.control.has_value());
-    EXPECT_EQ(picture.control->percentLevel, 60);
+    EXPECT_EQ(picture.control->percentLevel, 60);  // still asked for by the control before
+    EXPECT_EQ(picture.control->uclampLevels[1], 700U);
     EXPECT_EQ(picture.fps, 24U);
     EXPECT_EQ(picture.refusedRegistrations, 1U);
     EXPECT_EQ(picture.replayedRegistrations, 1U);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,48 +15,32 @@ namespace desk {
 namespace {
 
 struct DriverCase {
-    const char* name;
     const char* driver;
-    int status;
-    const char* failures;  // what the summary says of calls that returned -1
+    const char* failures;  // what the summary says of calls that returned -1, blanks apart
 };
 
-void PrintTo(const DriverCase& driver, std::ostream* out) {
-    *out << driver.name;
+TEST_F(Replay, FailuresAsToldAreToldFromOthers) {
+    for (const DriverCase& c : {
+                 DriverCase{"", "none "},
+                 {"taskInit=EINVAL*3", "none "},
+                 {"29=EIO", "notifyTaskStart 2 0 "},
+                 {"absent", "init 1 0 uninit 1 0 notifyTaskStart 2 0 "},
+                 {"open=EACCES", "init 1 0 uninit 1 0 notifyTaskStart 2 0 "},
+                 {"uninit=EPERM", "uninit 1 0 "},
+                 {"slow=1us", "none "},
+         }) {
+        const ToolOutcome outcome = runTool(with({"--quiet", "--driver", c.driver}),
+                                            std::string(kInit) + kStart + kStart + kUninit);
+        const std::string section = from(outcome.out, "Calls that returned -1");
+        std::istringstream words(section.substr(0, section.find("\n\n")));
+        std::string found;
+        for (std::string word; words >> word;) {
+            found += word + " ";
+        }
+        EXPECT_EQ(found, std::string("Calls that returned -1 as told unexpected ") + c.failures);
+        EXPECT_EQ(outcome.status, 0) << c.driver;
+    }
 }
-
-class ReplayDriver : public Replay, public testing::WithParamInterface<DriverCase> {};
-
-TEST_P(ReplayDriver, FailuresAsToldAreToldFromOthers) {
-    const ToolOutcome outcome = runTool(with({"--quiet", "--driver", GetParam().driver}),
-                                        std::string(kInit) + kStart + kStart + kUninit);
-    const std::string failures = from(outcome.out, "Calls that returned -1");
-    EXPECT_EQ(failures.substr(0, failures.find("\n\n")),
-              std::string("Calls that returned -1                       as told  unexpected\n") +
-                      GetParam().failures);
-    EXPECT_EQ(outcome.status, GetParam().status);
-}
-
-const DriverCase kDriverCases[] = {
-        {"good", "", 0, "  none"},
-        {"registrationRefusedAndReplayed", "taskInit=EINVAL*3", 0, "  none"},
-        {"startsRefused", "29=EIO", 0,
-         "  notifyTaskStart                                  2           0"},
-        {"absent", "absent", 0,
-         "  init                                             1           0\n"
-         "  uninit                                           1           0\n"
-         "  notifyTaskStart                                  2           0"},
-        {"openRefused", "open=EACCES", 0,
-         "  init                                             1           0\n"
-         "  uninit                                           1           0\n"
-         "  notifyTaskStart                                  2           0"},
-        {"uninitRefused", "uninit=EPERM", 0,
-         "  uninit                                           1           0"},
-        {"slow", "slow=1us", 0, "  none"},
-};
-
-INSTANTIATE_TEST_SUITE_P(All, ReplayDriver, testing::ValuesIn(kDriverCases),
-                         [](const auto& each) { return each.param.name; });
 
 TEST_F(Replay, TellsRefusedAndReplayedRegistrations) {
     const ToolOutcome outcome = runTool(with({"--driver", "taskInit=EINVAL*2"}),
@@ -107,9 +90,8 @@ TEST_F(Replay, LogsGoToFiles) {
     const ToolOutcome outcome = runTool(with({"-q", "--log", path("android.log"), "--ulog", "-"}),
                                         std::string(kInit) + kUninit);
     EXPECT_EQ(outcome.status, 0);
-    std::ostringstream log;
-    log << std::ifstream(path("android.log")).rdbuf();
-    EXPECT_NE(log.str().find("VELKPerfCtrl: [init] init done\n"), std::string::npos) << log.str();
+    const std::string log = readFile(path("android.log"));
+    EXPECT_NE(log.find("VELKPerfCtrl: [init] init done\n"), std::string::npos) << log;
     EXPECT_NE(outcome.err.find("VELKPerfCtrl: [init] init done\n"), std::string::npos)
             << outcome.err;
 }
@@ -123,70 +105,43 @@ TEST_F(Replay, TheSampleSucceedsWithTheSampleTuning) {
 }
 
 struct UsageCase {
-    const char* name;
-    Arguments arguments;  // FOLDER stands for the folder of the tuning data
+    const char* arguments;  // FOLDER stands for the folder of the tuning data
     int status;
     const char* error;
 };
 
-void PrintTo(const UsageCase& usage, std::ostream* out) {
-    *out << usage.name;
-}
-
-class ReplayUsage : public Replay, public testing::WithParamInterface<UsageCase> {};
-
-TEST_P(ReplayUsage, IsChecked) {
-    Arguments arguments = GetParam().arguments;
-    for (std::string& argument : arguments) {
-        argument = argument == "FOLDER" ? mFolder.string() : argument;
+TEST_F(Replay, ItsUsageIsChecked) {
+    for (const UsageCase& c : {
+                 UsageCase{"--help", 0, ""},
+                 {"--version", 0, ""},
+                 {"", 2, "SESSION is required"},
+                 {"-", 2, "--tuning is required"},
+                 {"/nonexistent --tuning FOLDER", 2,
+                  "velk-replay: /nonexistent: No such file or directory"},
+                 {"/tmp --tuning FOLDER", 2, "velk-replay: /tmp: Is a directory"},
+                 {"- --tuning /nonexistent", 2,
+                  "velk-replay: /nonexistent/platform.json: the file cannot be read"},
+                 {"- --tuning FOLDER --speed 0", 2,
+                  "--speed: \"0\" is neither a number above 0 nor max"},
+                 {"- --tuning FOLDER --format xml", 2,
+                  "--format: \"xml\" is neither table nor jsonl"},
+                 {"- --tuning FOLDER --property =1", 2,
+                  "--property: \"=1\" is not of the form NAME=VALUE"},
+                 {"- --tuning FOLDER --driver 28=EWHAT", 2,
+                  "--driver: driver item \"28=EWHAT\": \"EWHAT\" is no errno"},
+                 {"- --tuning FOLDER --trace /nonexistent/t", 2, "/nonexistent/t"},
+         }) {
+        std::istringstream words(c.arguments);
+        Arguments arguments;
+        for (std::string word; words >> word;) {
+            arguments.push_back(word == "FOLDER" ? mFolder.string() : word);
+        }
+        const ToolOutcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.status, c.status) << c.arguments;
+        EXPECT_NE(outcome.err.find(c.error), std::string::npos) << outcome.err;
+        EXPECT_EQ(outcome.out.empty(), c.status != 0);
     }
-    const ToolOutcome outcome = runTool(arguments);
-    EXPECT_EQ(outcome.status, GetParam().status);
-    EXPECT_NE(outcome.err.find(GetParam().error), std::string::npos) << outcome.err;
-    EXPECT_EQ(outcome.out.empty(), GetParam().status != 0);
 }
-
-const UsageCase kUsageCases[] = {
-        {"help", {"--help"}, 0, ""},
-        {"version", {"--version"}, 0, ""},
-        {"nothing", {}, 2, "SESSION is required"},
-        {"noTuning", {"-"}, 2, "--tuning is required"},
-        {"noSuchSession",
-         {"/nonexistent", "--tuning", "FOLDER"},
-         2,
-         "velk-replay: /nonexistent: No such file or directory"},
-        {"sessionIsAFolder",
-         {"/tmp", "--tuning", "FOLDER"},
-         2,
-         "velk-replay: /tmp: Is a directory"},
-        {"noSuchTuning",
-         {"-", "--tuning", "/nonexistent"},
-         2,
-         "velk-replay: /nonexistent/platform.json: the file cannot be read"},
-        {"speedZero",
-         {"-", "--tuning", "FOLDER", "--speed", "0"},
-         2,
-         "--speed: \"0\" is neither a number above 0 nor max"},
-        {"format",
-         {"-", "--tuning", "FOLDER", "--format", "xml"},
-         2,
-         "--format: \"xml\" is neither table nor jsonl"},
-        {"property",
-         {"-", "--tuning", "FOLDER", "--property", "=1"},
-         2,
-         "--property: \"=1\" is not of the form NAME=VALUE"},
-        {"driver",
-         {"-", "--tuning", "FOLDER", "--driver", "28=EWHAT"},
-         2,
-         "--driver: driver item \"28=EWHAT\": \"EWHAT\" is no errno"},
-        {"traceNotWritable",
-         {"-", "--tuning", "FOLDER", "--trace", "/nonexistent/t"},
-         2,
-         "/nonexistent/t"},
-};
-
-INSTANTIATE_TEST_SUITE_P(All, ReplayUsage, testing::ValuesIn(kUsageCases),
-                         [](const auto& each) { return each.param.name; });
 
 }  // namespace
 }  // namespace desk

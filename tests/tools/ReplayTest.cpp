@@ -6,7 +6,6 @@
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -28,7 +27,7 @@ constexpr const char* kSession =
 {"at_us": 2200, "thread": "video", "call": "notifySingleShotCriticalTaskStart", "task": 3}
 {"at_us": 2300, "thread": "preview", "call": "notifyTaskEnd", "key": "0x10", "task": 5}
 {"at_us": 2400, "thread": "preview", "call": "notifyTaskEnd", "key": "0x99", "task": 5}
-{"at_us": 2500, "thread": "preview", "call": "notifyTaskStart", "key": "0x10", "task": 5}
+{"at_us": 2500, "thread": "video", "call": "notifyTaskStart", "key": "0x10", "task": 5}
 {"at_us": 2600, "thread": "service", "call": "uninit"}
 )";
 
@@ -46,7 +45,7 @@ constexpr const char* kTable =
        2.200  video         criticalStart  accepted     tid=0 criticalValue=320
        2.300  preview       taskEnd        accepted     tid=0 uniqueTaskId=1
        2.400  preview       -              returned -1  notifyTaskEnd in line 8
-       2.500  preview       taskStart      accepted     tid=0 uniqueTaskId=1
+       2.500  video         taskStart      accepted     tid=0 uniqueTaskId=1
        2.600  service       uninit         accepted
        2.600  service       close          accepted
 )";
@@ -79,31 +78,14 @@ Calls that returned -1                       as told  unexpected
   notifyTaskEnd                                    0           1  first in line 8
 
 Still active at the end
-  preview runs task 5 RENDER since 2.500 ms
+  video runs task 5 RENDER since 2.500 ms
   video runs task 3 SCALE since 1.500 ms
   video is in a critical span of value 320 since 2.200 ms
 )";
 
-// The active ones are listed by thread id, and those are the kernel's choice.
-std::string sortLinesAfter(const std::string& text, const std::string& heading) {
-    const size_t place = text.find(heading);
-    std::istringstream rest(text.substr(place + heading.size()));
-    std::multiset<std::string> lines;
-    for (std::string line; std::getline(rest, line);) {
-        lines.insert(line + "\n");
-    }
-    std::string sorted = text.substr(0, place + heading.size());
-    for (const std::string& line : lines) {
-        sorted += line;
-    }
-    return sorted;
-}
-
 TEST_F(Replay, PrintsEveryCommandAndTheSum) {
     const ToolOutcome outcome = runTool(with({}), kSession);
-    const std::string expected = std::string(kTable) + "\n" + kSummary;
-    const std::string heading = "Still active at the end\n";
-    EXPECT_EQ(sortLinesAfter(normalise(outcome.out), heading), sortLinesAfter(expected, heading));
+    EXPECT_EQ(normalise(outcome.out), std::string(kTable) + "\n" + kSummary);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
 }
@@ -150,6 +132,7 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     const std::string overlapping =
             std::string(kInit) +
             R"({"at_us": 1, "thread": "p", "call": "notifyTaskStart", "key": "0x1", "task": 3}
+{"at_us": 2, "thread": "p", "call": "notifyTaskStart", "key": "0x1", "task": 3}
 {"at_us": 5, "thread": "p", "call": "notifyTaskStart", "key": "0x1", "task": 5}
 {"at_us": 9, "thread": "p", "call": "notifyTaskEnd", "key": "0x1", "task": 3}
 {"at_us": 9, "thread": "p", "call": "notifyVSync"}
@@ -191,8 +174,8 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     for (const auto& [thread, slices] : open) {
         EXPECT_TRUE(slices.empty()) << slices.front();
     }
-    EXPECT_EQ(tasks, (std::vector<std::string>{"B SCALE", "B RENDER", "E RENDER", "E SCALE",
-                                               "B RENDER", "E RENDER"}));
+    EXPECT_EQ(tasks, (std::vector<std::string>{"B SCALE", "B SCALE", "B RENDER", "E RENDER",
+                                               "E SCALE", "E SCALE", "B RENDER", "E RENDER"}));
     EXPECT_EQ(others, (std::vector<std::string>{"vsyncnull", R"(fps{"fps":30})",
                                                 R"(percentLevel{"percentLevel":70})"}));
 }

@@ -17,12 +17,6 @@ namespace desk {
 
 namespace {
 
-std::string readFile(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
 // Puts a 0 in place of what stands behind each marker and consists of these characters.
 void zeroAfter(std::string& text, std::string_view marker, const char* characters) {
     for (size_t place = text.find(marker); place != std::string::npos;
@@ -126,6 +120,12 @@ ToolOutcome ToolRun::waitForEnd() {
     int status = 0;
     EXPECT_EQ(waitpid(std::exchange(mProcess, -1), &status, 0) > 0, true);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, mRead, readFile(mErrorPath)};
+}
+
+std::string readFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
 }
 
 ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input) {

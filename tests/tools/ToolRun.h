@@ -45,6 +45,8 @@ class ToolRun {
 // With `input` as standard input.
 ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input = "");
 
+std::string readFile(const std::string& path);
+
 // The text with what differs from run to run made 0: thread ids and the time that it
 // took.
 std::string normalise(const std::string& text);

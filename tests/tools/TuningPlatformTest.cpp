@@ -108,23 +108,12 @@ TEST_F(TuningPlatform, SettingsHoldFrequenciesAndWholeControls) {
     EXPECT_EQ(VELKSettingsProvider::getMaxEfficientCPUFreqProvider(3), 0U);
     const auto controls = VELKSettingsProvider::getSingleShotControlProvider();
     ASSERT_EQ(controls.size(), 1U);
-    const VELKSingleShotControl expected = {5,
-                                            {1, 2},
-                                            80,
-                                            false,
-                                            3,
-                                            4,
-                                            true,
-                                            true,
-                                            {5},
-                                            {6},
-                                            {7},
-                                            {{3, 300}, {3, 100}, {24, 900}},
-                                            {8, 9, 10, 11},
-                                            true,
-                                            true,
-                                            {12, -13, 14}};
-    EXPECT_EQ(membersOf(controls.at(5).at(VELK_SCENARIO_FALLBACK)), membersOf(expected));
+    using Levels = std::vector<uint32_t>;
+    const auto expected = std::tuple(
+            5, Levels{1, 2}, 80, false, 3, 4, true, true, Levels{5}, Levels{6}, Levels{7},
+            std::multimap<int32_t, int32_t>{{3, 300}, {3, 100}, {24, 900}},
+            std::array<uint32_t, 4>{8, 9, 10, 11}, true, true, std::array<int32_t, 3>{12, -13, 14});
+    EXPECT_EQ(membersOf(controls.at(5).at(VELK_SCENARIO_FALLBACK)), expected);
     VELKSingleShotControl plain;
     plain.category = 5;
     EXPECT_EQ(membersOf(controls.at(5).at(kScenario)), membersOf(plain));

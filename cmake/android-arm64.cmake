@@ -1,5 +1,5 @@
-# The NDK's own toolchain, from the folder that ANDROID_NDK names. The cache keeps the folder, so that
-# a later build works without the variable.
+# The NDK's own toolchain, from the folder that ANDROID_NDK names. The cache keeps the folder, so
+# that a later build works without the variable.
 if(DEFINED ENV{ANDROID_NDK})
     set(VELK_ANDROID_NDK "$ENV{ANDROID_NDK}" CACHE PATH "Folder of the Android NDK" FORCE)
 endif()

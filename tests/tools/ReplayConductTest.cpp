@@ -88,12 +88,13 @@ TEST_F(Replay, PropertiesComeFromTheCommandLineAndFromTheSession) {
 
 TEST_F(Replay, LogsGoToFiles) {
     const ToolOutcome outcome = runTool(with({"-q", "--log", path("android.log"), "--ulog", "-"}),
-                                        std::string(kInit) + kUninit);
+                                        std::string(kInit) + kStart + kUninit);
     EXPECT_EQ(outcome.status, 0);
+    // A message of the level that asks for most switches.
+    constexpr const char* kMessage = "D VELKPerfCtrl: [notifyTaskStart] notifyTaskStart\n";
     const std::string log = readFile(path("android.log"));
-    EXPECT_NE(log.find("VELKPerfCtrl: [init] init done\n"), std::string::npos) << log;
-    EXPECT_NE(outcome.err.find("VELKPerfCtrl: [init] init done\n"), std::string::npos)
-            << outcome.err;
+    EXPECT_NE(log.find(kMessage), std::string::npos) << log;
+    EXPECT_NE(outcome.err.find(kMessage), std::string::npos) << outcome.err;
 }
 
 TEST_F(Replay, TheSampleSucceedsWithTheSampleTuning) {

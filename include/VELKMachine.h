@@ -25,11 +25,12 @@
  * Runtime switches (system properties). "vendor.debug.velk.forceoff" switches init and
  * markCriticalTask off and is read on each of their calls. "vendor.debug.velk.debuglog", read once
  * a process, lets pass what markCriticalTask, critical spans, anchor points and VELKInfoNotifier
- * report, the feature-off messages, and the announcement of every command; all other messages need
- * their level alone. "vendor.debug.velk.dumptasktable.enable" makes every new unique task id
- * rewrite the dump file "/data/vendor/camera_dump/velk_task", under the global mutex. The two
- * properties of anchor targets are described with the anchor points. Every operation that does work
- * brackets it in a trace section "VELK::" plus its name under the camera trace tag.
+ * themselves report, the feature-off messages, and the announcement of every command; all other
+ * messages, among them those of commands that fail, need their level alone.
+ * "vendor.debug.velk.dumptasktable.enable" makes every new unique task id rewrite the dump file
+ * "/data/vendor/camera_dump/velk_task", under the global mutex. The two properties of anchor
+ * targets are described with the anchor points. Every operation that does work brackets it in a
+ * trace section "VELK::" plus its name under the camera trace tag.
  */
 #ifndef VELK_MACHINE_H
 #define VELK_MACHINE_H
@@ -49,9 +50,10 @@ class VELKMachine {
      *
      * Returns 0 when the user was counted and, on a creating call, the driver took command 27.
      * Returns -1 with nothing changed when the feature is switched off; -1 with the library down
-     * when the node exists but cannot be opened or the platform has no tuning data (marking's
-     * descriptor is then closed); -1 with the library up and the user counted (uninit is still
-     * needed) when only command 27 failed, for example because the device has no control node.
+     * when the node exists but cannot be opened or the platform has no tuning data (a descriptor
+     * taken over from marking is then closed); -1 with the library up and the user counted (uninit
+     * is still needed) when only command 27 failed, for example because the device has no control
+     * node.
      *
      * Feature switch: yes. Locks: global mutex, for the whole call. Exceptions: a creating call
      * that throws leaves the library down and the count unchanged.
@@ -143,7 +145,7 @@ class VELKMachine {
      *     ids that run the enum, and for those that ran it last, until another start of the enum
      *     takes their place. With none, or more than 20 in all, the record goes out without ids and
      *     an error is logged;
-     *   - sharedFlag: whether any active control holds it.
+     *   - sharedFlag: whether it has been handed over more often than withdrawn.
      * What the control does not ask for, and all other fields, go out as it has them.
      *
      * A control of category 0 goes onto a stack. The first control of any other category that the
@@ -165,6 +167,8 @@ class VELKMachine {
      * Category 0 (and the overload without argument) takes the newest handed-over control off the
      * stack; any other category withdraws the control that notifySingleShotControl(category) would
      * activate now. A value leaves the merge with all its equals, also those of other controls.
+     * Resets are not counted against notifications: one of a category that is not active takes its
+     * values and one sharedFlag away all the same, and sends the command.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the category is not
      * found, the stack is empty, the control is out of range, or the driver refused (the control is

@@ -444,17 +444,18 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
 
     const VELKSingleShotControl* pushed = nullptr;
     bool isRegistered = false;
+    bool isCounted = false;
     if (control.category == kUserCategory) {
         VELKRescManagement::UserControl copy(1, control);
         pushed = &copy.front();
         resource->pushUserSingleShotControl(std::move(copy));
     } else {
-        resource->addDefaultSingleShotControl(control);
+        isCounted = resource->addDefaultSingleShotControl(control);
     }
     // A caller that gets an exception may hand the same control over again.
     Rollback takeBack([&]() noexcept {
         resource->takeBackSingleShotControl(control, pushed, isRegistered);
-        if (pushed == nullptr) {
+        if (isCounted) {
             resource->takeBackDefaultSingleShotControl(control.category);
         }
     });

@@ -93,7 +93,7 @@ static_assert(offsetof(VELK_CAM_FPS_PARAM, fps) == 4);
 struct VELK_SINGLE_SHOT_PARAM {
     int32_t tid;
     uint32_t uclampLevels[8];
-    int32_t percentLevel;  // -1 no request, -2 nothing active, else 0..100
+    int32_t percentLevel;  // -1 no request, -2 nothing active, else 1..100; unchecked while down
     int32_t requestValue;  // -2 releases an earlier request
     int32_t auxValue;
     uint32_t rangeLevels1[8];

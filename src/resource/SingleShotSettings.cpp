@@ -26,9 +26,9 @@ bool VELKRescManagement::getSingleShotSetting(int category, VELKSingleShotContro
     return true;
 }
 
-void VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl& control) {
+bool VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl& control) {
     if (VELKSettingsProvider::getSingleShotControlProvider().contains(control.category)) {
-        return;
+        return false;
     }
     size_t categories = 0;
     {
@@ -36,7 +36,7 @@ void VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl
         const auto [known, isNew] = mDefaultSingleShotTable.try_emplace(control.category, control);
         if (!isNew) {
             ++known->second.notifications;
-            return;
+            return true;
         }
         categories = mDefaultSingleShotTable.size();
     }
@@ -44,6 +44,7 @@ void VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl
     VELK_LOGD("add default control with category(%d) to table(size=%zu)", control.category,
               categories);
     takeBack.dismiss();
+    return true;
 }
 
 void VELKRescManagement::takeBackDefaultSingleShotControl(int category) noexcept {

@@ -145,10 +145,12 @@ class VELK_INTERNAL VELKRescManagement {
     // when there is none.
     [[gnu::cold]] VELK_API bool getSingleShotSetting(int category, VELKSingleShotControl& control)
             VELK_EXCLUDES(mSettingsLock);
-    // Makes the control the default of its category when the category has none.
-    [[gnu::cold]] void addDefaultSingleShotControl(const VELKSingleShotControl& control)
+    // Makes the control the default of its category when the category has none. False when the
+    // settings know the category: then nothing is counted that could be taken back.
+    [[gnu::cold]] bool addDefaultSingleShotControl(const VELKSingleShotControl& control)
             VELK_EXCLUDES(mSettingsLock);
-    // Undoes it for a notification that failed halfway, unless others have come to rely on it.
+    // Undoes what was counted for a notification that failed halfway; the default goes with the
+    // last.
     void takeBackDefaultSingleShotControl(int category) noexcept VELK_EXCLUDES(mSettingsLock);
 
     // --- Active single-shot controls (ActiveSingleShots.cpp) -------------------------------------

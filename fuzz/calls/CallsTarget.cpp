@@ -2,10 +2,11 @@
  * Turns bytes into calls of the library and into changes of the world between them, and compares
  * every call with the model.
  *
- * One sequence in four may run out of memory within a call. What that leaves behind depends on
- * where it happened, so the model is silent from then on, and what must hold at all times is left:
- * the same call gets through when it is made again, sections balance, no lock is held, descriptors
- * are used while they are open alone, and nothing is left after the last uninit.
+ * One sequence in four may run out of memory within a call. The same call gets through when it is
+ * made again, and has the effect that it had without the failure. What init, uninit, task starts
+ * and ends, and marking before init leave behind depends on where they failed, so after these the
+ * model is silent, and what must hold at all times is left: sections balance, no lock is held,
+ * descriptors are used while they are open alone, and nothing is left after the last uninit.
  */
 #include <unistd.h>
 
@@ -92,11 +93,12 @@ class Sequence {
     template <typename Prediction, typename Operation, typename... Arguments>
     void perform(Prediction prediction, Operation operation, Arguments... arguments) {
         const auto call = [&] { return fake::call([&] { return operation(arguments...); }); };
-        mIsModelSilent |= mFailingAllocation != 0;
-        fake::failAllocation(std::exchange(mFailingAllocation, 0));
+        const int failing = std::exchange(mFailingAllocation, 0);
+        fake::failAllocation(failing);
         int result = call();
         fake::failAllocation(0);
-        if (result == fake::kThrew && mIsModelSilent) {
+        if (result == fake::kThrew && failing != 0) {
+            mModel.forgetEffects();
             result = call();
         }
         const int expected = mIsModelSilent ? result : (mModel.*prediction)(arguments...);
@@ -109,6 +111,7 @@ class Sequence {
 
     void callLibrary(int operation) {
         const int task = pick(kTasks);
+        mIsModelSilent |= mFailingAllocation != 0 && (operation <= 4 || !mModel.isUp());
         switch (operation) {
             case 0:
                 return init(byte());
@@ -190,7 +193,11 @@ class Sequence {
                 (byte() % 2 == 0 ? platform().anchors
                                  : platform().custAnchors)[pick(kScenarios)][pick(kAnchors)] = {
                         pick(kTargets), pick(kTargets)};
-                platform().singleShots[pick(kCategories)][pick(kScenarios)] = readControl();
+                if (const int category = pick(kCategories); byte() % 4 == 0) {
+                    platform().singleShots.erase(category);
+                } else {
+                    platform().singleShots[category][pick(kScenarios)] = readControl();
+                }
                 return;
             default:
                 mFailingAllocation = mMayRunOutOfMemory ? byte() % 32 : 0;

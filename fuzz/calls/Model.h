@@ -38,6 +38,8 @@ struct Record {
 
 class Model {
   public:
+    bool isUp() const { return mUp.has_value(); }
+
     int init(const VELKInitParams& params);
     int uninit();
     int taskStart(const void* key, int task, const VELKTaskExtraParams* extra);
@@ -57,6 +59,8 @@ class Model {
 
     // What the library did in a call: a command with the driver's answer, or an open of the node.
     void observe(unsigned number, const void* record, int result);
+    // Of a call that is made again.
+    void forgetEffects() { mEffects.clear(); }
     // After all that has to happen in a call: that nothing else did, unless anything may.
     void checkComplete(bool isSilent);
 

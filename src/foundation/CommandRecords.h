@@ -166,11 +166,6 @@ inline constexpr int32_t VELK_REQUEST_RELEASED = -2;
 inline constexpr int32_t VELK_PERCENT_NONE_ACTIVE = -2;
 inline constexpr uint32_t VELK_LIMIT_NONE_ACTIVE = 999999;
 
+// Whether the driver gets every bit of the record as the sender has set it.
 template <typename Record>
-inline constexpr bool isWireRecord =
-        std::is_trivially_copyable_v<Record>&& std::has_unique_object_representations_v<Record>;
-static_assert(isWireRecord<VELK_INIT_PARAM> && isWireRecord<VELK_TASK_INIT_PARAM> &&
-              isWireRecord<VELK_TASK_PARAM> && isWireRecord<VELK_UNINIT_PARAM> &&
-              isWireRecord<VELK_VSYNC_PARAM> && isWireRecord<VELK_CAM_FPS_PARAM> &&
-              isWireRecord<VELK_SINGLE_SHOT_PARAM> && isWireRecord<VELK_CRITICAL_TASK_PARAM> &&
-              isWireRecord<VELK_ANCHOR_PARAM>);
+inline constexpr bool isWireRecord = std::has_unique_object_representations_v<Record>;

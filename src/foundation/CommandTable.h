@@ -41,36 +41,24 @@ static_assert(VELK_IOC_CRITICAL_END == 0x40086725);
 static_assert(VELK_IOC_ANCHOR == 0x401C6726);
 
 struct VELKCommand {
-    uint32_t number;
     uint32_t request;
-    size_t recordSize;
     const char* name;
+    uint32_t number = _IOC_NR(request);
+    size_t recordSize = _IOC_SIZE(request);
 };
 
+// In the order of their numbers, without a gap.
 inline constexpr std::array<VELKCommand, 12> VELK_COMMANDS = {{
-        {27, VELK_IOC_INIT, sizeof(VELK_INIT_PARAM), "init"},
-        {28, VELK_IOC_TASK_INIT, sizeof(VELK_TASK_INIT_PARAM), "taskInit"},
-        {29, VELK_IOC_TASK_START, sizeof(VELK_TASK_PARAM), "taskStart"},
-        {30, VELK_IOC_TASK_END, sizeof(VELK_TASK_PARAM), "taskEnd"},
-        {31, VELK_IOC_SCENE_CHANGE, sizeof(VELK_TASK_PARAM), "sceneChange"},
-        {32, VELK_IOC_UNINIT, sizeof(VELK_UNINIT_PARAM), "uninit"},
-        {33, VELK_IOC_VSYNC, sizeof(VELK_VSYNC_PARAM), "vsync"},
-        {34, VELK_IOC_CAM_FPS, sizeof(VELK_CAM_FPS_PARAM), "camFps"},
-        {35, VELK_IOC_SINGLE_SHOT, sizeof(VELK_SINGLE_SHOT_PARAM), "singleShot"},
-        {36, VELK_IOC_CRITICAL_START, sizeof(VELK_CRITICAL_TASK_PARAM), "criticalStart"},
-        {37, VELK_IOC_CRITICAL_END, sizeof(VELK_CRITICAL_TASK_PARAM), "criticalEnd"},
-        {38, VELK_IOC_ANCHOR, sizeof(VELK_ANCHOR_PARAM), "anchor"},
+        {VELK_IOC_INIT, "init"},
+        {VELK_IOC_TASK_INIT, "taskInit"},
+        {VELK_IOC_TASK_START, "taskStart"},
+        {VELK_IOC_TASK_END, "taskEnd"},
+        {VELK_IOC_SCENE_CHANGE, "sceneChange"},
+        {VELK_IOC_UNINIT, "uninit"},
+        {VELK_IOC_VSYNC, "vsync"},
+        {VELK_IOC_CAM_FPS, "camFps"},
+        {VELK_IOC_SINGLE_SHOT, "singleShot"},
+        {VELK_IOC_CRITICAL_START, "criticalStart"},
+        {VELK_IOC_CRITICAL_END, "criticalEnd"},
+        {VELK_IOC_ANCHOR, "anchor"},
 }};
-
-constexpr bool isCommandTableConsistent() {
-    uint32_t number = VELK_COMMANDS.front().number;
-    for (const VELKCommand& command : VELK_COMMANDS) {
-        if (command.number != number++ || _IOC_NR(command.request) != command.number ||
-            _IOC_TYPE(command.request) != 'g' || _IOC_DIR(command.request) != _IOC_WRITE ||
-            _IOC_SIZE(command.request) != command.recordSize) {
-            return false;
-        }
-    }
-    return true;
-}
-static_assert(isCommandTableConsistent());

@@ -17,7 +17,7 @@ class ThreadTest : public LibraryTest {
     }
 
     using Work = std::function<void(int round)>;
-    static constexpr int kRounds = 1500;
+    static constexpr int kRounds = 4000;
 
     static void race(const std::vector<Work>& works) {
         std::vector<std::thread> threads;
@@ -52,7 +52,7 @@ class ThreadTest : public LibraryTest {
         sceneChange(5, round);
         control(VELKSingleShotControl{.uclampLevels = {1, 2},
                                       .percentLevel = round % 100,
-                                      .criticalTaskUclamps = {{5, round % 1024}, {22, 1}},
+                                      .criticalTaskUclamps = {{5, round % 1024}, {100 + round, 1}},
                                       .limits = {1},
                                       .sharedFlag = true});
         spanStart(5);

@@ -54,7 +54,7 @@ class FaultTest : public LibraryTest {
 
     static Control full(int category) {
         return {.category = category,
-                .uclampLevels = {300, 301, 302},
+                .uclampLevels = {300, 301, 302, 303, 304, 305, 306},
                 .percentLevel = 40,
                 .rangeLevels1 = {1, 2, 3},
                 .criticalTaskUclamps =
@@ -247,6 +247,10 @@ TEST_F(FaultTest, EveryOperation) {
              {kUp, [] { return control(4); }},
              [] { return reset(4); },
              {[] { return control(4); }, kReset}},
+            {"reset of a category that is not active",
+             {kUp, [] { return control(full(0)); }, kReset},
+             [] { return reset(4); },
+             {[] { return control(4); }}},
             {"mark", {kUp}, [] { return mark(); }, {[] { return reset(4); }}},
             {"mark while down", {}, [] { return mark(); }, {unmark, uninit}},
             {"unmark", {kUp}, unmark, {kReset, kReset, kReset}},

@@ -1,7 +1,7 @@
 /*
  * What the driver model knows at one moment. An init command begins a new session: it clears the
- * tasks, threads and spans and the control. An uninit leaves them, so that what was still active
- * can be told.
+ * tasks, threads, spans and the control. An uninit leaves them, so that what was still active can
+ * be told.
  */
 #pragma once
 

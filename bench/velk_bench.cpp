@@ -144,7 +144,7 @@ std::vector<Section> allSections() {
 
 // --- Measuring -----------------------------------------------------------------------------------
 
-// Short enough that both actions meet the machine in the same mood, long enough for its clock.
+// Short enough that both actions meet the same load of the machine, long enough for its clock.
 constexpr int kCallsAtOnce = 500;
 
 double threadSeconds() {

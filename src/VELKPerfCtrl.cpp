@@ -43,7 +43,6 @@ constexpr int kFailure = -1;
 
 constexpr int32_t kDefaultTuningParam1 = 10;
 constexpr int32_t kDefaultTuningParam2 = 65;
-constexpr int32_t kMinTargetTime = 5;
 constexpr size_t kMaxShortName = sizeof(VELK_TASK_INIT_PARAM::taskName) - 1;
 constexpr int kDefaultUser = 4;
 constexpr int kUserCategory = 0;
@@ -265,7 +264,7 @@ namespace {
 
 // The smallest target time that the driver is told; the validity test takes the figure as it is.
 int32_t adjustedTargetTime(int32_t targetTime) {
-    return targetTime > 0 ? std::max(targetTime, kMinTargetTime) : targetTime;
+    return targetTime > 0 ? std::max(targetTime, VELK_MIN_TARGET_TIME) : targetTime;
 }
 
 bool isTaskValid(VELKRescManagement& resource, const int& task) {

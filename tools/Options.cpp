@@ -16,7 +16,7 @@ constexpr const char* kExamples = R"(
 Examples:
   Play the sample and show every command that the driver receives:
     velk-replay capture-5s.jsonl --tuning tuning
-  The sum alone, in recorded time, with a trace to open in Perfetto:
+  The summary alone, in recorded time, with a trace to open in Perfetto:
     velk-replay capture-5s.jsonl --tuning tuning --quiet --speed 1 --trace trace.json
   A driver that refuses the first three task registrations and is slow to take task starts:
     velk-replay capture-5s.jsonl --tuning tuning --driver '28=EINVAL*3, slow=taskStart:50us'
@@ -24,7 +24,7 @@ Examples:
     velk-replay capture-5s.jsonl --tuning tuning --driver absent --log - \
         --property vendor.debug.velk.debuglog=1
 
-Misbehaviour (--driver), items with commas between them:
+InjectedFaults (--driver), items with commas between them:
   absent                   there is no control node
   open=ERRNO[*TIMES]       opening the node fails
   COMMAND=ERRNO[*TIMES]    a command (27 to 38, or a name such as taskStart) is refused
@@ -72,9 +72,9 @@ std::pair<std::string, std::string> parseProperty(const std::string& text) {
     return {text.substr(0, place), std::move(value)};
 }
 
-Misbehaviour parseMisbehaviour(const std::string& text) {
+InjectedFaults parseInjectedFaults(const std::string& text) {
     try {
-        return Misbehaviour::parse(text);
+        return InjectedFaults::parse(text);
     } catch (const std::invalid_argument& error) {
         throw CLI::ValidationError("--driver", error.what());
     }
@@ -124,7 +124,7 @@ std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
         app.parse(argc, argv);
         options.speed = parseSpeed(speed);
         options.format = parseFormat(format);
-        options.misbehaviour = parseMisbehaviour(driver);
+        options.injectedFaults = parseInjectedFaults(driver);
         for (const std::string& property : properties) {
             options.properties.push_back(parseProperty(property));
         }

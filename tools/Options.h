@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "driver/Misbehaviour.h"
+#include "driver/InjectedFaults.h"
 #include "report/CommandPrinter.h"
 
 namespace desk {
@@ -24,7 +24,7 @@ struct Options {
     std::optional<std::string> logFile;
     std::optional<std::string> ulogFile;
     std::vector<std::pair<std::string, std::string>> properties;
-    Misbehaviour misbehaviour;
+    InjectedFaults injectedFaults;
 };
 
 // Where the command line asks for an end, the exit status; what there is to say is said.

@@ -204,7 +204,7 @@ int replay(const Options& options) {
     for (const auto& [name, value] : options.properties) {
         property_set(name.c_str(), value.c_str());
     }
-    controlNode().setMisbehaviour(options.misbehaviour);
+    controlNode().injectFaults(options.injectedFaults);
     const Logs logs(options);
     Listeners listeners(options, input.size());
 
@@ -213,7 +213,7 @@ int replay(const Options& options) {
     const std::chrono::duration<double> played = steady_clock::now() - start;
 
     listeners.eraseProgress();
-    const Summary summary = summarize(input.name(), listeners.statistics, controlNode().picture(),
+    const Summary summary = summarize(input.name(), listeners.statistics, controlNode().snapshot(),
                                       result, played.count());
     printSummary(summary, options);
     if (summary.error) {

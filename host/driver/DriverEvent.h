@@ -13,14 +13,14 @@ namespace desk {
 enum class DriverCall : uint8_t { Open, Command, Close };
 
 enum class Verdict : uint8_t {
-    Accepted,       // done, and nothing to say about it
-    Noted,          // done, although the model found something odd
-    RefusedAsTold,  // refused because the misbehaviour asks for it
-    Refused,        // refused because the model itself found fault
+    Accepted,         // done, and nothing to say about it
+    Noted,            // done, although the model found something odd
+    InjectedRefusal,  // refused because an injected fault asks for it
+    Refused,          // refused because the model itself found fault
 };
 
 constexpr bool isRefusal(Verdict verdict) {
-    return verdict == Verdict::RefusedAsTold || verdict == Verdict::Refused;
+    return verdict == Verdict::InjectedRefusal || verdict == Verdict::Refused;
 }
 
 struct DriverEvent {

@@ -18,11 +18,11 @@ namespace desk {
 namespace {
 
 // Takes one of the refusals that are left, if any.
-int takeRefusal(Misbehaviour::Refusal& refusal) {
+int takeRefusal(InjectedFaults::Refusal& refusal) {
     if (refusal.error == 0 || refusal.times == 0) {
         return 0;
     }
-    if (refusal.times != Misbehaviour::kAlways) {
+    if (refusal.times != InjectedFaults::kAlways) {
         --refusal.times;
     }
     return refusal.error;
@@ -36,8 +36,8 @@ void count(CallCounters& counters, Verdict verdict) {
         case Verdict::Accepted:
             ++counters.accepted;
             break;
-        case Verdict::RefusedAsTold:
-            ++counters.refusedAsTold;
+        case Verdict::InjectedRefusal:
+            ++counters.refusedInjected;
             break;
         case Verdict::Refused:
             ++counters.refused;
@@ -56,8 +56,8 @@ void refuse(DriverEvent& event, int error, const char* finding) {
     event.finding = finding;
 }
 
-void refuseAsTold(DriverEvent& event, int error) {
-    event.verdict = Verdict::RefusedAsTold;
+void injectRefusal(DriverEvent& event, int error) {
+    event.verdict = Verdict::InjectedRefusal;
     event.error = error;
 }
 
@@ -70,12 +70,12 @@ size_t indexOf(const VELKCommand& command) {
 struct DriverModel::State {
     mutable std::mutex mutex;
     std::atomic<bool> isSlow = false;
-    Misbehaviour misbehaviour;
+    InjectedFaults faults;
     std::shared_ptr<DriverObserver> observer;
     std::vector<int> descriptors;
     uint64_t lastSequence = 0;
     DriverSession session;
-    DriverPicture totals;  // counters and findings alone
+    DriverSnapshot totals;  // counters and findings alone
 
     bool isOpen(int descriptor) const {
         return std::ranges::find(descriptors, descriptor) != descriptors.end();
@@ -87,7 +87,7 @@ struct DriverModel::State {
     // `judge(event)` decides and does. Returns what the driver answers.
     template <typename Judge>
     int handle(DriverEvent& event, CallCounters& counters, Judge&& judge);
-    void waitAsTold(const VELKCommand& command) const;
+    void injectDelay(const VELKCommand& command) const;
 };
 
 template <typename Judge>
@@ -147,8 +147,8 @@ void DriverModel::State::judgeKnownCommand(const RecordLayout& layout, DriverEve
         refuse(event, EINVAL, finding.text);
         return;
     }
-    if (const int error = takeRefusal(misbehaviour.commands[indexOf(*event.command)])) {
-        refuseAsTold(event, error);
+    if (const int error = takeRefusal(faults.commands[indexOf(*event.command)])) {
+        injectRefusal(event, error);
         session.refuse(event.request, event.record, true);
         return;
     }
@@ -158,11 +158,11 @@ void DriverModel::State::judgeKnownCommand(const RecordLayout& layout, DriverEve
     }
 }
 
-void DriverModel::State::waitAsTold(const VELKCommand& command) const {
+void DriverModel::State::injectDelay(const VELKCommand& command) const {
     std::chrono::microseconds delay = {};
     {
         const std::lock_guard lock(mutex);
-        delay = misbehaviour.delays[indexOf(command)];
+        delay = faults.delays[indexOf(command)];
     }
     std::this_thread::sleep_for(delay);
 }
@@ -176,8 +176,8 @@ int DriverModel::open(int descriptor, uint32_t tid) {
     event.tid = tid;
     State& state = *mState;
     return state.handle(event, state.totals.opens, [&state, descriptor](DriverEvent& open) {
-        if (const int error = takeRefusal(state.misbehaviour.open)) {
-            refuseAsTold(open, error);
+        if (const int error = takeRefusal(state.faults.open)) {
+            injectRefusal(open, error);
             return;
         }
         open.descriptor = descriptor;
@@ -204,7 +204,7 @@ int DriverModel::command(int descriptor, uint32_t request, const void* record, u
         event.recordSize = layout->command->recordSize;
         counters = &state.totals.commands[indexOf(*layout->command)];
         if (state.isSlow.load(std::memory_order_relaxed)) {
-            state.waitAsTold(*layout->command);
+            state.injectDelay(*layout->command);
         }
     }
     return state.handle(event, *counters, [&state](DriverEvent& e) { state.judgeCommand(e); });
@@ -223,11 +223,11 @@ int DriverModel::close(int descriptor, uint32_t tid) {
     });
 }
 
-void DriverModel::setMisbehaviour(const Misbehaviour& misbehaviour) {
+void DriverModel::injectFaults(const InjectedFaults& faults) {
     const std::lock_guard lock(mState->mutex);
-    mState->misbehaviour = misbehaviour;
+    mState->faults = faults;
     mState->isSlow =
-            std::ranges::any_of(misbehaviour.delays, [](auto delay) { return delay.count() > 0; });
+            std::ranges::any_of(faults.delays, [](auto delay) { return delay.count() > 0; });
 }
 
 void DriverModel::setObserver(std::shared_ptr<DriverObserver> observer) {
@@ -236,12 +236,12 @@ void DriverModel::setObserver(std::shared_ptr<DriverObserver> observer) {
     mState->observer.swap(observer);
 }
 
-DriverPicture DriverModel::picture() const {
+DriverSnapshot DriverModel::snapshot() const {
     const std::lock_guard lock(mState->mutex);
-    DriverPicture picture = mState->totals;
-    picture.openDescriptors = mState->descriptors.size();
-    mState->session.fill(picture);
-    return picture;
+    DriverSnapshot snapshot = mState->totals;
+    snapshot.openDescriptors = mState->descriptors.size();
+    mState->session.fill(snapshot);
+    return snapshot;
 }
 
 void DriverModel::reset() {
@@ -249,7 +249,7 @@ void DriverModel::reset() {
     mState->session = {};
     mState->totals = {};
     mState->lastSequence = 0;
-    mState->misbehaviour = {};
+    mState->faults = {};
     mState->isSlow = false;
 }
 

@@ -1,5 +1,5 @@
 /*
- * A strict driver behind the control node. It checks every command, keeps a picture of what it was
+ * A strict driver behind the control node. It checks every command, keeps a snapshot of what it was
  * told, and misbehaves on request.
  *
  * What can be judged from the record and its caller alone is refused (EINVAL; EFAULT without a
@@ -15,8 +15,8 @@
 #include <memory>
 
 #include "driver/DriverEvent.h"
-#include "driver/DriverPicture.h"
-#include "driver/Misbehaviour.h"
+#include "driver/DriverSnapshot.h"
+#include "driver/InjectedFaults.h"
 
 namespace desk {
 
@@ -34,11 +34,11 @@ class DriverModel {
     int command(int descriptor, uint32_t request, const void* record, uint32_t tid);
     int close(int descriptor, uint32_t tid);
 
-    void setMisbehaviour(const Misbehaviour& misbehaviour);
+    void injectFaults(const InjectedFaults& faults);
     // Null removes it. A notification that is under way on another thread may still be finishing.
     void setObserver(std::shared_ptr<DriverObserver> observer);
 
-    DriverPicture picture() const;
+    DriverSnapshot snapshot() const;
     // Forgets everything but the observer and the descriptors that are open.
     void reset();
 

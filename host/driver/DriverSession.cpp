@@ -15,7 +15,7 @@ auto findRunIn(Runs& runs, uint32_t tid) {
                         [tid](const auto& run) { return run.tid == tid; });
 }
 
-void finishRun(TaskPicture& task, int64_t runNs) {
+void finishRun(TaskSnapshot& task, int64_t runNs) {
     ++task.ends;
     task.totalRunNs += runNs;
     task.longestRunNs = std::max(task.longestRunNs, runNs);
@@ -42,7 +42,7 @@ DriverSession::Finding DriverSession::inspect(uint32_t request, const void* reco
             return inspectControl(copyRecord<VELK_SINGLE_SHOT_PARAM>(record));
         case VELK_IOC_TASK_INIT: {
             const Task* task = findTask(copyRecord<VELK_TASK_INIT_PARAM>(record).uniqueTaskId);
-            const bool isKnown = task != nullptr && task->picture.isRegistered;
+            const bool isKnown = task != nullptr && task->snapshot.isRegistered;
             finding = {isKnown ? "the task is registered already" : "", false};
             break;
         }
@@ -81,7 +81,7 @@ DriverSession::Finding DriverSession::inspectStart(const VELK_TASK_PARAM& record
     if (task == nullptr) {
         return {"start of a task that was never registered", true};
     }
-    if (!task->picture.isRegistered && !task->isRefusalTold) {
+    if (!task->snapshot.isRegistered && !task->isRefusalInjected) {
         return {"start of a task whose registration was refused", false};
     }
     const Run* run = findRun(*task, record.tid);
@@ -168,7 +168,7 @@ void DriverSession::accept(uint32_t request, const void* record, int64_t now) {
     }
 }
 
-void DriverSession::refuse(uint32_t request, const void* record, bool isTold) {
+void DriverSession::refuse(uint32_t request, const void* record, bool isInjected) {
     switch (request) {
         case VELK_IOC_INIT:
             begin(false);
@@ -179,20 +179,20 @@ void DriverSession::refuse(uint32_t request, const void* record, bool isTold) {
         case VELK_IOC_TASK_INIT: {
             const auto registration = copyRecord<VELK_TASK_INIT_PARAM>(record);
             Task& task = mTasks[registration.uniqueTaskId];
-            task.picture.registration = registration;
-            task.isRefusalTold = isTold;
+            task.snapshot.registration = registration;
+            task.isRefusalInjected = isInjected;
             ++mRefusedRegistrations;
             break;
         }
         case VELK_IOC_TASK_START:
         case VELK_IOC_TASK_END:
-            if (isTold) {
+            if (isInjected) {
                 disputeRun(copyRecord<VELK_TASK_PARAM>(record), request == VELK_IOC_TASK_START);
             }
             break;
         case VELK_IOC_CRITICAL_START:
         case VELK_IOC_CRITICAL_END:
-            if (isTold) {
+            if (isInjected) {
                 disputeSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record),
                             request == VELK_IOC_CRITICAL_START);
             }
@@ -212,7 +212,7 @@ void DriverSession::begin(bool isInitialised) {
 
 void DriverSession::registerTask(const VELK_TASK_INIT_PARAM& record) {
     const auto [place, isNew] = mTasks.try_emplace(record.uniqueTaskId);
-    TaskPicture& task = place->second.picture;
+    TaskSnapshot& task = place->second.snapshot;
     if (!isNew && !task.isRegistered) {
         ++mReplayedRegistrations;
     }
@@ -222,7 +222,7 @@ void DriverSession::registerTask(const VELK_TASK_INIT_PARAM& record) {
 
 void DriverSession::startTask(const VELK_TASK_PARAM& record, int64_t now) {
     Task& task = mTasks.at(record.uniqueTaskId);
-    ++task.picture.starts;
+    ++task.snapshot.starts;
     const auto run = findRunIn(task.runs, record.tid);
     if (run == task.runs.end()) {
         task.runs.push_back({record.tid, now, true, false});
@@ -239,7 +239,7 @@ void DriverSession::endTask(const VELK_TASK_PARAM& record, int64_t now) {
     std::erase_if(task.runs, [&](const Run& run) {
         const bool isEnded = !isOwn || run.tid == record.tid;
         if (isEnded && run.isRunning) {
-            finishRun(task.picture, now - run.sinceNs);
+            finishRun(task.snapshot, now - run.sinceNs);
         }
         return isEnded;
     });
@@ -296,32 +296,32 @@ void DriverSession::disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isS
     }
 }
 
-void DriverSession::fill(DriverPicture& picture) const {
-    picture.isInitialised = mIsInitialised;
-    picture.init = mInit;
-    picture.control = mControl;
-    picture.fps = mFps;
-    picture.refusedRegistrations = mRefusedRegistrations;
-    picture.replayedRegistrations = mReplayedRegistrations;
+void DriverSession::fill(DriverSnapshot& snapshot) const {
+    snapshot.isInitialised = mIsInitialised;
+    snapshot.init = mInit;
+    snapshot.control = mControl;
+    snapshot.fps = mFps;
+    snapshot.refusedRegistrations = mRefusedRegistrations;
+    snapshot.replayedRegistrations = mReplayedRegistrations;
     for (const auto& [id, task] : mTasks) {
-        picture.tasks.push_back(task.picture);
+        snapshot.tasks.push_back(task.snapshot);
         for (const Run& run : task.runs) {
             if (run.isRunning) {
-                picture.running.push_back({run.tid, id, run.sinceNs});
+                snapshot.running.push_back({run.tid, id, run.sinceNs});
             }
         }
     }
     for (const auto& [tid, span] : mSpans) {
         if (span.isOpen) {
-            picture.spans.push_back(span.picture);
+            snapshot.spans.push_back(span.snapshot);
         }
     }
-    std::ranges::sort(picture.tasks, {},
-                      [](const TaskPicture& task) { return task.registration.uniqueTaskId; });
-    std::ranges::sort(picture.running, {}, [](const RunningThread& thread) {
+    std::ranges::sort(snapshot.tasks, {},
+                      [](const TaskSnapshot& task) { return task.registration.uniqueTaskId; });
+    std::ranges::sort(snapshot.running, {}, [](const RunningThread& thread) {
         return std::tuple(thread.tid, thread.uniqueTaskId);
     });
-    std::ranges::sort(picture.spans, {}, &CriticalSpan::tid);
+    std::ranges::sort(snapshot.spans, {}, &CriticalSpan::tid);
 }
 
 }  // namespace desk

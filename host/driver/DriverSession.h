@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "driver/DriverPicture.h"
+#include "driver/DriverSnapshot.h"
 
 namespace desk {
 
@@ -26,9 +26,9 @@ class DriverSession {
 
     // The command was refused, and the sender goes on as it does then. It may not have been
     // checked.
-    void refuse(uint32_t request, const void* record, bool isTold);
+    void refuse(uint32_t request, const void* record, bool isInjected);
 
-    void fill(DriverPicture& picture) const;
+    void fill(DriverSnapshot& snapshot) const;
 
   private:
     struct Run {
@@ -38,12 +38,12 @@ class DriverSession {
         bool isDisputed = false;  // a refusal on demand has parted the sender's view from ours
     };
     struct Task {
-        TaskPicture picture;
-        bool isRefusalTold = false;
+        TaskSnapshot snapshot;
+        bool isRefusalInjected = false;
         std::vector<Run> runs;
     };
     struct Span {
-        CriticalSpan picture;
+        CriticalSpan snapshot;
         bool isOpen = false;
         bool isDisputed = false;
     };

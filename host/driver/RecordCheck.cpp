@@ -9,13 +9,10 @@ namespace desk {
 
 namespace {
 
-constexpr int64_t kMaxLevel = 1024;
-constexpr int32_t kMinTargetTime = 5;
-
 template <typename Levels>
 bool areLevels(const Levels& levels) {
     return std::all_of(std::begin(levels), std::end(levels),
-                       [](uint32_t level) { return level <= kMaxLevel; });
+                       [](uint32_t level) { return level <= VELK_MAX_UCLAMP; });
 }
 
 template <typename Values>
@@ -38,10 +35,10 @@ const char* checkTaskInit(const VELK_TASK_INIT_PARAM& record) {
     if (record.uniqueTaskId == 0) {
         return "the task id is 0";
     }
-    if (record.defaultUclamp < 1 || record.defaultUclamp > kMaxLevel) {
+    if (record.defaultUclamp < 1 || record.defaultUclamp > VELK_MAX_UCLAMP) {
         return "the default uclamp is outside 1..1024";
     }
-    if (record.targetTime < kMinTargetTime) {
+    if (record.targetTime < VELK_MIN_TARGET_TIME) {
         return "the target time is below 5";
     }
     if (record.isVIPTask > 1) {
@@ -99,7 +96,7 @@ const char* checkCriticalSpan(const VELK_CRITICAL_TASK_PARAM& record, uint32_t t
     if (static_cast<uint32_t>(record.tid) != tid) {
         return "the thread id is not the caller's";
     }
-    if (isStart && (record.criticalValue < 1 || record.criticalValue > kMaxLevel)) {
+    if (isStart && (record.criticalValue < 1 || record.criticalValue > VELK_MAX_UCLAMP)) {
         return "the critical value is outside 1..1024";
     }
     return !isStart && record.criticalValue != 0 ? "the critical value of an end is not 0"

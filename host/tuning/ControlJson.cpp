@@ -2,19 +2,19 @@
 
 #include <algorithm>
 
+#include "foundation/CommandRecords.h"
+
 namespace desk {
 
 namespace {
-
-constexpr int64_t kMaxLevel = 1024;
 
 // What the values of a control may be.
 struct Ranges {
     int64_t minPercent = -1;
     int64_t maxPercent = 100;
-    int64_t maxLevel = kMaxLevel;
+    int64_t maxLevel = VELK_MAX_UCLAMP;
     int64_t minUclamp = 0;
-    int64_t maxUclamp = kMaxLevel;
+    int64_t maxUclamp = VELK_MAX_UCLAMP;
     size_t maxLevels = 8;
 };
 

@@ -6,13 +6,13 @@
 #include <limits>
 #include <set>
 
+#include "foundation/CommandRecords.h"
 #include "tuning/ControlJson.h"
 
 namespace desk {
 
 namespace {
 
-constexpr int64_t kMaxLevel = 1024;
 constexpr size_t kMaxNameLength = 64;
 constexpr int32_t kMaxTime = std::numeric_limits<int32_t>::max();
 
@@ -63,7 +63,7 @@ TaskTuning readTask(const CheckedJson& json) {
     TaskTuning task;
     task.name = json.at("name").text(kMaxNameLength);
     task.targetTimeUs = json.at("targetTimeUs").integer<int32_t>(0, kMaxTime);
-    task.defaultUclamp = json.at("defaultUclamp").integer<int32_t>(0, kMaxLevel);
+    task.defaultUclamp = json.at("defaultUclamp").integer<int32_t>(0, VELK_MAX_UCLAMP);
     if (const auto specValue = json.find("specValue")) {
         task.specValue = specValue->integer<int32_t>();
     }
@@ -171,9 +171,9 @@ TuningSource readPlatform(const CheckedJson& json) {
         element.checkKeys({"clusterLevels", "clusterDefaultLevels", "tasks"},
                           {"scenario", "customization"});
         TuningVariant variant = readSelectors(element, selectors);
-        variant.clusterLevels = readFigures<8>(element.at("clusterLevels"), kMaxLevel);
+        variant.clusterLevels = readFigures<8>(element.at("clusterLevels"), VELK_MAX_UCLAMP);
         variant.clusterDefaultLevels =
-                readFigures<3>(element.at("clusterDefaultLevels"), kMaxLevel);
+                readFigures<3>(element.at("clusterDefaultLevels"), VELK_MAX_UCLAMP);
         readTasks(element.at("tasks"), kPlatformTasks, variant);
         source.variants.push_back(std::move(variant));
     }

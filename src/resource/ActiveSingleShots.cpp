@@ -159,7 +159,7 @@ void VELKRescManagement::resolveUclampLevels(VELK_SINGLE_SHOT_PARAM& record, siz
         // The floor is compared as the signed value that the convertor's level is to the driver.
         const auto floor = static_cast<int32_t>(
                 convertor != nullptr ? convertor->getClusterLevel(static_cast<int>(i))
-                                     : kMaxUclamp);
+                                     : VELK_MAX_UCLAMP);
         record.uclampLevels[i] = static_cast<uint32_t>(largerOf(floor, mActiveUclampLevels[i]));
     }
 }

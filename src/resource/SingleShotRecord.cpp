@@ -16,7 +16,7 @@ constexpr size_t kMaxCriticalTasks = std::size(VELK_SINGLE_SHOT_PARAM{}.critical
 bool areValidLevels(const std::vector<uint32_t>& levels) {
     return levels.size() <= kMaxLevels &&
            std::all_of(levels.begin(), levels.end(),
-                       [](uint32_t level) { return level <= kMaxUclamp; });
+                       [](uint32_t level) { return level <= VELK_MAX_UCLAMP; });
 }
 
 void copyLevels(const std::vector<uint32_t>& levels, uint32_t (&out)[kMaxLevels]) {
@@ -31,7 +31,7 @@ bool isValidSingleShotControl(const VELKSingleShotControl& control) {
            areValidLevels(control.rangeLevels2) && areValidLevels(control.rangeLevels3) &&
            std::all_of(control.criticalTaskUclamps.begin(), control.criticalTaskUclamps.end(),
                        [](const auto& task) {
-                           return static_cast<uint32_t>(task.second) <= kMaxUclamp;
+                           return static_cast<uint32_t>(task.second) <= VELK_MAX_UCLAMP;
                        });
 }
 

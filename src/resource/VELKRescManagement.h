@@ -41,9 +41,6 @@ inline constexpr int32_t kUnknownTargetTime = -1;
 inline constexpr int32_t kUnknownDefaultUclamp = 0;
 inline constexpr int32_t kUnknownSpecValue = -1;
 
-// Full capacity on the kernel scheduler's utilisation-clamp scale; bound of every level.
-inline constexpr uint32_t kMaxUclamp = 1024;
-
 class VELK_INTERNAL VELKRescManagement {
   public:
     // One thread that runs, or ran, a task. An ended slot is reused by the task's next start.
@@ -100,7 +97,8 @@ class VELK_INTERNAL VELKRescManagement {
     [[gnu::cold]] std::string taskName(int task) const;
     // Level of a CPU cluster or of a level position, full capacity without tuning data.
     uint32_t clusterLevel(int index) const {
-        return mpJsonConvertor != nullptr ? mpJsonConvertor->getClusterLevel(index) : kMaxUclamp;
+        return mpJsonConvertor != nullptr ? mpJsonConvertor->getClusterLevel(index)
+                                          : VELK_MAX_UCLAMP;
     }
     [[gnu::cold]] uint32_t clusterDefaultLevel(int cluster) const;
 

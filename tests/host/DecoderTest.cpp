@@ -83,10 +83,14 @@ TEST(DecoderFields, ShowSignsBytesTextsAndTheUsedPartOfArrays) {
 }
 
 TEST(DecoderRequests, KnowTheTableAlone) {
-    for (const uint32_t request : {0U, VELK_IOC_INIT - 1, VELK_IOC_ANCHOR + 1, 0xFFFFFFFFU,
-                                   static_cast<uint32_t>(_IOR('g', 27, VELK_INIT_PARAM)),
-                                   static_cast<uint32_t>(_IOW('h', 27, VELK_INIT_PARAM)),
-                                   static_cast<uint32_t>(_IOW('g', 27, VELK_TASK_PARAM))}) {
+    constexpr uint32_t kUnknown[] = {0,
+                                     VELK_IOC_INIT - 1,
+                                     VELK_IOC_ANCHOR + 1,
+                                     0xFFFFFFFF,
+                                     _IOR('g', 27, VELK_INIT_PARAM),
+                                     _IOW('h', 27, VELK_INIT_PARAM),
+                                     _IOW('g', 27, VELK_TASK_PARAM)};
+    for (const uint32_t request : kUnknown) {
         EXPECT_EQ(desk::findRecordLayout(request), nullptr) << std::hex << request;
     }
 }

@@ -158,7 +158,7 @@ TEST(DriverModelContent, FindsANameWithoutAnEnd) {
 }
 
 struct HistoryCase {
-    const char* misbehaviour;
+    const char* faults;
     const char* script;
     const char* verdicts;
 };
@@ -188,23 +188,23 @@ constexpr HistoryCase kHistoryCases[] = {
         {"", "init, control 3", "ok\nnote: the control names a task that was never registered\n"},
         // What follows from a refusal on demand is nobody's fault.
         {"taskInit=EIO*2", "init, reg 1, start 1, reg 1, start 1 @2, reg 1, control 1",
-         "ok\ntold\nok\ntold\nok\nok\nok\n"},
+         "ok\ninjected\nok\ninjected\nok\nok\nok\n"},
         {"taskStart=EIO*1", "init, reg 1, start 1, scene 1, end 1, start 1, end 1",
-         "ok\nok\ntold\nok\nok\nok\nok\n"},
+         "ok\nok\ninjected\nok\nok\nok\nok\n"},
         {"taskEnd=EIO*1", "init, reg 1, start 1, end 1, start 1, end 1, end 1",
-         "ok\nok\nok\ntold\nok\nok\nnote: end of a task that does not run\n"},
+         "ok\nok\nok\ninjected\nok\nok\nnote: end of a task that does not run\n"},
         {"36=EIO*1, 37=EIO*1", "init, open-span, close-span, close-span, open-span, close-span",
-         "ok\ntold\ntold\nok\nok\nok\n"},
-        {"init=EIO*1", "init, reg 1, start 1, uninit, init", "told\nok\nok\nok\nok\n"},
-        {"uninit=EIO*1", "init, reg 1, uninit, init, reg 1", "ok\nok\ntold\nok\nok\n"},
-        {"vsync=EIO", "init, vsync, vsync, vsync", "ok\ntold\ntold\ntold\n"},
+         "ok\ninjected\ninjected\nok\nok\nok\n"},
+        {"init=EIO*1", "init, reg 1, start 1, uninit, init", "injected\nok\nok\nok\nok\n"},
+        {"uninit=EIO*1", "init, reg 1, uninit, init, reg 1", "ok\nok\ninjected\nok\nok\n"},
+        {"vsync=EIO", "init, vsync, vsync, vsync", "ok\ninjected\ninjected\ninjected\n"},
 };
 
 TEST(DriverModelHistory, IsHeldAgainstEveryCommand) {
     for (const HistoryCase& c : kHistoryCases) {
-        SCOPED_TRACE(fmt::format("{} with \"{}\"", c.script, c.misbehaviour));
+        SCOPED_TRACE(fmt::format("{} with \"{}\"", c.script, c.faults));
         ScriptedDriver driver;
-        driver.model.setMisbehaviour(Misbehaviour::parse(c.misbehaviour));
+        driver.model.injectFaults(InjectedFaults::parse(c.faults));
         EXPECT_EQ(driver.play(c.script), c.verdicts);
     }
 }
@@ -228,27 +228,27 @@ TEST(DriverModelCalls, AreRefusedWithTheErrnoOfTheirFault) {
     EXPECT_EQ(driver.model.close(kNode, kTid), -EBADF);
     EXPECT_EQ(driver.model.command(kNode, VELK_IOC_INIT, &record, kTid), -EBADF);
 
-    driver.model.setMisbehaviour(Misbehaviour::parse("open=EACCES*1"));
+    driver.model.injectFaults(InjectedFaults::parse("open=EACCES*1"));
     EXPECT_EQ(driver.model.open(kNode, kTid), -EACCES);
     EXPECT_EQ(driver.model.open(kNode, kTid), 0);
-    driver.model.setMisbehaviour(Misbehaviour::parse("absent"));
+    driver.model.injectFaults(InjectedFaults::parse("absent"));
     EXPECT_EQ(driver.model.open(kNode, kTid), -ENOENT);
 
-    const DriverPicture picture = driver.model.picture();
-    EXPECT_EQ(picture.openDescriptors, 1U);
-    EXPECT_EQ(picture.opens.accepted, 2U);
-    EXPECT_EQ(picture.opens.refusedAsTold, 2U);
-    EXPECT_EQ(picture.closes.accepted, 1U);
-    EXPECT_EQ(picture.closes.refused, 1U);
-    EXPECT_EQ(picture.commands[0].refused, 3U);
-    EXPECT_EQ(picture.otherRequests.refused, 1U);
+    const DriverSnapshot snapshot = driver.model.snapshot();
+    EXPECT_EQ(snapshot.openDescriptors, 1U);
+    EXPECT_EQ(snapshot.opens.accepted, 2U);
+    EXPECT_EQ(snapshot.opens.refusedInjected, 2U);
+    EXPECT_EQ(snapshot.closes.accepted, 1U);
+    EXPECT_EQ(snapshot.closes.refused, 1U);
+    EXPECT_EQ(snapshot.commands[0].refused, 3U);
+    EXPECT_EQ(snapshot.otherRequests.refused, 1U);
 }
 
 TEST(DriverModelEvents, TellTheCallAndItsOutcome) {
     static std::atomic<int64_t> now = 0;
     setClock([]() noexcept { return now += 1000; });
     ScriptedDriver driver;
-    driver.model.setMisbehaviour(Misbehaviour::parse("vsync=EIO, slow=vsync:1us"));
+    driver.model.injectFaults(InjectedFaults::parse("vsync=EIO, slow=vsync:1us"));
     const VELK_VSYNC_PARAM vsync = {};
     driver.send(VELK_IOC_VSYNC, vsync);
     driver.model.open(kNode + 1, 77);
@@ -257,7 +257,7 @@ TEST(DriverModelEvents, TellTheCallAndItsOutcome) {
     ASSERT_EQ(driver.recorder->events.size(), 2U);
     const DriverEvent& command = driver.recorder->events[0];
     EXPECT_EQ(command.call, DriverCall::Command);
-    EXPECT_EQ(command.verdict, Verdict::RefusedAsTold);
+    EXPECT_EQ(command.verdict, Verdict::InjectedRefusal);
     EXPECT_EQ(command.sequence, 2U);  // the first open came before the observer
     EXPECT_EQ(command.timeNs, 2000);
     EXPECT_EQ(command.tid, kTid);
@@ -279,7 +279,7 @@ TEST(DriverModelPicture, ShowsTasksRunsSpansControlAndCounters) {
     static std::atomic<int64_t> now = 0;
     setClock([]() noexcept { return now += 10; });
     ScriptedDriver driver;
-    driver.model.setMisbehaviour(Misbehaviour::parse("taskInit=EINVAL*1"));
+    driver.model.injectFaults(InjectedFaults::parse("taskInit=EINVAL*1"));
     driver.play(
             "init, reg 2, reg 1, reg 2, start 1 @5, start 2 @4, end 1 @5, start 1 @5, vsync, "
             "end 1 @5, start 1 @6, start 1 @4, open-span @4, open-span @3, fps 24, control, "
@@ -291,48 +291,48 @@ TEST(DriverModelPicture, ShowsTasksRunsSpansControlAndCounters) {
     driver.play("uninit");
     setClock(nullptr);
 
-    const DriverPicture picture = driver.model.picture();
-    EXPECT_FALSE(picture.isInitialised);
-    ASSERT_TRUE(picture.init.has_value());
-    EXPECT_EQ(picture.init->clusterLevels[1], 800U);
-    ASSERT_EQ(picture.tasks.size(), 2U);
-    const TaskPicture& task = picture.tasks[0];
+    const DriverSnapshot snapshot = driver.model.snapshot();
+    EXPECT_FALSE(snapshot.isInitialised);
+    ASSERT_TRUE(snapshot.init.has_value());
+    EXPECT_EQ(snapshot.init->clusterLevels[1], 800U);
+    ASSERT_EQ(snapshot.tasks.size(), 2U);
+    const TaskSnapshot& task = snapshot.tasks[0];
     EXPECT_EQ(task.registration.uniqueTaskId, 1U);
     EXPECT_STREQ(task.registration.taskName, "render");
     EXPECT_EQ(task.starts, 4U);
     EXPECT_EQ(task.ends, 2U);
     EXPECT_EQ(task.totalRunNs, 40);
     EXPECT_EQ(task.longestRunNs, 20);
-    EXPECT_TRUE(picture.tasks[1].isRegistered);
+    EXPECT_TRUE(snapshot.tasks[1].isRegistered);
 
     std::string running;
-    for (const RunningThread& thread : picture.running) {
+    for (const RunningThread& thread : snapshot.running) {
         running += fmt::format("{}/{} ", thread.tid, thread.uniqueTaskId);
     }
     EXPECT_EQ(running, "4/1 4/2 6/1 ");
-    ASSERT_EQ(picture.spans.size(), 2U);
-    EXPECT_EQ(picture.spans[0].tid, 3U);
-    EXPECT_EQ(picture.spans[1].criticalValue, 500);
-    ASSERT_TRUE(picture.control.has_value());
-    EXPECT_EQ(picture.control->percentLevel, 60);  // still asked for by the control before
-    EXPECT_EQ(picture.control->uclampLevels[1], 700U);
-    EXPECT_EQ(picture.fps, 24U);
-    EXPECT_EQ(picture.refusedRegistrations, 1U);
-    EXPECT_EQ(picture.replayedRegistrations, 1U);
-    EXPECT_EQ(picture.commands[1].accepted, 2U);
-    EXPECT_EQ(picture.commands[1].refusedAsTold, 1U);
-    EXPECT_EQ(picture.commands[10].noted, 1U);
-    EXPECT_EQ(picture.commands[10].accepted, 1U);
-    ASSERT_EQ(picture.findings.size(), 1U);
-    EXPECT_EQ(picture.findings[0].finding, "end of a critical span that is not open");
-    EXPECT_EQ(picture.findings[0].count, 1U);
+    ASSERT_EQ(snapshot.spans.size(), 2U);
+    EXPECT_EQ(snapshot.spans[0].tid, 3U);
+    EXPECT_EQ(snapshot.spans[1].criticalValue, 500);
+    ASSERT_TRUE(snapshot.control.has_value());
+    EXPECT_EQ(snapshot.control->percentLevel, 60);  // still asked for by the control before
+    EXPECT_EQ(snapshot.control->uclampLevels[1], 700U);
+    EXPECT_EQ(snapshot.fps, 24U);
+    EXPECT_EQ(snapshot.refusedRegistrations, 1U);
+    EXPECT_EQ(snapshot.replayedRegistrations, 1U);
+    EXPECT_EQ(snapshot.commands[1].accepted, 2U);
+    EXPECT_EQ(snapshot.commands[1].refusedInjected, 1U);
+    EXPECT_EQ(snapshot.commands[10].noted, 1U);
+    EXPECT_EQ(snapshot.commands[10].accepted, 1U);
+    ASSERT_EQ(snapshot.findings.size(), 1U);
+    EXPECT_EQ(snapshot.findings[0].finding, "end of a critical span that is not open");
+    EXPECT_EQ(snapshot.findings[0].count, 1U);
 
     driver.play("init");
-    EXPECT_TRUE(driver.model.picture().isInitialised);
-    EXPECT_TRUE(driver.model.picture().tasks.empty());
+    EXPECT_TRUE(driver.model.snapshot().isInitialised);
+    EXPECT_TRUE(driver.model.snapshot().tasks.empty());
     driver.model.reset();
-    EXPECT_FALSE(driver.model.picture().control.has_value());
-    EXPECT_EQ(driver.model.picture().openDescriptors, 1U);
+    EXPECT_FALSE(driver.model.snapshot().control.has_value());
+    EXPECT_EQ(driver.model.snapshot().openDescriptors, 1U);
 }
 
 TEST(DriverModelThreads, ShareOneModel) {
@@ -350,9 +350,9 @@ TEST(DriverModelThreads, ShareOneModel) {
                 driver.send(VELK_IOC_TASK_START, record, tid);
                 driver.send(VELK_IOC_TASK_END, record, tid);
                 if (i % 100 == 0) {
-                    driver.model.setMisbehaviour({});
+                    driver.model.injectFaults({});
                     driver.model.setObserver(nullptr);
-                    driver.model.picture();
+                    driver.model.snapshot();
                 }
             }
         });
@@ -360,11 +360,11 @@ TEST(DriverModelThreads, ShareOneModel) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    const DriverPicture picture = driver.model.picture();
-    EXPECT_EQ(picture.commands[2].accepted, uint64_t{kThreads} * kRounds);
-    EXPECT_TRUE(picture.findings.empty());
-    EXPECT_TRUE(std::ranges::all_of(picture.tasks,
-                                    [](const TaskPicture& task) { return task.ends == kRounds; }));
+    const DriverSnapshot snapshot = driver.model.snapshot();
+    EXPECT_EQ(snapshot.commands[2].accepted, uint64_t{kThreads} * kRounds);
+    EXPECT_TRUE(snapshot.findings.empty());
+    EXPECT_TRUE(std::ranges::all_of(snapshot.tasks,
+                                    [](const TaskSnapshot& task) { return task.ends == kRounds; }));
 }
 
 }  // namespace

@@ -41,13 +41,13 @@ class EventRecorder : public DriverObserver {
     std::vector<DriverEvent> events;
 };
 
-// "ok", "told", "note: ..." or "fault: ..."
+// "ok", "injected", "note: ..." or "fault: ..."
 inline std::string describeVerdict(const DriverEvent& event) {
     switch (event.verdict) {
         case Verdict::Accepted:
             return "ok";
-        case Verdict::RefusedAsTold:
-            return "told";
+        case Verdict::InjectedRefusal:
+            return "injected";
         case Verdict::Noted:
             return fmt::format("note: {}", event.finding);
         case Verdict::Refused:

@@ -38,7 +38,7 @@ TEST_F(Interposer, AnswersOnRealDescriptorsOfTheNode) {
     const int second = open64(VELK_NODE_PATH, O_RDONLY);
     const int third = __open_2(VELK_NODE_PATH, O_RDONLY);
     const int fourth = __open64_2(VELK_NODE_PATH, O_RDONLY);
-    EXPECT_EQ(controlNode().picture().openDescriptors, 4U);
+    EXPECT_EQ(controlNode().snapshot().openDescriptors, 4U);
     EXPECT_EQ(sendInit(first), 0);
     EXPECT_EQ(errno, EXDEV);
 
@@ -53,7 +53,7 @@ TEST_F(Interposer, AnswersOnRealDescriptorsOfTheNode) {
         EXPECT_EQ(close(descriptor), 0);
         EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
     }
-    EXPECT_EQ(controlNode().picture().openDescriptors, 0U);
+    EXPECT_EQ(controlNode().snapshot().openDescriptors, 0U);
 }
 
 TEST_F(Interposer, NoticesADoubleCloseAndAUseAfterClose) {
@@ -68,10 +68,10 @@ TEST_F(Interposer, NoticesADoubleCloseAndAUseAfterClose) {
     EXPECT_EQ(errno, EBADF);
     EXPECT_EQ(close(next), 0);
 
-    const DriverPicture picture = controlNode().picture();
-    ASSERT_EQ(picture.findings.size(), 2U);
-    EXPECT_EQ(picture.findings[0].finding, "a close of a descriptor that is not open");
-    EXPECT_EQ(picture.findings[1].finding, "a command on a descriptor that is not open");
+    const DriverSnapshot snapshot = controlNode().snapshot();
+    ASSERT_EQ(snapshot.findings.size(), 2U);
+    EXPECT_EQ(snapshot.findings[0].finding, "a close of a descriptor that is not open");
+    EXPECT_EQ(snapshot.findings[1].finding, "a command on a descriptor that is not open");
 }
 
 TEST_F(Interposer, LeavesANumberToWhoeverHasItNow) {
@@ -88,7 +88,7 @@ TEST_F(Interposer, LeavesANumberToWhoeverHasItNow) {
     EXPECT_EQ(close(descriptor), 0);
     EXPECT_EQ(close(ends[0]), 0);
     EXPECT_EQ(close(ends[1]), 0);
-    EXPECT_TRUE(controlNode().picture().findings.empty());
+    EXPECT_TRUE(controlNode().snapshot().findings.empty());
 }
 
 TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
@@ -113,15 +113,15 @@ TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
         EXPECT_EQ(open(other, O_RDONLY), -1) << other;
         EXPECT_EQ(errno, ENOENT) << other;
     }
-    const DriverPicture picture = controlNode().picture();
-    EXPECT_EQ(picture.opens.accepted + picture.opens.refusedAsTold, 0U);
-    EXPECT_EQ(picture.closes.refused, 0U);
+    const DriverSnapshot snapshot = controlNode().snapshot();
+    EXPECT_EQ(snapshot.opens.accepted + snapshot.opens.refusedInjected, 0U);
+    EXPECT_EQ(snapshot.closes.refused, 0U);
 }
 
 TEST_F(Interposer, RefusesAsToldWithoutLeakingADescriptor) {
     const int before = open("/dev/null", O_RDONLY);
     ASSERT_EQ(close(before), 0);
-    controlNode().setMisbehaviour(Misbehaviour::parse("open=EACCES*1, init=EIO"));
+    controlNode().injectFaults(InjectedFaults::parse("open=EACCES*1, init=EIO"));
     EXPECT_EQ(open(VELK_NODE_PATH, O_RDONLY), -1);
     EXPECT_EQ(errno, EACCES);
     const int after = open("/dev/null", O_RDONLY);

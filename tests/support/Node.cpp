@@ -82,28 +82,28 @@ void Node::reset() {
 
 void Node::failNothing() {
     const std::lock_guard lock(mMutex);
-    mMoods.clear();
-    mIsMoody = false;
+    mInjected.clear();
+    mHasInjected = false;
 }
 
 void Node::fail(unsigned what, int error, int times, int64_t result) {
     const std::lock_guard lock(mMutex);
-    mMoods[what] = {times, error, result};
-    mIsMoody = true;
+    mInjected[what] = {times, error, result};
+    mHasInjected = true;
 }
 
-int64_t Node::moody(unsigned what, int64_t result) {
-    if (!mIsMoody.load(kRelaxed)) {
+int64_t Node::injectedOr(unsigned what, int64_t result) {
+    if (!mHasInjected.load(kRelaxed)) {
         return result;
     }
     const std::lock_guard lock(mMutex);
-    const auto mood = mMoods.find(what);
-    if (mood == mMoods.end() || mood->second.times == 0) {
+    const auto injected = mInjected.find(what);
+    if (injected == mInjected.end() || injected->second.times == 0) {
         return result;
     }
-    --mood->second.times;
-    errno = mood->second.error;
-    return mood->second.result;
+    --injected->second.times;
+    errno = injected->second.error;
+    return injected->second.result;
 }
 
 std::vector<int> Node::openDescriptors() const {
@@ -128,7 +128,7 @@ bool Node::serves(int fd) const {
 int Node::onOpen(const char* path, int flags, unsigned mode) {
     const Side side(false);
     const bool isNode = isNodePath(path);
-    auto fd = static_cast<int>(moody(isNode ? kOpenNode : kOpenDump, 0));
+    auto fd = static_cast<int>(injectedOr(isNode ? kOpenNode : kOpenDump, 0));
     if (fd >= 0) {
         fd = mNext.fetch_add(1, kRelaxed);
         mOpens.fetch_add(1, kRelaxed);
@@ -162,7 +162,7 @@ int Node::onIoctl(int fd, unsigned long request, const void* record) {
         return -1;
     }
     mCommands.fetch_add(1, kRelaxed);
-    const auto result = static_cast<int>(moody(number, 0));
+    const auto result = static_cast<int>(injectedOr(number, 0));
     if (observer) {
         observer(number, record, result);
     }
@@ -187,14 +187,14 @@ int Node::onClose(int fd) {
         recorder().violation("close of what is not open: " + std::to_string(fd));
     }
     recorder().record(kNode, "close " + std::to_string(fd));
-    return static_cast<int>(moody(kClose, 0));
+    return static_cast<int>(injectedOr(kClose, 0));
 }
 
 int64_t Node::onWrite(int fd, const void* bytes, size_t size) {
     const Side side(false);
     std::string text(static_cast<const char*>(bytes), size);
     text.ends_with('\n') ? text.pop_back() : text.push_back('$');
-    const int64_t result = moody(kWrite, static_cast<int64_t>(size));
+    const int64_t result = injectedOr(kWrite, static_cast<int64_t>(size));
     recorder().record(kNode, "write " + std::to_string(fd) + ' ' + std::to_string(size) + " = " +
                                      std::to_string(result) + '\n' + text);
     return result;

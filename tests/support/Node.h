@@ -44,19 +44,19 @@ class Node {
 
   private:
     enum State : uint8_t { kNeverOpened, kOpen, kClosed };
-    struct Mood {
+    struct InjectedResult {
         int times;
         int error;
         int64_t result;
     };
 
     bool isOpen(int fd) const;
-    // What the call gives instead of `result` in the present mood.
-    int64_t moody(unsigned what, int64_t result);
+    // What the call gives instead of `result` while a fault is injected.
+    int64_t injectedOr(unsigned what, int64_t result);
 
     std::mutex mMutex;
-    std::map<unsigned, Mood> mMoods;
-    std::atomic<bool> mIsMoody = false;
+    std::map<unsigned, InjectedResult> mInjected;
+    std::atomic<bool> mHasInjected = false;
     std::atomic<int> mNext = kFirstDescriptor;
     std::atomic<size_t> mOpens = 0;
     std::atomic<uint64_t> mCommands = 0;

@@ -4,9 +4,9 @@
  *
  *   == NAME             begins a scenario; each is a test
  *   > CALL ARGUMENT...  calls an operation, "T> ..." on a thread of its own
- *   ! CHANGE ...        changes the world: properties, tuning data, the node's mood, what is shown
- *   # ...               a remark
- *   anything else       what was heard since the last such lines; "nothing" for nothing
+ *   ! CHANGE ...        changes the world: properties, tuning data, the node's injected faults,
+ * what is shown # ...               a remark anything else       what was heard since the last such
+ * lines; "nothing" for nothing
  *
  * Calls and changes are listed in ScriptCommands.cpp; what a transcript looks like in Recorder.h.
  */

@@ -177,27 +177,27 @@ TEST(FailureJudge, KnowsWhatFollowsFromARefusedNode) {
         ReceivedCommand command;
         command.call = call;
         command.verdict = verdict;
-        return judge.isFailureAsTold(operation, {&command, 1});
+        return judge.isFailureInjected(operation, {&command, 1});
     };
     const MarkCriticalCall mark;
-    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
-    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold, mark));
-    EXPECT_TRUE(judge.isFailureAsTold(mark, {}));
+    EXPECT_FALSE(judge.isFailureInjected(mark, {}));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::InjectedRefusal, mark));
+    EXPECT_TRUE(judge.isFailureInjected(mark, {}));
     EXPECT_FALSE(after(DriverCall::Open, Verdict::Accepted, mark));
-    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
-    EXPECT_TRUE(after(DriverCall::Command, Verdict::RefusedAsTold, mark));
+    EXPECT_FALSE(judge.isFailureInjected(mark, {}));
+    EXPECT_TRUE(after(DriverCall::Command, Verdict::InjectedRefusal, mark));
     EXPECT_FALSE(after(DriverCall::Command, Verdict::Refused, mark));
-    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
+    EXPECT_FALSE(judge.isFailureInjected(mark, {}));
     // A second descriptor is refused, and the first one is still there.
-    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold, mark));
-    EXPECT_FALSE(judge.isFailureAsTold(mark, {}));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::InjectedRefusal, mark));
+    EXPECT_FALSE(judge.isFailureInjected(mark, {}));
     EXPECT_TRUE(after(DriverCall::Close, Verdict::Accepted, mark));
     // A refused init leaves the library down, whatever else is open.
-    EXPECT_TRUE(after(DriverCall::Open, Verdict::RefusedAsTold, InitCall()));
+    EXPECT_TRUE(after(DriverCall::Open, Verdict::InjectedRefusal, InitCall()));
     EXPECT_TRUE(after(DriverCall::Open, Verdict::Accepted, mark));
-    EXPECT_TRUE(judge.isFailureAsTold(VSyncCall(), {}));
-    EXPECT_FALSE(judge.isFailureAsTold(InitCall(), {}));
-    EXPECT_FALSE(judge.isFailureAsTold(VSyncCall(), {}));
+    EXPECT_TRUE(judge.isFailureInjected(VSyncCall(), {}));
+    EXPECT_FALSE(judge.isFailureInjected(InitCall(), {}));
+    EXPECT_FALSE(judge.isFailureInjected(VSyncCall(), {}));
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ TEST_F(Replay, FailuresAsToldAreToldFromOthers) {
         for (std::string word; words >> word;) {
             found += word + " ";
         }
-        EXPECT_EQ(found, std::string("Calls that returned -1 as told unexpected ") + c.failures);
+        EXPECT_EQ(found, std::string("Calls that returned -1 injected unexpected ") + c.failures);
         EXPECT_EQ(outcome.status, 0) << c.driver;
     }
 }
@@ -47,7 +47,7 @@ TEST_F(Replay, TellsRefusedAndReplayedRegistrations) {
                                         std::string(kInit) + kStart + kStart + kUninit);
     EXPECT_NE(outcome.out.find("  1 accepted, 2 refused, 1 of these replayed\n"), std::string::npos)
             << outcome.out;
-    EXPECT_NE(outcome.out.find("taskName=\"SCALE\"  <- EINVAL, as told\n"), std::string::npos);
+    EXPECT_NE(outcome.out.find("taskName=\"SCALE\"  <- EINVAL, injected\n"), std::string::npos);
 }
 
 TEST_F(Replay, AMalformedLineEndsItAndThePlayedPartIsReported) {

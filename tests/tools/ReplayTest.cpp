@@ -54,7 +54,7 @@ constexpr const char* kSummary =
         R"(Session standard input
   10 calls on 3 threads, 0.003 s recorded, played in 0
 
-Commands                accepted     noted   refused   as told
+Commands                accepted     noted   refused  injected
      open                      1         0         0         0
   27 init                      1         0         0         0
   28 taskInit                  2         0         0         0
@@ -74,7 +74,7 @@ Tasks                     starts     ended target us   mean us    max us  over t
 Registrations
   2 accepted, 0 refused, 0 of these replayed
 
-Calls that returned -1                       as told  unexpected
+Calls that returned -1                      injected  unexpected
   notifyTaskEnd                                    0           1  first in line 8
 
 Still active at the end
@@ -83,7 +83,7 @@ Still active at the end
   video is in a critical span of value 320 since 2.200 ms
 )";
 
-TEST_F(Replay, PrintsEveryCommandAndTheSum) {
+TEST_F(Replay, PrintsEveryCommandAndTheSummary) {
     const ToolOutcome outcome = runTool(with({}), kSession);
     EXPECT_EQ(normalise(outcome.out), std::string(kTable) + "\n" + kSummary);
     EXPECT_EQ(outcome.err, "");
@@ -107,18 +107,19 @@ TEST_F(Replay, PrintsJsonLinesThatEndWithTheSum) {
                    "isVIPTask": 1, "extraFlag0": 0, "extraFlag1": 2, "taskName": "RENDER"}})"));
     EXPECT_EQ(rows[4], json::parse(R"({"at_us": 1000, "line": 2, "thread": "preview",
         "call": "notifyTaskStart", "command": "taskStart", "number": 29, "accepted": false,
-        "errno": "EINVAL", "asTold": true, "fields": {"tid": 0, "uniqueTaskId": 1}})"));
+        "errno": "EINVAL", "injected": true, "fields": {"tid": 0, "uniqueTaskId": 1}})"));
     EXPECT_EQ(rows[5], json::parse(R"({"at_us": 1000, "line": 2, "thread": "preview",
-        "call": "notifyTaskStart", "returned": -1, "asTold": true})"));
+        "call": "notifyTaskStart", "returned": -1, "injected": true})"));
 
     const json& summary = rows.back().at("summary");
     EXPECT_EQ(summary.at("calls"), 10);
     EXPECT_EQ(summary.at("commands").at("taskStart"),
-              json::parse(R"({"accepted": 2, "noted": 0, "refused": 0, "refusedAsTold": 1})"));
-    EXPECT_EQ(summary.at("operations").at("notifyTaskEnd"),
-              json::parse(R"({"calls": 2, "failedAsTold": 0, "failed": 1, "firstFailedLine": 8})"));
+              json::parse(R"({"accepted": 2, "noted": 0, "refused": 0, "refusedInjected": 1})"));
+    EXPECT_EQ(
+            summary.at("operations").at("notifyTaskEnd"),
+            json::parse(R"({"calls": 2, "failedInjected": 0, "failed": 1, "firstFailedLine": 8})"));
     EXPECT_EQ(summary.at("operations").at("notifyTaskStart"),
-              json::parse(R"({"calls": 3, "failedAsTold": 1, "failed": 0})"));
+              json::parse(R"({"calls": 3, "failedInjected": 1, "failed": 0})"));
     EXPECT_EQ(summary.at("tasks")[1],
               json::parse(R"({"task": 5, "name": "RENDER", "starts": 1, "ends": 0,
                   "targetTimeUs": 5, "totalRunUs": 0, "longestRunUs": 0, "overTarget": 0})"));

@@ -2,15 +2,15 @@
 
 namespace desk {
 
-bool FailureJudge::isFailureAsTold(const Operation& operation,
-                                   std::span<const ReceivedCommand> commands) {
-    bool isRefusedAsTold = false;
+bool FailureJudge::isFailureInjected(const Operation& operation,
+                                     std::span<const ReceivedCommand> commands) {
+    bool isRefusalInjected = false;
     bool isOpenDenied = false;
     for (const ReceivedCommand& command : commands) {
-        const bool isAsTold = command.verdict == Verdict::RefusedAsTold;
-        isRefusedAsTold = isRefusedAsTold || isAsTold;
+        const bool isInjected = command.verdict == Verdict::InjectedRefusal;
+        isRefusalInjected = isRefusalInjected || isInjected;
         if (command.call == DriverCall::Open) {
-            mIsNodeDenied = isOpenDenied = isAsTold;
+            mIsNodeDenied = isOpenDenied = isInjected;
             mOpenDescriptors += isRefusal(command.verdict) ? 0U : 1U;
         } else if (command.call == DriverCall::Close && !isRefusal(command.verdict)) {
             --mOpenDescriptors;
@@ -19,7 +19,7 @@ bool FailureJudge::isFailureAsTold(const Operation& operation,
     if (std::holds_alternative<InitCall>(operation)) {
         mIsInitDenied = isOpenDenied;
     }
-    return isRefusedAsTold || mIsInitDenied || (mIsNodeDenied && mOpenDescriptors == 0);
+    return isRefusalInjected || mIsInitDenied || (mIsNodeDenied && mOpenDescriptors == 0);
 }
 
 }  // namespace desk

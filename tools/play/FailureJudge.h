@@ -11,14 +11,14 @@
 namespace desk {
 
 /*
- * A call fails as told when the driver refused something of that very call because it was told to.
- * What follows from a refused opening of the node is as told too: nothing can be reached until the
+ * A call fails injected when the driver refused something of that very call because it was told to.
+ * What follows from a refused opening of the node is injected too: nothing can be reached until the
  * node is open, and the library is down when it was `init` that could not open it.
  */
 class FailureJudge {
   public:
-    // Takes in what the driver received during a call. True when its failure would be as told.
-    bool isFailureAsTold(const Operation& operation, std::span<const ReceivedCommand> commands);
+    // Takes in what the driver received during a call. True when its failure would be injected.
+    bool isFailureInjected(const Operation& operation, std::span<const ReceivedCommand> commands);
 
   private:
     size_t mOpenDescriptors = 0;

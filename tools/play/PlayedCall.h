@@ -30,8 +30,8 @@ struct PlayedCall {
     const SessionCall* call = nullptr;
     std::string_view thread;
     int result = 0;
-    bool isFailureAsTold = false;  // failed because the driver was told to refuse
-    int64_t startNs = 0;           // of the session clock
+    bool isFailureInjected = false;  // failed because the driver was told to refuse
+    int64_t startNs = 0;             // of the session clock
     int64_t endNs = 0;
     std::span<const ReceivedCommand> commands;
 };

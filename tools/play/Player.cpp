@@ -15,8 +15,8 @@ namespace desk {
 namespace {
 
 /*
- * Threads that run strictly in turn pass it on far cheaper when they share a CPU: no other one has
- * to be woken. The reader keeps the rest.
+ * One thread plays at a time, and waking the next one is far cheaper when both share a CPU: no idle
+ * CPU has to be woken. The reader keeps the other CPUs.
  */
 std::optional<size_t> chooseSharedCpu() {
     cpu_set_t allowed;
@@ -35,7 +35,7 @@ void moveToCpu(size_t cpu) {
     cpu_set_t only;
     CPU_ZERO(&only);
     CPU_SET(cpu, &only);
-    // Without it the turn is passed on all the same, only slower.
+    // Best effort: without it the session plays all the same, only slower.
     static_cast<void>(pthread_setaffinity_np(pthread_self(), sizeof only, &only));
 }
 
@@ -44,7 +44,7 @@ void moveToCpu(size_t cpu) {
 struct Player::Worker {
     std::string name;
     uint32_t number = 0;
-    Turn turn;
+    Semaphore isNext;
     std::thread thread;
 };
 
@@ -63,12 +63,12 @@ Player::~Player() {
 
 PlayResult Player::play() {
     try {
-        passTurn();
+        wakeNext();
     } catch (...) {
         mException = std::current_exception();
         finish();
     }
-    mFinished.await();
+    mFinished.wait();
     for (const auto& worker : mWorkers) {
         worker->thread.join();
     }
@@ -91,16 +91,16 @@ void Player::work(Worker& self) {
     if (mCpu) {
         moveToCpu(*mCpu);
     }
-    self.turn.await();
+    self.isNext.wait();
     while (!mIsFinished) {
         try {
             playWhileMine(self);
-            passTurn();
+            wakeNext();
         } catch (...) {
             mException = std::current_exception();
             finish();
         }
-        self.turn.await();
+        self.isNext.wait();
     }
 }
 
@@ -125,16 +125,16 @@ void Player::playCall(const Worker& self, const SessionCall& call) {
     played.result = runCall(call.operation);
     played.endNs = mClock.endCall();
     played.commands = mCollector->commands();
-    played.isFailureAsTold =
-            mJudge.isFailureAsTold(call.operation, played.commands) && played.result != 0;
+    played.isFailureInjected =
+            mJudge.isFailureInjected(call.operation, played.commands) && played.result != 0;
     for (CallListener* listener : mListeners) {
         listener->onCall(played);
     }
 }
 
-void Player::passTurn() {
+void Player::wakeNext() {
     if (const SessionCall* call = nextCall()) {
-        mWorkers[call->thread]->turn.give();
+        mWorkers[call->thread]->isNext.post();
     } else {
         finish();
     }
@@ -143,9 +143,9 @@ void Player::passTurn() {
 void Player::finish() {
     mIsFinished = true;
     for (const auto& worker : mWorkers) {
-        worker->turn.give();
+        worker->isNext.post();
     }
-    mFinished.give();
+    mFinished.post();
 }
 
 const SessionCall* Player::nextCall() {

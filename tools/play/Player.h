@@ -18,8 +18,8 @@
 #include "play/CommandCollector.h"
 #include "play/FailureJudge.h"
 #include "play/PlayedCall.h"
+#include "play/Semaphore.h"
 #include "play/SessionClock.h"
-#include "play/Turn.h"
 #include "session/BlockQueue.h"
 
 namespace desk {
@@ -45,11 +45,11 @@ class Player {
   private:
     struct Worker;
 
-    // Everything below but stop and its guards belongs to the thread that has the turn.
+    // Everything below but stop and its guards belongs to the one thread that is playing.
     void work(Worker& self);
     void playWhileMine(const Worker& self);
     void playCall(const Worker& self, const SessionCall& call);
-    void passTurn();
+    void wakeNext();
     void finish();
     // The call to be played next, of the next block if need be. Null at the end.
     const SessionCall* nextCall();
@@ -73,7 +73,7 @@ class Player {
     PlayResult mResult;
     std::exception_ptr mException;
     bool mIsFinished = false;
-    Turn mFinished;
+    Semaphore mFinished;
 
     std::atomic<bool> mIsStopping = false;
     std::mutex mStopMutex;

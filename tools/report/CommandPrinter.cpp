@@ -98,7 +98,7 @@ void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedComma
                                   verdict, describeFields(command));
     if (isRefusal(command.verdict)) {
         row += fmt::format("  <- {}{}", errorName(command.error),
-                           command.verdict == Verdict::RefusedAsTold ? ", as told" : "");
+                           command.verdict == Verdict::InjectedRefusal ? ", injected" : "");
     }
     if (*command.finding != '\0') {
         row += fmt::format("  <- {}", command.finding);
@@ -110,7 +110,7 @@ void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedComma
 void CommandPrinter::printTableFailure(const PlayedCall& played) {
     const std::string what =
             fmt::format("{} in line {}{}", operationName(played.call->operation), played.call->line,
-                        played.isFailureAsTold ? ", as told" : "");
+                        played.isFailureInjected ? ", injected" : "");
     fmt::print(mOutput, kRowFormat, timeMs(played), played.thread, "-", "returned -1", what);
     fmt::print(mOutput, "\n");
 }
@@ -127,7 +127,7 @@ void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCo
     row["accepted"] = !isRefusal(command.verdict);
     if (isRefusal(command.verdict)) {
         row["errno"] = errorName(command.error);
-        row["asTold"] = command.verdict == Verdict::RefusedAsTold;
+        row["injected"] = command.verdict == Verdict::InjectedRefusal;
     }
     if (*command.finding != '\0') {
         row["finding"] = command.finding;
@@ -138,7 +138,7 @@ void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCo
 void CommandPrinter::printJsonFailure(const PlayedCall& played) {
     ordered_json row = beginJson(played);
     row["returned"] = played.result;
-    row["asTold"] = played.isFailureAsTold;
+    row["injected"] = played.isFailureInjected;
     printJson(mOutput, row);
 }
 

@@ -26,8 +26,8 @@ void Statistics::countCall(const PlayedCall& played) {
     if (played.result == 0) {
         return;
     }
-    if (played.isFailureAsTold) {
-        ++operation.failedAsTold;
+    if (played.isFailureInjected) {
+        ++operation.failedInjected;
     } else if (++operation.failed == 1) {
         operation.firstFailedLine = played.call->line;
     }
@@ -134,7 +134,7 @@ std::vector<CallStatistics> Statistics::byOperation() const {
         }
         // Two overloads are one operation to the reader of a report.
         same->calls += kind.calls;
-        same->failedAsTold += kind.failedAsTold;
+        same->failedInjected += kind.failedInjected;
         if (kind.failed > 0) {
             same->firstFailedLine = same->failed == 0
                                             ? kind.firstFailedLine

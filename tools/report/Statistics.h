@@ -19,7 +19,7 @@ namespace desk {
 struct CallStatistics {
     const char* name = "";
     uint64_t calls = 0;
-    uint64_t failedAsTold = 0;
+    uint64_t failedInjected = 0;
     uint64_t failed = 0;           // unexpectedly
     uint64_t firstFailedLine = 0;  // of these
 };

@@ -6,7 +6,7 @@ namespace desk {
 
 namespace {
 
-std::vector<ActiveRun> activeRunsOf(const Statistics& statistics, const DriverPicture& driver) {
+std::vector<ActiveRun> activeRunsOf(const Statistics& statistics, const DriverSnapshot& driver) {
     std::vector<ActiveRun> runs;
     for (const RunningThread& running : driver.running) {
         ActiveRun run;
@@ -21,7 +21,7 @@ std::vector<ActiveRun> activeRunsOf(const Statistics& statistics, const DriverPi
     return runs;
 }
 
-std::vector<ActiveSpan> activeSpansOf(const Statistics& statistics, const DriverPicture& driver) {
+std::vector<ActiveSpan> activeSpansOf(const Statistics& statistics, const DriverSnapshot& driver) {
     std::vector<ActiveSpan> spans;
     for (const CriticalSpan& span : driver.spans) {
         spans.push_back({statistics.threadName(span.tid), span.criticalValue,
@@ -45,7 +45,7 @@ bool Summary::isAsExpected() const {
 }
 
 Summary summarize(const std::string& session, const Statistics& statistics,
-                  const DriverPicture& driver, const PlayResult& result, double playedSeconds) {
+                  const DriverSnapshot& driver, const PlayResult& result, double playedSeconds) {
     Summary summary;
     summary.session = session;
     summary.calls = statistics.calls();

@@ -1,5 +1,5 @@
 /*
- * The sum of a replay, and how it is told.
+ * The summary of a replay and its formatting.
  */
 #pragma once
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/DriverPicture.h"
+#include "driver/DriverSnapshot.h"
 #include "play/Player.h"
 #include "report/Statistics.h"
 
@@ -36,7 +36,7 @@ struct Summary {
     bool isStopped = false;
     std::optional<std::string> error;
 
-    DriverPicture driver;
+    DriverSnapshot driver;
     std::vector<CallStatistics> operations;
     std::vector<TaskStatistics> tasks;
     std::vector<ActiveRun> activeRuns;
@@ -48,7 +48,7 @@ struct Summary {
 };
 
 Summary summarize(const std::string& session, const Statistics& statistics,
-                  const DriverPicture& driver, const PlayResult& result, double playedSeconds);
+                  const DriverSnapshot& driver, const PlayResult& result, double playedSeconds);
 
 // For people, with a line's end after every line.
 std::string formatSummaryText(const Summary& summary);

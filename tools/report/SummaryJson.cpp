@@ -13,10 +13,10 @@ ordered_json countersToJson(const CallCounters& counters) {
     return {{"accepted", counters.accepted},
             {"noted", counters.noted},
             {"refused", counters.refused},
-            {"refusedAsTold", counters.refusedAsTold}};
+            {"refusedInjected", counters.refusedInjected}};
 }
 
-ordered_json commandsToJson(const DriverPicture& driver) {
+ordered_json commandsToJson(const DriverSnapshot& driver) {
     ordered_json commands = ordered_json::object();
     commands["open"] = countersToJson(driver.opens);
     for (size_t i = 0; i < VELK_COMMANDS.size(); ++i) {
@@ -47,7 +47,7 @@ ordered_json operationsToJson(const std::vector<CallStatistics>& operations) {
     for (const CallStatistics& operation : operations) {
         ordered_json& call = calls[operation.name];
         call = {{"calls", operation.calls},
-                {"failedAsTold", operation.failedAsTold},
+                {"failedInjected", operation.failedInjected},
                 {"failed", operation.failed}};
         if (operation.failed > 0) {
             call["firstFailedLine"] = operation.firstFailedLine;
@@ -90,7 +90,7 @@ ordered_json findingsToJson(const std::vector<FindingCount>& findings) {
 }  // namespace
 
 std::string formatSummaryJson(const Summary& summary) {
-    const DriverPicture& driver = summary.driver;
+    const DriverSnapshot& driver = summary.driver;
     ordered_json body = {{"session", summary.session},
                          {"calls", summary.calls},
                          {"threads", summary.threads},

@@ -37,15 +37,15 @@ void writeHead(Output out, const Summary& summary) {
 }
 
 void writeCounters(Output out, const std::string& name, const CallCounters& counters) {
-    if (counters.accepted + counters.refused + counters.refusedAsTold > 0) {
+    if (counters.accepted + counters.refused + counters.refusedInjected > 0) {
         fmt::format_to(out, "  {:<20}{:>10}{:>10}{:>10}{:>10}\n", name, counters.accepted,
-                       counters.noted, counters.refused, counters.refusedAsTold);
+                       counters.noted, counters.refused, counters.refusedInjected);
     }
 }
 
-void writeCommands(Output out, const DriverPicture& driver) {
+void writeCommands(Output out, const DriverSnapshot& driver) {
     fmt::format_to(out, "\n{:<22}{:>10}{:>10}{:>10}{:>10}\n", "Commands", "accepted", "noted",
-                   "refused", "as told");
+                   "refused", "injected");
     writeCounters(out, "   open", driver.opens);
     for (size_t i = 0; i < VELK_COMMANDS.size(); ++i) {
         writeCounters(out, fmt::format("{} {}", VELK_COMMANDS[i].number, VELK_COMMANDS[i].name),
@@ -70,7 +70,7 @@ void writeTasks(Output out, const std::vector<TaskStatistics>& tasks) {
     }
 }
 
-void writeRegistrations(Output out, const DriverPicture& driver) {
+void writeRegistrations(Output out, const DriverSnapshot& driver) {
     constexpr size_t kTaskInitPlace = 1;
     static_assert(VELK_COMMANDS[kTaskInitPlace].request == VELK_IOC_TASK_INIT);
     fmt::format_to(out, "\nRegistrations\n  {} accepted, {} refused, {} of these replayed\n",
@@ -79,15 +79,15 @@ void writeRegistrations(Output out, const DriverPicture& driver) {
 }
 
 void writeFailures(Output out, const std::vector<CallStatistics>& operations) {
-    fmt::format_to(out, "\n{:<42}{:>10}{:>12}\n", "Calls that returned -1", "as told",
+    fmt::format_to(out, "\n{:<42}{:>10}{:>12}\n", "Calls that returned -1", "injected",
                    "unexpected");
     bool isNone = true;
     for (const CallStatistics& operation : operations) {
-        if (operation.failed + operation.failedAsTold == 0) {
+        if (operation.failed + operation.failedInjected == 0) {
             continue;
         }
         isNone = false;
-        fmt::format_to(out, "  {:<40}{:>10}{:>12}", operation.name, operation.failedAsTold,
+        fmt::format_to(out, "  {:<40}{:>10}{:>12}", operation.name, operation.failedInjected,
                        operation.failed);
         if (operation.failed > 0) {
             fmt::format_to(out, "  first in line {}", operation.firstFailedLine);
@@ -101,7 +101,7 @@ void writeFailures(Output out, const std::vector<CallStatistics>& operations) {
 
 void writeActive(Output out, const Summary& summary) {
     fmt::format_to(out, "\nStill active at the end\n");
-    const DriverPicture& driver = summary.driver;
+    const DriverSnapshot& driver = summary.driver;
     if (driver.isInitialised) {
         fmt::format_to(out, "  the library is up\n");
         if (driver.control) {

@@ -29,7 +29,7 @@ namespace desk {
  *     open=EACCES
  *     28=EINVAL*3, slow=taskStart:50us
  */
-struct Misbehaviour {
+struct InjectedFaults {
     static constexpr uint64_t kAlways = std::numeric_limits<uint64_t>::max();
 
     struct Refusal {
@@ -42,7 +42,7 @@ struct Misbehaviour {
     std::array<std::chrono::microseconds, VELK_COMMANDS.size()> delays = {};
 
     // Throws std::invalid_argument, whose text names the item and what was expected there.
-    static Misbehaviour parse(std::string_view text);
+    static InjectedFaults parse(std::string_view text);
 };
 
 }  // namespace desk

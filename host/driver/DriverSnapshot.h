@@ -16,7 +16,7 @@
 
 namespace desk {
 
-struct TaskPicture {
+struct TaskSnapshot {
     VELK_TASK_INIT_PARAM registration = {};  // as last received
     bool isRegistered = false;               // false: every registration of it was refused
     uint64_t starts = 0;                     // accepted ones
@@ -40,7 +40,7 @@ struct CriticalSpan {
 struct CallCounters {
     uint64_t accepted = 0;  // with the noted ones
     uint64_t noted = 0;
-    uint64_t refusedAsTold = 0;
+    uint64_t refusedInjected = 0;
     uint64_t refused = 0;
 };
 
@@ -50,11 +50,11 @@ struct FindingCount {
     uint64_t firstSequence = 0;
 };
 
-struct DriverPicture {
+struct DriverSnapshot {
     bool isInitialised = false;
     size_t openDescriptors = 0;
     std::optional<VELK_INIT_PARAM> init;            // the last accepted one
-    std::vector<TaskPicture> tasks;                 // by unique task id
+    std::vector<TaskSnapshot> tasks;                // by unique task id
     std::vector<RunningThread> running;             // by thread id, then unique task id
     std::vector<CriticalSpan> spans;                // by thread id
     std::optional<VELK_SINGLE_SHOT_PARAM> control;  // merged; the rest as in the last record

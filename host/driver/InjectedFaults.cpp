@@ -1,4 +1,4 @@
-#include "driver/Misbehaviour.h"
+#include "driver/InjectedFaults.h"
 
 #include <fmt/format.h>
 
@@ -64,10 +64,10 @@ int parseErrno(string_view item, string_view name) {
     fail(item, fmt::format("\"{}\" is no errno", name), "a name such as EINVAL");
 }
 
-Misbehaviour::Refusal parseRefusal(string_view item, string_view value) {
+InjectedFaults::Refusal parseRefusal(string_view item, string_view value) {
     const bool isCounted = value.find('*') != string_view::npos;
     const string_view name = cutBefore(value, '*');
-    Misbehaviour::Refusal refusal = {parseErrno(item, name), Misbehaviour::kAlways};
+    InjectedFaults::Refusal refusal = {parseErrno(item, name), InjectedFaults::kAlways};
     if (isCounted) {
         refusal.times = parseNumber(trim(value)).value_or(0);
         if (refusal.times == 0) {
@@ -107,7 +107,7 @@ microseconds parseDuration(string_view item, string_view text) {
     return microseconds(*number * scale);
 }
 
-void parseSlow(string_view item, string_view value, Misbehaviour& result) {
+void parseSlow(string_view item, string_view value, InjectedFaults& result) {
     if (value.find(':') == string_view::npos) {
         result.delays.fill(parseDuration(item, trim(value)));
         return;
@@ -116,9 +116,9 @@ void parseSlow(string_view item, string_view value, Misbehaviour& result) {
     result.delays[command] = parseDuration(item, trim(value));
 }
 
-void parseItem(string_view item, Misbehaviour& result) {
+void parseItem(string_view item, InjectedFaults& result) {
     if (item == "absent") {
-        result.open = {ENOENT, Misbehaviour::kAlways};
+        result.open = {ENOENT, InjectedFaults::kAlways};
         return;
     }
     string_view value = item;
@@ -137,8 +137,8 @@ void parseItem(string_view item, Misbehaviour& result) {
 
 }  // namespace
 
-Misbehaviour Misbehaviour::parse(string_view text) {
-    Misbehaviour result;
+InjectedFaults InjectedFaults::parse(string_view text) {
+    InjectedFaults result;
     if (trim(text).empty()) {
         return result;
     }

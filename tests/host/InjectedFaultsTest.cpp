@@ -4,11 +4,11 @@
 #include <cerrno>
 #include <stdexcept>
 
-#include "driver/Misbehaviour.h"
+#include "driver/InjectedFaults.h"
 
 namespace {
 
-using desk::Misbehaviour;
+using desk::InjectedFaults;
 using testing::AllOf;
 using testing::HasSubstr;
 
@@ -16,8 +16,8 @@ constexpr size_t placeOf(uint32_t number) {
     return number - VELK_COMMANDS.front().number;
 }
 
-TEST(MisbehaviourText, TakesEveryItemAndTheLaterOfTwo) {
-    const Misbehaviour result = Misbehaviour::parse(
+TEST(InjectedFaultsText, TakesEveryItemAndTheLaterOfTwo) {
+    const InjectedFaults result = InjectedFaults::parse(
             "absent, 28=EINVAL*3 ,taskStart = EIO, open=EACCES * "
             "2,anchor=EAGAIN,38=EINTR,36=ENOTSUP,"
             "slow=7ms,slow=29:50us,slow = vsync : 2s");
@@ -26,7 +26,7 @@ TEST(MisbehaviourText, TakesEveryItemAndTheLaterOfTwo) {
     EXPECT_EQ(result.commands[placeOf(28)].error, EINVAL);
     EXPECT_EQ(result.commands[placeOf(28)].times, 3);
     EXPECT_EQ(result.commands[placeOf(29)].error, EIO);
-    EXPECT_EQ(result.commands[placeOf(29)].times, Misbehaviour::kAlways);
+    EXPECT_EQ(result.commands[placeOf(29)].times, InjectedFaults::kAlways);
     EXPECT_EQ(result.commands[placeOf(38)].error, EINTR);
     EXPECT_EQ(result.commands[placeOf(36)].error, ENOTSUP);
     EXPECT_EQ(result.commands[placeOf(27)].error, 0);
@@ -34,9 +34,9 @@ TEST(MisbehaviourText, TakesEveryItemAndTheLaterOfTwo) {
     EXPECT_EQ(result.delays[placeOf(29)], std::chrono::microseconds(50));
     EXPECT_EQ(result.delays[placeOf(33)], std::chrono::seconds(2));
 
-    const Misbehaviour absent = Misbehaviour::parse("absent");
+    const InjectedFaults absent = InjectedFaults::parse("absent");
     EXPECT_EQ(absent.open.error, ENOENT);
-    EXPECT_EQ(absent.open.times, Misbehaviour::kAlways);
+    EXPECT_EQ(absent.open.times, InjectedFaults::kAlways);
 }
 
 struct BadText {
@@ -45,7 +45,7 @@ struct BadText {
     const char* expected;
 };
 
-TEST(MisbehaviourText, SaysWhatIsWrongAndWhatWasExpected) {
+TEST(InjectedFaultsText, SaysWhatIsWrongAndWhatWasExpected) {
     for (const BadText& bad : {
                  BadText{"nonsense", "\"nonsense\": there is no =", "absent, open=ERRNO"},
                  BadText{"28=EINVAL,,29=EIO", "\"\": it is empty", "an item between two commas"},
@@ -66,7 +66,7 @@ TEST(MisbehaviourText, SaysWhatIsWrongAndWhatWasExpected) {
                  BadText{"slow=x:1us", "\"x\" is no command", "a number from 27 to 38"},
          }) {
         try {
-            Misbehaviour::parse(bad.text);
+            InjectedFaults::parse(bad.text);
             ADD_FAILURE() << bad.text << " was taken";
         } catch (const std::invalid_argument& error) {
             EXPECT_THAT(error.what(), AllOf(HasSubstr("driver item \""), HasSubstr(bad.item),

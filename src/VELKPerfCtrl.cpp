@@ -273,7 +273,7 @@ bool isTaskValid(VELKRescManagement& resource, const int& task) {
             convertor != nullptr ? convertor->getTaskTargetTime(task) : kUnknownTargetTime;
     const int32_t defaultUclamp =
             convertor != nullptr ? convertor->getTaskDefaultUclamp(task) : kUnknownDefaultUclamp;
-    if (targetTime > 0 && defaultUclamp > 0) [[likely]] {
+    if (targetTime > 0 && defaultUclamp > 0) {
         return true;
     }
     VELK_LOGD("task: %d invalid, target time: %d, defaultuclamp: %d", task,
@@ -358,12 +358,12 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
         });
         VELK_LOGD("[%s] isFirstShowUp: %d, uniqueId: %u", "notifyTaskStart", isFirstShowUp,
                   record.uniqueTaskId);
-        if (isFirstShowUp) [[unlikely]] {
+        if (isFirstShowUp) {
             registerTask(resource, task, record.uniqueTaskId, extra);
         }
         forgetPair.dismiss();
     }
-    if (resource.taskErrors().isInErrorList(record.uniqueTaskId)) [[unlikely]] {
+    if (resource.taskErrors().isInErrorList(record.uniqueTaskId)) {
         replayRegistration(resource, record.uniqueTaskId);
     }
 
@@ -393,7 +393,7 @@ int VELKMachine::notifyTaskEnd(const void* key, int task) {
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
     record.uniqueTaskId = resource.uniqueTaskIdOf(key, task, isFirstShowUp);
-    if (isFirstShowUp) [[unlikely]] {
+    if (isFirstShowUp) {
         // The look-up has just made an id for a pair that never started.
         const Rollback forgetPair([&]() noexcept { resource.removeUniqueTaskId(key, task); });
         VELK_LOGW("notifyTaskEnd should not called before notifyTaskStart,curTask: %d", task);
@@ -576,7 +576,7 @@ namespace {
 
 // Whether the tuning data knows the task of a critical span.
 inline bool isCriticalTaskKnown(const VELKRescManagement& resource, int task) {
-    if (resource.defaultUclampOf(task) > 0) [[likely]] {
+    if (resource.defaultUclampOf(task) > 0) {
         return true;
     }
     VELK_LOGD_GATED("task: %d invalid", task);

@@ -43,7 +43,7 @@ class VELK_INTERNAL ActiveCalls {
     uint32_t enter() noexcept {
         for (;;) {
             const uint32_t counter = mOpenCounter.load();
-            if (++mInside[counter] > 0) [[likely]] {
+            if (++mInside[counter] > 0) {
                 return counter;
             }
             // The counter was closed meanwhile, and somebody may be waiting for it to run empty.
@@ -52,7 +52,7 @@ class VELK_INTERNAL ActiveCalls {
     }
 
     void leave(uint32_t counter) noexcept {
-        if (--mInside[counter] < 0) [[unlikely]] {
+        if (--mInside[counter] < 0) {
             wakeWaiter(counter);
         }
     }

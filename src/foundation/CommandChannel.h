@@ -31,7 +31,7 @@ VELK_INTERNAL void reportInvalidDescriptor() __attribute__((cold));
 
 // Whether the descriptor can carry a command; warns when not.
 VELK_INTERNAL inline bool checkIOctlValid(int fd) {
-    if (fd >= 0) [[likely]] {
+    if (fd >= 0) {
         return true;
     }
     reportInvalidDescriptor();
@@ -45,7 +45,7 @@ VELK_INTERNAL bool reportRefusedCommand(int result) __attribute__((cold));
 
 // The first step of a send: says in the debug log which command follows.
 VELK_INTERNAL inline void announceCommand(uint32_t request) {
-    if (isDebugLogEnabled()) [[unlikely]] {
+    if (isDebugLogEnabled()) {
         logCommand(request);
     }
 }

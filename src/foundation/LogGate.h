@@ -79,7 +79,7 @@ VELK_INTERNAL void writeULogger(ULogger& logger, LogLevel level, const char* for
 // pays for the test alone.
 #define VELK_LOG_TO_SINKS(level, androidWrite, ...)              \
     do {                                                         \
-        if (passesLogLevel(level)) [[unlikely]] {                \
+        if (passesLogLevel(level)) {                             \
             [&]() __attribute__((noinline, cold)) {              \
                 const ErrnoKeeper errnoKeeper;                   \
                 if (isAndroidLogSelected()) {                    \

@@ -10,7 +10,7 @@ void ActiveValues::grow(size_t count) {
 void ActiveValues::insert(int64_t value) noexcept {
     const bool isLargest = mSorted.empty() || mSorted.back() <= value;
     mSorted.push_back(value);
-    if (!isLargest) [[unlikely]] {
+    if (!isLargest) {
         moveLastIntoPlace();
     }
 }
@@ -40,7 +40,7 @@ size_t ActiveValues::eraseAll(int64_t value) noexcept {
     while (!mSorted.empty() && mSorted.back() == value) {
         mSorted.pop_back();
     }
-    if (mSorted.size() == before) [[unlikely]] {
+    if (mSorted.size() == before) {
         const auto equals = std::equal_range(mSorted.begin(), mSorted.end(), value);
         mSorted.erase(equals.first, equals.second);
     }

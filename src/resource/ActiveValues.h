@@ -23,7 +23,7 @@ class VELK_INTERNAL ActiveValues {
 
     // Makes room for `count` more values; only this may allocate.
     void makeRoom(size_t count) {
-        if (count > mSorted.capacity() - mSorted.size()) [[unlikely]] {
+        if (count > mSorted.capacity() - mSorted.size()) {
             grow(count);
         }
     }

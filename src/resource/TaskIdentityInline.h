@@ -10,7 +10,7 @@
 inline unsigned VELKRescManagement::uniqueTaskIdOf(const void* key, int task, bool& isFirstShowUp) {
     const std::lock_guard<std::mutex> lock(mUniqueTaskIdMutex);
     const auto known = mUniqueTaskIds.find({reinterpret_cast<intptr_t>(key), task});
-    if (known != mUniqueTaskIds.end()) [[likely]] {
+    if (known != mUniqueTaskIds.end()) {
         return known->second;
     }
     return addUniqueTaskId(key, task, isFirstShowUp);
@@ -25,7 +25,7 @@ inline void VELKRescManagement::recordTaskStart(int task, unsigned uniqueTaskId,
     const std::lock_guard<std::mutex> lock(mTaskStateMutex);
     logTaskStateSize(task);
     const TaskState started = {true, tid, static_cast<int32_t>(uniqueTaskId)};
-    if (const auto state = mTaskState.find(task); state != mTaskState.end()) [[likely]] {
+    if (const auto state = mTaskState.find(task); state != mTaskState.end()) {
         for (TaskState& slot : state->second) {
             if (!slot.isActive) {
                 slot = started;
@@ -39,7 +39,7 @@ inline void VELKRescManagement::recordTaskStart(int task, unsigned uniqueTaskId,
 inline void VELKRescManagement::recordTaskEnd(int task, unsigned uniqueTaskId) {
     const std::lock_guard<std::mutex> lock(mTaskStateMutex);
     logTaskStateSize(task);
-    if (const auto state = mTaskState.find(task); state != mTaskState.end()) [[likely]] {
+    if (const auto state = mTaskState.find(task); state != mTaskState.end()) {
         for (TaskState& slot : state->second) {
             if (slot.uniqueTaskId == static_cast<int32_t>(uniqueTaskId)) {
                 slot.isActive = false;
@@ -50,7 +50,7 @@ inline void VELKRescManagement::recordTaskEnd(int task, unsigned uniqueTaskId) {
 
 inline unsigned VELKRescManagement::activeTaskIdOf(int task, unsigned tid) {
     const std::lock_guard<std::mutex> lock(mTaskStateMutex);
-    if (const auto state = mTaskState.find(task); state != mTaskState.end()) [[likely]] {
+    if (const auto state = mTaskState.find(task); state != mTaskState.end()) {
         for (const TaskState& slot : state->second) {
             if (slot.tid == tid && slot.isActive) {
                 return static_cast<unsigned>(slot.uniqueTaskId);

@@ -441,19 +441,19 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
         return kFailure;
     }
 
-    const VELKSingleShotControl* pushed = nullptr;
+    uint64_t serial = 0;
     bool isRegistered = false;
     bool isCounted = false;
     if (control.category == kUserCategory) {
-        VELKRescManagement::UserControl copy(1, control);
-        pushed = &copy.front();
-        resource->pushUserSingleShotControl(std::move(copy));
+        VELKRescManagement::DetachedEntry entry;
+        entry.emplace_back(control);
+        serial = resource->pushUserSingleShotControl(std::move(entry));
     } else {
         isCounted = resource->addDefaultSingleShotControl(control);
     }
     // A caller that gets an exception may hand the same control over again.
     Rollback takeBack([&]() noexcept {
-        resource->takeBackSingleShotControl(control, pushed, isRegistered);
+        resource->takeBackSingleShotControl(control, serial, isRegistered);
         if (isCounted) {
             resource->takeBackDefaultSingleShotControl(control.category);
         }
@@ -486,16 +486,17 @@ namespace {
 
 // The newest handed-over control, taken off the stack, or the control of a category. Empty when
 // there is none.
-VELKRescManagement::UserControl takeControlToReset(VELKRescManagement& resource, int category) {
+VELKRescManagement::DetachedEntry takeControlToReset(VELKRescManagement& resource, int category) {
     if (category == kUserCategory) {
         return resource.popUserSingleShotControl();
     }
-    VELKRescManagement::UserControl control(1);
-    if (!resource.getSingleShotSetting(category, control.front())) {
+    VELKRescManagement::DetachedEntry entry;
+    entry.emplace_back(VELKSingleShotControl{});
+    if (!resource.getSingleShotSetting(category, entry.front().control)) {
         VELK_LOGE("notifyResetSingleShotControl", "Single shot setting of %d not found", category);
-        control.clear();
+        entry.clear();
     }
-    return control;
+    return entry;
 }
 
 }  // namespace
@@ -509,11 +510,11 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     VELK_LOGD("VELK::notifyResetSingleShotControl:%d", category);
     const TraceSection section("VELK::notifyResetSingleShotControl");
 
-    VELKRescManagement::UserControl taken = takeControlToReset(resource, category);
+    VELKRescManagement::DetachedEntry taken = takeControlToReset(resource, category);
     if (taken.empty()) {
         return kFailure;
     }
-    const VELKSingleShotControl& control = taken.front();
+    const VELKSingleShotControl& control = taken.front().control;
     if (!isValidSingleShotControl(control)) {
         VELK_LOGE("notifyResetSingleShotControl", "Not valid single shot control");
         return kFailure;
@@ -521,7 +522,7 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     // A caller that gets an exception may reset again: the control is then still there.
     Rollback keepControl([&]() noexcept {
         if (category == kUserCategory) {
-            resource.pushUserSingleShotControl(std::move(taken));
+            resource.putBackUserSingleShotControl(std::move(taken));
         }
     });
     const WithdrawnCounts withdrawn = resource.unregisterSingleShotControl(control);

@@ -16,19 +16,26 @@ int32_t largerOf(int32_t floor, const ActiveValues& values) {
 
 }  // namespace
 
-void VELKRescManagement::pushUserSingleShotControl(UserControl&& control) noexcept {
+uint64_t VELKRescManagement::pushUserSingleShotControl(DetachedEntry&& entry) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    mUserSingleShotControls.splice(mUserSingleShotControls.end(), control);
+    entry.front().serial = ++mLastSerial;
+    mUserSingleShotControls.splice(mUserSingleShotControls.end(), entry);
+    return mLastSerial;
 }
 
-VELKRescManagement::UserControl VELKRescManagement::popUserSingleShotControl() {
+VELKRescManagement::DetachedEntry VELKRescManagement::popUserSingleShotControl() {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    UserControl newest;
+    DetachedEntry newest;
     if (!mUserSingleShotControls.empty()) {
         newest.splice(newest.end(), mUserSingleShotControls,
                       std::prev(mUserSingleShotControls.end()));
     }
     return newest;
+}
+
+void VELKRescManagement::putBackUserSingleShotControl(DetachedEntry&& entry) noexcept {
+    const std::lock_guard<std::mutex> lock(mResourceLock);
+    mUserSingleShotControls.splice(mUserSingleShotControls.end(), entry);
 }
 
 // Visits the values that the control contributes, each with the multiset it belongs to. The
@@ -77,15 +84,13 @@ void VELKRescManagement::registerSingleShotControl(const VELKSingleShotControl& 
 }
 
 void VELKRescManagement::takeBackSingleShotControl(const VELKSingleShotControl& control,
-                                                   const VELKSingleShotControl* pushed,
-                                                   bool isRegistered) noexcept {
+                                                   uint64_t serial, bool isRegistered) noexcept {
     const std::lock_guard<std::mutex> lock(mResourceLock);
-    if (pushed != nullptr) {
+    if (serial != 0) {
         const auto position =
                 std::find_if(mUserSingleShotControls.begin(), mUserSingleShotControls.end(),
-                             [pushed](const auto& other) { return &other == pushed; });
+                             [serial](const StackEntry& entry) { return entry.serial == serial; });
         if (position == mUserSingleShotControls.end()) {
-            // A reset has withdrawn it meanwhile, with its values.
             return;
         }
         mUserSingleShotControls.erase(position);

@@ -153,23 +153,32 @@ class VELK_INTERNAL VELKRescManagement {
 
     // --- Active single-shot controls (ActiveSingleShots.cpp) -------------------------------------
 
-    // A control on its way onto the stack of handed-over controls or off it. Moving it between
-    // lists neither copies nor fails.
-    using UserControl = std::list<VELKSingleShotControl>;
+    // An entry of the stack of handed-over controls. Its serial number tells it from an entry that
+    // is pushed later, which may come to lie at the same address.
+    struct StackEntry {
+        explicit StackEntry(const VELKSingleShotControl& handedOver) : control(handedOver) {}
+        VELKSingleShotControl control;
+        uint64_t serial = 0;
+    };
+    // Holds one entry while it is moved onto the stack or off it, or none. Moving an entry between
+    // lists neither copies it nor fails.
+    using DetachedEntry = std::list<StackEntry>;
 
-    // Puts the one control of the list on top of the stack.
-    void pushUserSingleShotControl(UserControl&& control) noexcept VELK_EXCLUDES(mResourceLock);
-    // Takes the newest control off the stack; an empty list when there is none.
-    UserControl popUserSingleShotControl() VELK_EXCLUDES(mResourceLock);
+    // Pushes the entry and returns its serial number, which is never 0.
+    uint64_t pushUserSingleShotControl(DetachedEntry&& entry) noexcept VELK_EXCLUDES(mResourceLock);
+    // Takes the newest entry off the stack; an empty list when there is none.
+    DetachedEntry popUserSingleShotControl() VELK_EXCLUDES(mResourceLock);
+    // Pushes an entry that was popped, with the serial number that it has.
+    void putBackUserSingleShotControl(DetachedEntry&& entry) noexcept VELK_EXCLUDES(mResourceLock);
 
     // Adds the control's values to the active ones; all or none.
     void registerSingleShotControl(const VELKSingleShotControl& control)
             VELK_EXCLUDES(mResourceLock);
-    // Undoes a notification that failed halfway: takes the control off the stack when it was pushed
-    // there, and its values out when they were added. No effect when a reset has done both.
-    void takeBackSingleShotControl(const VELKSingleShotControl& control,
-                                   const VELKSingleShotControl* pushed, bool isRegistered) noexcept
-            VELK_EXCLUDES(mResourceLock);
+    // Undoes a notification that failed halfway: removes the stack entry with this serial number, 0
+    // for none, and the control's values when they were added. No effect when a reset has popped
+    // the entry meanwhile, which has removed the values too.
+    void takeBackSingleShotControl(const VELKSingleShotControl& control, uint64_t serial,
+                                   bool isRegistered) noexcept VELK_EXCLUDES(mResourceLock);
     // Removes the control's values and all their equals; all or none.
     WithdrawnCounts unregisterSingleShotControl(const VELKSingleShotControl& control)
             VELK_EXCLUDES(mResourceLock);
@@ -261,7 +270,8 @@ class VELK_INTERNAL VELKRescManagement {
     std::map<int, DefaultControl> mDefaultSingleShotTable VELK_GUARDED_BY(mSettingsLock);
     std::mutex mSettingsLock;
 
-    std::list<VELKSingleShotControl> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);
+    std::list<StackEntry> mUserSingleShotControls VELK_GUARDED_BY(mResourceLock);
+    uint64_t mLastSerial VELK_GUARDED_BY(mResourceLock) = 0;
     std::array<ActiveValues, 8> mActiveUclampLevels VELK_GUARDED_BY(mResourceLock);
     ActiveValues mActivePercentLevels VELK_GUARDED_BY(mResourceLock);
     ActiveValues mActiveLimits VELK_GUARDED_BY(mResourceLock);

@@ -168,6 +168,32 @@ TEST_F(LifetimeTest, FailedNotificationsLeaveNoDefaultBehind) {
     EXPECT_EQ(0, control(5));
 }
 
+// While a refusal is logged, another thread resets the control and hands over one of its own, which
+// the allocator puts at the same address. What the logger throws then must not remove that one.
+TEST_F(LifetimeTest, FailedNotificationRemovesNobodyElsesControl) {
+    up();
+    node().fail(35, EINVAL, 1);
+    recorder().hook = [](const Event& event) {
+        if (event.isULogger && event.text.starts_with("[sendIOCtl]")) {
+            recorder().hook = nullptr;
+            std::thread([] {
+                EXPECT_EQ(0, reset());
+                EXPECT_EQ(0, control(Control{.percentLevel = 7, .auxValue = 2}));
+            }).join();
+            throw std::runtime_error("logger");
+        }
+    };
+    EXPECT_EQ(kThrew, control(Control{.percentLevel = 7, .auxValue = 1}));
+    heard();
+    EXPECT_EQ(0, control(Control{.percentLevel = 3}));
+    EXPECT_EQ(0, reset());
+    EXPECT_EQ(0, reset());
+    hears(R"(ioctl 35 0:tid 36:7 40:-1 328:-1 332:-1 336:-1
+        ioctl 35 0:tid 36:7 40:-1 144:1 328:-1 332:-1 336:-1
+        ioctl 35 0:tid 36:-2 40:-1 44:2 144:1 328:-1 332:-1 336:-1)",
+          kNode);
+}
+
 TEST_F(LifetimeTest, ProcessExitClosesTheNodeUnlessACallIsInside) {
     const auto exitsDuring = [](bool hasCall, int cycles) {
         std::atomic<bool> isInside = !hasCall;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "foundation/CommandTable.h"
 
@@ -37,9 +38,9 @@ struct DriverEvent {
     const void* record = nullptr;          // valid during the notification alone
     size_t recordSize = 0;                 // 0 when the request is none of the table
 
-    int result = 0;            // what the caller gets: -1 when refused; the descriptor of an open
-    int error = 0;             // its errno when refused, else 0
-    const char* finding = "";  // what was odd or at fault, of static storage; else empty
+    int result = 0;       // what the caller gets: -1 when refused; the descriptor of an open
+    int error = 0;        // its errno when refused, else 0
+    std::string finding;  // what was odd or at fault, else empty
 };
 
 /*

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <mutex>
-#include <string_view>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -50,10 +50,10 @@ void note(DriverEvent& event, const char* finding) {
     event.finding = finding;
 }
 
-void refuse(DriverEvent& event, int error, const char* finding) {
+void refuse(DriverEvent& event, int error, std::string finding) {
     event.verdict = Verdict::Refused;
     event.error = error;
-    event.finding = finding;
+    event.finding = std::move(finding);
 }
 
 void injectRefusal(DriverEvent& event, int error) {
@@ -82,7 +82,7 @@ struct DriverModel::State {
     }
 
     void judgeCommand(DriverEvent& event);
-    void judgeKnownCommand(const RecordLayout& layout, DriverEvent& event);
+    void judgeKnownCommand(DriverEvent& event);
     void countFinding(const DriverEvent& event);
     // `judge(event)` decides and does. Returns what the driver answers.
     template <typename Judge>
@@ -99,7 +99,7 @@ int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge
         event.timeNs = nowNs();
         judge(event);
         count(counters, event.verdict);
-        if (*event.finding != '\0') {
+        if (!event.finding.empty()) {
             countFinding(event);
         }
         hearer = observer;
@@ -114,31 +114,30 @@ int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge
 }
 
 void DriverModel::State::countFinding(const DriverEvent& event) {
-    const std::string_view text = event.finding;
-    const auto known = std::ranges::find(totals.findings, text, &FindingCount::finding);
+    const auto known = std::ranges::find(totals.findings, event.finding, &FindingCount::finding);
     if (known != totals.findings.end()) {
         ++known->count;
     } else {
-        totals.findings.push_back({std::string(text), 1, event.sequence});
+        totals.findings.push_back({event.finding, 1, event.sequence});
     }
 }
 
 void DriverModel::State::judgeCommand(DriverEvent& event) {
-    const RecordLayout* layout = findRecordLayout(event.request);
     if (!isOpen(event.descriptor)) {
         refuse(event, EBADF, "a command on a descriptor that is not open");
-    } else if (layout == nullptr) {
+    } else if (event.command == nullptr) {
         refuse(event, ENOTTY, "a request of no known command");
     } else if (event.record == nullptr) {
         refuse(event, EFAULT, "a command without a record");
     } else {
-        judgeKnownCommand(*layout, event);
+        judgeKnownCommand(event);
     }
 }
 
-void DriverModel::State::judgeKnownCommand(const RecordLayout& layout, DriverEvent& event) {
-    if (const char* fault = findRecordFault(layout, event.record, event.tid)) {
-        refuse(event, EINVAL, fault);
+void DriverModel::State::judgeKnownCommand(DriverEvent& event) {
+    std::string fault = findRecordFault(*event.command, event.record, event.tid);
+    if (!fault.empty()) {
+        refuse(event, EINVAL, std::move(fault));
         session.refuse(event.request, event.record, false);
         return;
     }
@@ -199,12 +198,12 @@ int DriverModel::command(int descriptor, uint32_t request, const void* record, u
     event.request = request;
     event.record = record;
     CallCounters* counters = &state.totals.otherRequests;
-    if (const RecordLayout* layout = findRecordLayout(request)) {
-        event.command = layout->command;
-        event.recordSize = layout->command->recordSize;
-        counters = &state.totals.commands[indexOf(*layout->command)];
+    if (const VELKCommand* known = findVELKCommand(request)) {
+        event.command = known;
+        event.recordSize = known->recordSize;
+        counters = &state.totals.commands[indexOf(*known)];
         if (state.isSlow.load(std::memory_order_relaxed)) {
-            state.injectDelay(*layout->command);
+            state.injectDelay(*known);
         }
     }
     return state.handle(event, *counters, [&state](DriverEvent& e) { state.judgeCommand(e); });

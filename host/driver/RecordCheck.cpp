@@ -1,150 +1,123 @@
 #include "driver/RecordCheck.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iterator>
 
+#include "driver/FieldText.h"
 #include "driver/RecordCopy.h"
+#include "driver/RecordDecoder.h"
 
 namespace desk {
 
 namespace {
 
-template <typename Levels>
-bool areLevels(const Levels& levels) {
-    return std::all_of(std::begin(levels), std::end(levels),
-                       [](uint32_t level) { return level <= VELK_MAX_UCLAMP; });
+// --- What the row of a field says
+// ------------------------------------------------------------------
+
+bool isValid(const VELKField& field, int64_t value) {
+    return value >= field.smallest && value <= field.largest;
 }
 
-template <typename Values>
-bool areZero(const Values& values, size_t first) {
-    return std::all_of(std::begin(values) + first, std::end(values),
-                       [](auto value) { return value == 0; });
+std::string findTextFault(const FieldValue& text) {
+    const size_t length = text.text().size();
+    if (!isValid(text.field(), static_cast<int64_t>(length))) {
+        return fmt::format("{} has {} characters, expected {}", text.name(), length,
+                           describeValues(text.field()));
+    }
+    if (text.usedSize() != length) {
+        return fmt::format("{} has bytes behind its end, expected zeros", text.name());
+    }
+    return {};
 }
 
-const char* checkInit(const VELK_INIT_PARAM& record) {
-    if (!areLevels(record.clusterLevels)) {
-        return "a cluster level is above 1024";
+std::string findNumberFault(const FieldValue& numbers) {
+    const VELKField& field = numbers.field();
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        const int64_t value = numbers.number(i);
+        if (!isValid(field, value)) {
+            const std::string place = numbers.isArray() ? fmt::format("[{}]", i) : std::string();
+            return fmt::format("{}{} is {}, expected {}", field.name, place, value,
+                               describeValues(field));
+        }
     }
-    if (record.tuningParam1 <= 0 || record.tuningParam2 <= 0) {
-        return "a tuning parameter is not above 0";
-    }
-    return nullptr;
+    return {};
 }
 
-const char* checkTaskInit(const VELK_TASK_INIT_PARAM& record) {
-    if (record.uniqueTaskId == 0) {
-        return "the task id is 0";
+std::string findFieldFault(const VELKCommand& command, const void* record) {
+    for (const VELKField& field : command.fields) {
+        const FieldValue value(field, record);
+        std::string fault = value.isText() ? findTextFault(value) : findNumberFault(value);
+        if (!fault.empty()) {
+            return fault;
+        }
     }
-    if (record.defaultUclamp < 1 || record.defaultUclamp > VELK_MAX_UCLAMP) {
-        return "the default uclamp is outside 1..1024";
-    }
-    if (record.targetTime < VELK_MIN_TARGET_TIME) {
-        return "the target time is below 5";
-    }
-    if (record.isVIPTask > 1) {
-        return "the VIP flag is neither 0 nor 1";
-    }
-    const size_t length = taskNameOf(record).size();
-    if (length == sizeof record.taskName) {
-        return "the task name is not terminated";
-    }
-    if (!areZero(record.taskName, length)) {
-        return "the task name has bytes behind its end";
-    }
-    return nullptr;
+    return {};
 }
 
-const char* checkTask(const VELK_TASK_PARAM& record, uint32_t tid) {
-    if (record.tid != tid) {
-        return "the thread id is not the caller's";
-    }
-    return record.uniqueTaskId == 0 ? "the task id is 0" : nullptr;
+// --- What holds between fields, or between a field and the caller
+// ----------------------------------
+
+std::string checkCaller(int64_t recordTid, uint32_t tid) {
+    return recordTid == tid ? std::string()
+                            : fmt::format("tid is {}, expected the caller's, {}", recordTid, tid);
 }
 
-// The ids fill their array from the front, and behind them both arrays are zero.
-const char* checkCriticalTasks(const VELK_SINGLE_SHOT_PARAM& record) {
-    const auto* const firstFree =
-            std::find(std::begin(record.criticalTaskIds), std::end(record.criticalTaskIds), 0U);
-    const auto used = static_cast<size_t>(firstFree - std::begin(record.criticalTaskIds));
-    if (!areZero(record.criticalTaskIds, used) || !areZero(record.criticalTaskUclamps, used)) {
-        return "there are critical tasks behind the first free place";
+// The ids fill their array from the front, and behind them both arrays are zero. An id can appear
+// more than once.
+std::string checkCriticalTasks(const VELK_SINGLE_SHOT_PARAM& record) {
+    const auto* const ids = record.criticalTaskIds;
+    const auto used =
+            static_cast<size_t>(std::find(ids, std::end(record.criticalTaskIds), 0U) - ids);
+    for (size_t i = used; i < std::size(record.criticalTaskIds); ++i) {
+        if (ids[i] != 0) {
+            return fmt::format("criticalTaskIds[{}] is {}, expected 0 behind the free place {}", i,
+                               ids[i], used);
+        }
+        if (record.criticalTaskUclamps[i] != 0) {
+            return fmt::format("criticalTaskUclamps[{}] is {}, expected 0 in a free place", i,
+                               record.criticalTaskUclamps[i]);
+        }
     }
-    return areLevels(record.criticalTaskUclamps) ? nullptr : "a critical task uclamp is above 1024";
+    return {};
 }
 
-const char* checkSingleShot(const VELK_SINGLE_SHOT_PARAM& record, uint32_t tid) {
-    if (static_cast<uint32_t>(record.tid) != tid) {
-        return "the thread id is not the caller's";
-    }
-    if (!areLevels(record.uclampLevels)) {
-        return "a uclamp level is above 1024";
-    }
-    if (!areLevels(record.rangeLevels1) || !areLevels(record.rangeLevels2) ||
-        !areLevels(record.rangeLevels3)) {
-        return "a range level is above 1024";
-    }
-    if (record.percentLevel < VELK_PERCENT_NONE_ACTIVE || record.percentLevel > 100) {
-        return "the percent level is outside -2..100";
-    }
-    if (record.isReset > 1 || record.auxFlag > 1 || record.passFlag > 1 || record.sharedFlag > 1) {
-        return "a flag is neither 0 nor 1";
-    }
-    return checkCriticalTasks(record);
+std::string checkSingleShot(const VELK_SINGLE_SHOT_PARAM& record, uint32_t tid) {
+    std::string fault = checkCaller(record.tid, tid);
+    return fault.empty() ? checkCriticalTasks(record) : fault;
 }
 
-const char* checkCriticalSpan(const VELK_CRITICAL_TASK_PARAM& record, uint32_t tid, bool isStart) {
-    if (static_cast<uint32_t>(record.tid) != tid) {
-        return "the thread id is not the caller's";
+std::string checkAnchor(const VELK_ANCHOR_PARAM& record) {
+    if (record.phase == VELK_ANCHOR_END && record.latencyTarget != 0) {
+        return fmt::format("latencyTarget is {}, expected 0 in an end", record.latencyTarget);
     }
-    if (isStart && (record.criticalValue < 1 || record.criticalValue > VELK_MAX_UCLAMP)) {
-        return "the critical value is outside 1..1024";
-    }
-    return !isStart && record.criticalValue != 0 ? "the critical value of an end is not 0"
-                                                 : nullptr;
+    return {};
 }
 
-const char* checkAnchor(const VELK_ANCHOR_PARAM& record) {
-    if (record.phase != VELK_ANCHOR_START && record.phase != VELK_ANCHOR_END) {
-        return "the phase is neither 1 nor 2";
+std::string findRuleFault(uint32_t request, const void* record, uint32_t tid) {
+    switch (request) {
+        case VELK_IOC_TASK_START:
+        case VELK_IOC_TASK_END:
+        case VELK_IOC_SCENE_CHANGE:
+            return checkCaller(copyRecord<VELK_TASK_PARAM>(record).tid, tid);
+        case VELK_IOC_SINGLE_SHOT:
+            return checkSingleShot(copyRecord<VELK_SINGLE_SHOT_PARAM>(record), tid);
+        case VELK_IOC_CRITICAL_START:
+        case VELK_IOC_CRITICAL_END:
+            return checkCaller(copyRecord<VELK_CRITICAL_TASK_PARAM>(record).tid, tid);
+        case VELK_IOC_ANCHOR:
+            return checkAnchor(copyRecord<VELK_ANCHOR_PARAM>(record));
+        default:
+            return {};  // the rows of the other records say all
     }
-    return record.phase == VELK_ANCHOR_END && record.latencyTarget != 0
-                   ? "the latency target of an end is not 0"
-                   : nullptr;
-}
-
-bool areReservedFieldsZero(const RecordLayout& layout, const void* record) {
-    return std::all_of(layout.fields.begin(), layout.fields.end(),
-                       [record](const RecordField& field) {
-                           return !field.isReserved || FieldValue(field, record).isZero();
-                       });
 }
 
 }  // namespace
 
-const char* findRecordFault(const RecordLayout& layout, const void* record, uint32_t tid) {
-    if (!areReservedFieldsZero(layout, record)) {
-        return "a reserved field is not 0";
-    }
-    switch (layout.command->request) {
-        case VELK_IOC_INIT:
-            return checkInit(copyRecord<VELK_INIT_PARAM>(record));
-        case VELK_IOC_TASK_INIT:
-            return checkTaskInit(copyRecord<VELK_TASK_INIT_PARAM>(record));
-        case VELK_IOC_TASK_START:
-        case VELK_IOC_TASK_END:
-        case VELK_IOC_SCENE_CHANGE:
-            return checkTask(copyRecord<VELK_TASK_PARAM>(record), tid);
-        case VELK_IOC_SINGLE_SHOT:
-            return checkSingleShot(copyRecord<VELK_SINGLE_SHOT_PARAM>(record), tid);
-        case VELK_IOC_CRITICAL_START:
-            return checkCriticalSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record), tid, true);
-        case VELK_IOC_CRITICAL_END:
-            return checkCriticalSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record), tid, false);
-        case VELK_IOC_ANCHOR:
-            return checkAnchor(copyRecord<VELK_ANCHOR_PARAM>(record));
-        default:
-            return nullptr;  // uninit, vsync and frame rate hold nothing else to judge
-    }
+std::string findRecordFault(const VELKCommand& command, const void* record, uint32_t tid) {
+    std::string fault = findFieldFault(command, record);
+    return fault.empty() ? findRuleFault(command.request, record, tid) : fault;
 }
 
 }  // namespace desk

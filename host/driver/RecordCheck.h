@@ -4,12 +4,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
-#include "driver/RecordDecoder.h"
+#include "foundation/CommandTable.h"
 
 namespace desk {
 
-// What is at fault, or null. `tid` is the calling thread.
-const char* findRecordFault(const RecordLayout& layout, const void* record, uint32_t tid);
+// The first field at fault, its value and what was expected; empty, without an allocation, when the
+// record is valid. `tid` is the calling thread.
+std::string findRecordFault(const VELKCommand& command, const void* record, uint32_t tid);
 
 }  // namespace desk

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "foundation/CommandRecords.h"
+#include "foundation/CommandTable.h"
 
 namespace desk {
 

@@ -29,8 +29,8 @@ constexpr DecodeCase kDecodeCases[] = {
         {VELK_IOC_TASK_INIT,
          "uniqueTaskId=1 reserved4=2 defaultUclamp=3 targetTime=4 taskSpecValue=5 reserved20=6 "
          "isVIPTask=7 extraFlag0=0 extraFlag1=0 taskName=\"\""},
-        {VELK_IOC_TASK_START, "tid=1 uniqueTaskId=2 reserved8=[3,4]"},
-        {VELK_IOC_TASK_END, "tid=1 uniqueTaskId=2 reserved8=[3,4]"},
+        {VELK_IOC_TASK_START, "tid=1 uniqueTaskId=2 reserved8=3 sceneChangeMode=4"},
+        {VELK_IOC_TASK_END, "tid=1 uniqueTaskId=2 reserved8=3 sceneChangeMode=4"},
         {VELK_IOC_SCENE_CHANGE, "tid=1 uniqueTaskId=2 reserved8=3 sceneChangeMode=4"},
         {VELK_IOC_UNINIT, "reserved0=1"},
         {VELK_IOC_VSYNC, "reserved0=1 reserved4=2"},
@@ -50,10 +50,10 @@ constexpr DecodeCase kDecodeCases[] = {
 
 TEST(Decoder, NamesEveryFieldAtItsPlace) {
     for (const DecodeCase& c : kDecodeCases) {
-        const desk::RecordLayout* layout = desk::findRecordLayout(c.request);
-        ASSERT_NE(layout, nullptr) << c.expected;
-        EXPECT_EQ(layout->command->request, c.request);
-        EXPECT_EQ(desk::describeRecord(*layout, countingWords().data()), c.expected);
+        const VELKCommand* command = findVELKCommand(c.request);
+        ASSERT_NE(command, nullptr) << c.expected;
+        EXPECT_EQ(command->request, c.request);
+        EXPECT_EQ(desk::describeRecord(*command, countingWords().data()), c.expected);
     }
 }
 
@@ -63,19 +63,19 @@ TEST(DecoderFields, ShowSignsBytesTextsAndTheUsedPartOfArrays) {
     task.uniqueTaskId = 0xFFFFFFFF;
     task.extraFlag1 = 200;
     std::memcpy(task.taskName, "a\nb", 3);
-    EXPECT_EQ(desk::describeRecord(*desk::findRecordLayout(VELK_IOC_TASK_INIT), &task),
+    EXPECT_EQ(desk::describeRecord(*findVELKCommand(VELK_IOC_TASK_INIT), &task),
               "uniqueTaskId=4294967295 defaultUclamp=0 targetTime=-1 taskSpecValue=0 isVIPTask=0 "
               "extraFlag0=0 extraFlag1=200 taskName=\"a\\nb\"");
     std::memset(task.taskName, 'x', sizeof task.taskName);  // without an end
 
     VELK_INIT_PARAM init = {};
     init.clusterLevels[1] = 5;
-    EXPECT_EQ(desk::describeRecord(*desk::findRecordLayout(VELK_IOC_INIT), &init),
+    EXPECT_EQ(desk::describeRecord(*findVELKCommand(VELK_IOC_INIT), &init),
               "driverParam=0 clusterLevels=[0,5] maxEfficientFreqs=[] tuningParam1=0 "
               "tuningParam2=0");
 
     std::string names;
-    desk::visitRecord(*desk::findRecordLayout(VELK_IOC_TASK_INIT), &task,
+    desk::visitRecord(*findVELKCommand(VELK_IOC_TASK_INIT), &task,
                       [&names](const desk::FieldValue& field) {
                           names += field.isText() ? std::string(field.text()) : "-";
                       });
@@ -91,7 +91,7 @@ TEST(DecoderRequests, KnowTheTableAlone) {
                                      _IOW('h', 27, VELK_INIT_PARAM),
                                      _IOW('g', 27, VELK_TASK_PARAM)};
     for (const uint32_t request : kUnknown) {
-        EXPECT_EQ(desk::findRecordLayout(request), nullptr) << std::hex << request;
+        EXPECT_EQ(findVELKCommand(request), nullptr) << std::hex << request;
     }
 }
 

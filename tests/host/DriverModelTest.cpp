@@ -53,80 +53,73 @@ std::vector<uint32_t> validRecord(uint32_t request) {
 
 constexpr uint32_t kMinusOne = 0xFFFFFFFF;
 constexpr uint32_t kMinusTwo = 0xFFFFFFFE;
-constexpr const char* kReserved = "a reserved field is not 0";
-constexpr const char* kTidFault = "the thread id is not the caller's";
-constexpr const char* kTuning = "a tuning parameter is not above 0";
-constexpr const char* kUclamp = "the default uclamp is outside 1..1024";
-constexpr const char* kRange = "a range level is above 1024";
-constexpr const char* kPercent = "the percent level is outside -2..100";
-constexpr const char* kFlag = "a flag is neither 0 nor 1";
-constexpr const char* kBehind = "there are critical tasks behind the first free place";
-constexpr const char* kCritical = "the critical value is outside 1..1024";
-constexpr const char* kPhase = "the phase is neither 1 nor 2";
-
 constexpr ContentCase kContentCases[] = {
         {VELK_IOC_INIT, 4, 1024, ""},
-        {VELK_IOC_INIT, 12, 1025, "a cluster level is above 1024"},
+        {VELK_IOC_INIT, 12, 1025, "clusterLevels[2] is 1025, expected 0..1024"},
         {VELK_IOC_INIT, 24, kMinusOne, ""},
-        {VELK_IOC_INIT, 28, 0, kTuning},
-        {VELK_IOC_INIT, 32, kMinusOne, kTuning},
-        {VELK_IOC_TASK_INIT, 0, 0, "the task id is 0"},
-        {VELK_IOC_TASK_INIT, 4, 1, kReserved},
-        {VELK_IOC_TASK_INIT, 8, 0, kUclamp},
+        {VELK_IOC_INIT, 28, 0, "tuningParam1 is 0, expected 1 or more"},
+        {VELK_IOC_INIT, 32, kMinusOne, "tuningParam2 is -1, expected 1 or more"},
+        {VELK_IOC_TASK_INIT, 0, 0, "uniqueTaskId is 0, expected 1 or more"},
+        {VELK_IOC_TASK_INIT, 4, 1, "reserved4 is 1, expected 0"},
+        {VELK_IOC_TASK_INIT, 8, 0, "defaultUclamp is 0, expected 1..1024"},
         {VELK_IOC_TASK_INIT, 8, 1024, ""},
-        {VELK_IOC_TASK_INIT, 8, 1025, kUclamp},
-        {VELK_IOC_TASK_INIT, 12, 4, "the target time is below 5"},
+        {VELK_IOC_TASK_INIT, 8, 1025, "defaultUclamp is 1025, expected 1..1024"},
+        {VELK_IOC_TASK_INIT, 12, 4, "targetTime is 4, expected 5 or more"},
         {VELK_IOC_TASK_INIT, 12, 5, ""},
-        {VELK_IOC_TASK_INIT, 20, 1, kReserved},
-        {VELK_IOC_TASK_INIT, 24, 0x00000002, "the VIP flag is neither 0 nor 1"},
-        {VELK_IOC_TASK_INIT, 32, 0x78000000, "the task name has bytes behind its end"},
-        {VELK_IOC_TASK_INIT, 36, 0x00000100, kReserved},
-        {VELK_IOC_TASK_START, 0, kTid + 1, kTidFault},
-        {VELK_IOC_TASK_START, 4, 0, "the task id is 0"},
+        {VELK_IOC_TASK_INIT, 20, 1, "reserved20 is 1, expected 0"},
+        {VELK_IOC_TASK_INIT, 24, 0x00000002, "isVIPTask is 2, expected 0 or 1"},
+        {VELK_IOC_TASK_INIT, 32, 0x78000000, "taskName has bytes behind its end, expected zeros"},
+        {VELK_IOC_TASK_INIT, 36, 0x00000100, "reserved37[0] is 1, expected 0"},
+        {VELK_IOC_TASK_START, 0, kTid + 1, "tid is 11, expected the caller's, 10"},
+        {VELK_IOC_TASK_START, 4, 0, "uniqueTaskId is 0, expected 1 or more"},
         {VELK_IOC_TASK_START, 4, 2, "start of a task that was never registered"},
-        {VELK_IOC_TASK_START, 8, 1, kReserved},
-        {VELK_IOC_TASK_START, 12, 1, kReserved},
-        {VELK_IOC_TASK_END, 0, 0, kTidFault},
+        {VELK_IOC_TASK_START, 8, 1, "reserved8 is 1, expected 0"},
+        {VELK_IOC_TASK_START, 12, 1, "sceneChangeMode is 1, expected 0"},
+        {VELK_IOC_TASK_END, 0, 0, "tid is 0, expected 1 or more"},
         {VELK_IOC_TASK_END, 4, 2, "end of a task that was never registered"},
-        {VELK_IOC_TASK_END, 12, 1, kReserved},
+        {VELK_IOC_TASK_END, 12, 1, "sceneChangeMode is 1, expected 0"},
+        {VELK_IOC_SCENE_CHANGE, 0, kTid + 1, "tid is 11, expected the caller's, 10"},
         {VELK_IOC_SCENE_CHANGE, 4, 2, "scene change of a task that was never registered"},
-        {VELK_IOC_SCENE_CHANGE, 8, 1, kReserved},
+        {VELK_IOC_SCENE_CHANGE, 8, 1, "reserved8 is 1, expected 0"},
         {VELK_IOC_SCENE_CHANGE, 12, kMinusOne, ""},
-        {VELK_IOC_UNINIT, 0, 1, kReserved},
-        {VELK_IOC_VSYNC, 4, 1, kReserved},
-        {VELK_IOC_CAM_FPS, 0, 1, kReserved},
+        {VELK_IOC_UNINIT, 0, 1, "reserved0 is 1, expected 0"},
+        {VELK_IOC_VSYNC, 4, 1, "reserved4 is 1, expected 0"},
+        {VELK_IOC_CAM_FPS, 0, 1, "reserved0 is 1, expected 0"},
         {VELK_IOC_CAM_FPS, 4, kMinusOne, ""},
-        {VELK_IOC_SINGLE_SHOT, 0, kTid + 1, kTidFault},
-        {VELK_IOC_SINGLE_SHOT, 32, 1025, "a uclamp level is above 1024"},
+        {VELK_IOC_SINGLE_SHOT, 0, kTid + 1, "tid is 11, expected the caller's, 10"},
+        {VELK_IOC_SINGLE_SHOT, 32, 1025, "uclampLevels[7] is 1025, expected 0..1024"},
         {VELK_IOC_SINGLE_SHOT, 36, kMinusTwo, ""},
-        {VELK_IOC_SINGLE_SHOT, 36, kMinusTwo - 1, kPercent},
+        {VELK_IOC_SINGLE_SHOT, 36, kMinusTwo - 1, "percentLevel is -3, expected -2..100"},
         {VELK_IOC_SINGLE_SHOT, 36, 100, ""},
-        {VELK_IOC_SINGLE_SHOT, 36, 101, kPercent},
-        {VELK_IOC_SINGLE_SHOT, 48, 1025, kRange},
-        {VELK_IOC_SINGLE_SHOT, 80, 1025, kRange},
-        {VELK_IOC_SINGLE_SHOT, 140, 1025, kRange},
+        {VELK_IOC_SINGLE_SHOT, 36, 101, "percentLevel is 101, expected -2..100"},
+        {VELK_IOC_SINGLE_SHOT, 48, 1025, "rangeLevels1[0] is 1025, expected 0..1024"},
+        {VELK_IOC_SINGLE_SHOT, 80, 1025, "rangeLevels2[0] is 1025, expected 0..1024"},
+        {VELK_IOC_SINGLE_SHOT, 140, 1025, "rangeLevels3[7] is 1025, expected 0..1024"},
         {VELK_IOC_SINGLE_SHOT, 144, 0x00000101, ""},
-        {VELK_IOC_SINGLE_SHOT, 144, 0x00000002, kFlag},
-        {VELK_IOC_SINGLE_SHOT, 144, 0x00000200, kFlag},
-        {VELK_IOC_SINGLE_SHOT, 144, 0x00010000, kReserved},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00000002, "isReset is 2, expected 0 or 1"},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00000200, "auxFlag is 2, expected 0 or 1"},
+        {VELK_IOC_SINGLE_SHOT, 144, 0x00010000, "reserved146[0] is 1, expected 0"},
         {VELK_IOC_SINGLE_SHOT, 148, 1, ""},
-        {VELK_IOC_SINGLE_SHOT, 152, 1, kBehind},
-        {VELK_IOC_SINGLE_SHOT, 304, 1, kBehind},
-        {VELK_IOC_SINGLE_SHOT, 324, 0x00000200, kFlag},
-        {VELK_IOC_SINGLE_SHOT, 324, 0x00000002, kFlag},
-        {VELK_IOC_SINGLE_SHOT, 324, 0x01000000, kReserved},
-        {VELK_IOC_CRITICAL_START, 0, kTid + 1, kTidFault},
-        {VELK_IOC_CRITICAL_START, 4, 0, kCritical},
-        {VELK_IOC_CRITICAL_START, 4, 1025, kCritical},
-        {VELK_IOC_CRITICAL_END, 0, kTid + 1, kTidFault},
-        {VELK_IOC_CRITICAL_END, 4, 1, "the critical value of an end is not 0"},
-        {VELK_IOC_ANCHOR, 4, 1, kReserved},
-        {VELK_IOC_ANCHOR, 8, 0, kPhase},
-        {VELK_IOC_ANCHOR, 8, 3, kPhase},
+        {VELK_IOC_SINGLE_SHOT, 152, 1,
+         "criticalTaskIds[1] is 1, expected 0 behind the free place 0"},
+        {VELK_IOC_SINGLE_SHOT, 228, 1, "criticalTaskUclamps[0] is 1, expected 0 in a free place"},
+        {VELK_IOC_SINGLE_SHOT, 304, 1, "criticalTaskUclamps[19] is 1, expected 0 in a free place"},
+        {VELK_IOC_SINGLE_SHOT, 304, 1025, "criticalTaskUclamps[19] is 1025, expected 0..1024"},
+        {VELK_IOC_SINGLE_SHOT, 324, 0x00000200, "sharedFlag is 2, expected 0 or 1"},
+        {VELK_IOC_SINGLE_SHOT, 324, 0x00000002, "passFlag is 2, expected 0 or 1"},
+        {VELK_IOC_SINGLE_SHOT, 324, 0x01000000, "reserved326[1] is 1, expected 0"},
+        {VELK_IOC_CRITICAL_START, 0, kTid + 1, "tid is 11, expected the caller's, 10"},
+        {VELK_IOC_CRITICAL_START, 4, 0, "criticalValue is 0, expected 1..1024"},
+        {VELK_IOC_CRITICAL_START, 4, 1025, "criticalValue is 1025, expected 1..1024"},
+        {VELK_IOC_CRITICAL_END, 0, kMinusOne, "tid is -1, expected 1 or more"},
+        {VELK_IOC_CRITICAL_END, 4, 1, "criticalValue is 1, expected 0"},
+        {VELK_IOC_ANCHOR, 4, 1, "reserved4 is 1, expected 0"},
+        {VELK_IOC_ANCHOR, 8, 0, "phase is 0, expected 1 or 2"},
+        {VELK_IOC_ANCHOR, 8, 3, "phase is 3, expected 1 or 2"},
         {VELK_IOC_ANCHOR, 8, VELK_ANCHOR_START, ""},
-        {VELK_IOC_ANCHOR, 12, 1, kReserved},
+        {VELK_IOC_ANCHOR, 12, 1, "reserved12 is 1, expected 0"},
         {VELK_IOC_ANCHOR, 16, kMinusOne, ""},
-        {VELK_IOC_ANCHOR, 20, 1, "the latency target of an end is not 0"},
+        {VELK_IOC_ANCHOR, 20, 1, "latencyTarget is 1, expected 0 in an end"},
 };
 
 TEST(DriverModelContent, IsJudgedFieldByField) {
@@ -140,10 +133,8 @@ TEST(DriverModelContent, IsJudgedFieldByField) {
 
         const int reply = driver.model.command(kNode, c.request, record.data(), kTid);
         EXPECT_EQ(reply, *c.fault == '\0' ? 0 : -EINVAL);
-        EXPECT_STREQ(driver.recorder->events.back().verdict == Verdict::Refused
-                             ? driver.recorder->events.back().finding
-                             : "",
-                     c.fault);
+        const DriverEvent& event = driver.recorder->events.back();
+        EXPECT_EQ(event.verdict == Verdict::Refused ? event.finding : "", c.fault);
     }
 }
 
@@ -153,6 +144,8 @@ TEST(DriverModelContent, FindsANameWithoutAnEnd) {
     VELK_TASK_INIT_PARAM record = taskInitRecord(1);
     std::fill(std::begin(record.taskName), std::end(record.taskName), 'x');
     EXPECT_EQ(driver.send(VELK_IOC_TASK_INIT, record), -EINVAL);
+    EXPECT_EQ(driver.recorder->events.back().finding,
+              "taskName has 10 characters, expected up to 9 characters");
     record.taskName[9] = '\0';
     EXPECT_EQ(driver.send(VELK_IOC_TASK_INIT, record), 0);
 }

@@ -22,7 +22,7 @@ struct ReceivedCommand {
     const VELKCommand* command = nullptr;  // null of an open, a close and an unknown request
     uint32_t request = 0;
     int error = 0;
-    const char* finding = "";
+    std::string finding;
     alignas(8) std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> record = {};
 };
 

@@ -44,7 +44,7 @@ std::string describeFields(const ReceivedCommand& command) {
         return command.call == DriverCall::Command ? fmt::format("request={:#x}", command.request)
                                                    : std::string();
     }
-    return describeRecord(*findRecordLayout(command.request), command.record.data());
+    return describeRecord(*command.command, command.record.data());
 }
 
 ordered_json beginJson(const PlayedCall& played) {
@@ -100,7 +100,7 @@ void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedComma
         row += fmt::format("  <- {}{}", errorName(command.error),
                            command.verdict == Verdict::InjectedRefusal ? ", injected" : "");
     }
-    if (*command.finding != '\0') {
+    if (!command.finding.empty()) {
         row += fmt::format("  <- {}", command.finding);
     }
     row.erase(row.find_last_not_of(' ') + 1);
@@ -120,7 +120,7 @@ void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCo
     row["command"] = nameOf(command);
     if (command.command != nullptr) {
         row["number"] = command.command->number;
-        row["fields"] = recordToJson(*findRecordLayout(command.request), command.record.data());
+        row["fields"] = recordToJson(*command.command, command.record.data());
     } else if (command.call == DriverCall::Command) {
         row["request"] = command.request;
     }
@@ -129,7 +129,7 @@ void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCo
         row["errno"] = errorName(command.error);
         row["injected"] = command.verdict == Verdict::InjectedRefusal;
     }
-    if (*command.finding != '\0') {
+    if (!command.finding.empty()) {
         row["finding"] = command.finding;
     }
     printJson(mOutput, row);

@@ -7,9 +7,9 @@ namespace desk {
 
 using nlohmann::ordered_json;
 
-ordered_json recordToJson(const RecordLayout& layout, const void* record) {
+ordered_json recordToJson(const VELKCommand& command, const void* record) {
     ordered_json fields = ordered_json::object();
-    visitRecord(layout, record, [&fields](const FieldValue& field) {
+    visitRecord(command, record, [&fields](const FieldValue& field) {
         if (field.isReserved()) {
             return;
         }

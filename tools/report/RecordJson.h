@@ -10,6 +10,6 @@
 namespace desk {
 
 // All fields but the reserved ones by name, in the order of the record.
-nlohmann::ordered_json recordToJson(const RecordLayout& layout, const void* record);
+nlohmann::ordered_json recordToJson(const VELKCommand& command, const void* record);
 
 }  // namespace desk

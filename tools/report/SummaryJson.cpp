@@ -74,7 +74,7 @@ ordered_json activeToJson(const Summary& summary) {
     }
     if (summary.driver.isInitialised && summary.driver.control) {
         active["control"] =
-                recordToJson(*findRecordLayout(VELK_IOC_SINGLE_SHOT), &*summary.driver.control);
+                recordToJson(*findVELKCommand(VELK_IOC_SINGLE_SHOT), &*summary.driver.control);
     }
     return active;
 }

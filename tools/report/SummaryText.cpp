@@ -105,8 +105,9 @@ void writeActive(Output out, const Summary& summary) {
     if (driver.isInitialised) {
         fmt::format_to(out, "  the library is up\n");
         if (driver.control) {
-            const RecordLayout& layout = *findRecordLayout(VELK_IOC_SINGLE_SHOT);
-            fmt::format_to(out, "  merged control: {}\n", describeRecord(layout, &*driver.control));
+            const VELKCommand& command = *findVELKCommand(VELK_IOC_SINGLE_SHOT);
+            fmt::format_to(out, "  merged control: {}\n",
+                           describeRecord(command, &*driver.control));
         }
     }
     if (driver.openDescriptors > 0) {

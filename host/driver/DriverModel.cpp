@@ -118,7 +118,7 @@ void DriverModel::State::countFinding(const DriverEvent& event) {
     if (known != totals.findings.end()) {
         ++known->count;
     } else {
-        totals.findings.push_back({event.finding, 1, event.sequence});
+        totals.findings.push_back({event.finding, 1});
     }
 }
 
@@ -151,7 +151,7 @@ void DriverModel::State::judgeKnownCommand(DriverEvent& event) {
         session.refuse(event.request, event.record, true);
         return;
     }
-    session.accept(event.request, event.record, event.timeNs);
+    session.accept(event.request, event.record);
     if (*finding.text != '\0') {
         note(event, finding.text);
     }

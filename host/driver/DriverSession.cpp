@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 #include "driver/RecordCopy.h"
+#include "driver/TaskRuns.h"
 
 namespace desk {
 
@@ -13,12 +15,6 @@ template <typename Runs>
 auto findRunIn(Runs& runs, uint32_t tid) {
     return std::find_if(runs.begin(), runs.end(),
                         [tid](const auto& run) { return run.tid == tid; });
-}
-
-void finishRun(TaskSnapshot& task, int64_t runNs) {
-    ++task.ends;
-    task.totalRunNs += runNs;
-    task.longestRunNs = std::max(task.longestRunNs, runNs);
 }
 
 }  // namespace
@@ -129,42 +125,44 @@ DriverSession::Finding DriverSession::inspectSpan(const VELK_CRITICAL_TASK_PARAM
     return {span == mSpans.end() ? "end of a critical span that is not open" : "", false};
 }
 
-void DriverSession::accept(uint32_t request, const void* record, int64_t now) {
+void DriverSession::accept(uint32_t request, const void* record) {
     switch (request) {
         case VELK_IOC_INIT:
             begin(true);
-            mInit = copyRecord<VELK_INIT_PARAM>(record);
+            std::ranges::copy(copyRecord<VELK_INIT_PARAM>(record).clusterLevels,
+                              mClusterLevels.begin());
             break;
         case VELK_IOC_TASK_INIT:
             registerTask(copyRecord<VELK_TASK_INIT_PARAM>(record));
             break;
         case VELK_IOC_TASK_START:
-            startTask(copyRecord<VELK_TASK_PARAM>(record), now);
+            startTask(copyRecord<VELK_TASK_PARAM>(record));
             break;
-        case VELK_IOC_TASK_END:
-            endTask(copyRecord<VELK_TASK_PARAM>(record), now);
+        case VELK_IOC_TASK_END: {
+            const auto end = copyRecord<VELK_TASK_PARAM>(record);
+            endRuns(mTasks.at(end.uniqueTaskId).runs, end.tid, [](const Run&) {});
             break;
+        }
         case VELK_IOC_UNINIT:
             mIsInitialised = false;
             mIsSenderUp = false;
-            break;
-        case VELK_IOC_CAM_FPS:
-            mFps = copyRecord<VELK_CAM_FPS_PARAM>(record).fps;
+            mClusterLevels = {};
+            mControlAtUninit = std::exchange(mControl, {});
             break;
         case VELK_IOC_SINGLE_SHOT:
-            mergeControl(copyRecord<VELK_SINGLE_SHOT_PARAM>(record));
+            takeControl(copyRecord<VELK_SINGLE_SHOT_PARAM>(record));
             break;
         case VELK_IOC_CRITICAL_START: {
             const auto start = copyRecord<VELK_CRITICAL_TASK_PARAM>(record);
             const auto tid = static_cast<uint32_t>(start.tid);
-            mSpans[tid] = {{tid, start.criticalValue, now}, true, false};
+            mSpans[tid] = {{tid, start.criticalValue}, true, false};
             break;
         }
         case VELK_IOC_CRITICAL_END:
             mSpans.erase(static_cast<uint32_t>(copyRecord<VELK_CRITICAL_TASK_PARAM>(record).tid));
             break;
         default:
-            break;  // a scene change, a vsync and an anchor leave nothing behind
+            break;  // the others change nothing
     }
 }
 
@@ -207,7 +205,9 @@ void DriverSession::begin(bool isInitialised) {
     mIsSenderUp = true;
     mTasks.clear();
     mSpans.clear();
-    mControl.reset();
+    mClusterLevels = {};
+    mControl = {};
+    mControlAtUninit = {};
 }
 
 void DriverSession::registerTask(const VELK_TASK_INIT_PARAM& record) {
@@ -220,57 +220,28 @@ void DriverSession::registerTask(const VELK_TASK_INIT_PARAM& record) {
     task.isRegistered = true;
 }
 
-void DriverSession::startTask(const VELK_TASK_PARAM& record, int64_t now) {
+void DriverSession::startTask(const VELK_TASK_PARAM& record) {
     Task& task = mTasks.at(record.uniqueTaskId);
-    ++task.snapshot.starts;
     const auto run = findRunIn(task.runs, record.tid);
     if (run == task.runs.end()) {
-        task.runs.push_back({record.tid, now, true, false});
+        task.runs.push_back({record.tid, true, false});
     } else if (run->isDisputed) {
-        *run = {record.tid, now, true, false};
+        *run = {record.tid, true, false};
     }
 }
 
-// An end ends the run of its thread. Where that thread has none, it ends those of all others,
-// because the sender takes the task for ended altogether.
-void DriverSession::endTask(const VELK_TASK_PARAM& record, int64_t now) {
-    Task& task = mTasks.at(record.uniqueTaskId);
-    const bool isOwn = findRun(task, record.tid) != nullptr;
-    std::erase_if(task.runs, [&](const Run& run) {
-        const bool isEnded = !isOwn || run.tid == record.tid;
-        if (isEnded && run.isRunning) {
-            finishRun(task.snapshot, now - run.sinceNs);
+// While its library is down, a sender does not merge: the record replaces what was there.
+void DriverSession::takeControl(const VELK_SINGLE_SHOT_PARAM& record) {
+    if (!mIsSenderUp) {
+        mControl = {};
+    }
+    mControl.merge(record, mClusterLevels);
+    for (const auto& [id, uclamp] : criticalTasksOf(record)) {
+        if (const Task* task = findTask(id)) {
+            const int32_t defaultUclamp = task->snapshot.registration.defaultUclamp;
+            mControl.mergeTask(id, uclamp, static_cast<uint32_t>(defaultUclamp));
         }
-        return isEnded;
-    });
-}
-
-// A value in a record is merged over all active controls. What the record does not ask for stays.
-void DriverSession::mergeControl(VELK_SINGLE_SHOT_PARAM record) {
-    constexpr int32_t kNoRequest = -1;
-    const VELK_SINGLE_SHOT_PARAM before = mControl.value_or(record);
-    std::transform(std::begin(record.uclampLevels), std::end(record.uclampLevels),
-                   std::begin(before.uclampLevels), std::begin(record.uclampLevels),
-                   [](uint32_t level, uint32_t former) { return level != 0 ? level : former; });
-    if (record.percentLevel == kNoRequest) {
-        record.percentLevel = before.percentLevel;
     }
-    if (record.requestValue == kNoRequest) {
-        record.requestValue = before.requestValue;
-    }
-    if (record.criticalTaskIds[0] == 0) {
-        std::ranges::copy(before.criticalTaskIds, record.criticalTaskIds);
-        std::ranges::copy(before.criticalTaskUclamps, record.criticalTaskUclamps);
-    }
-    if (record.limits[0] == 0) {
-        record.limits[0] = before.limits[0];
-    }
-    if (record.sharedFlag == 0) {
-        record.sharedFlag = before.sharedFlag;
-    } else if (record.isReset != 0) {
-        record.sharedFlag = 0;  // its last holder has gone
-    }
-    mControl = record;
 }
 
 void DriverSession::disputeRun(const VELK_TASK_PARAM& record, bool isStart) {
@@ -283,7 +254,7 @@ void DriverSession::disputeRun(const VELK_TASK_PARAM& record, bool isStart) {
     if (run != runs.end()) {
         run->isDisputed = true;
     } else if (isStart) {
-        runs.push_back({record.tid, 0, false, true});
+        runs.push_back({record.tid, false, true});
     }
 }
 
@@ -298,16 +269,15 @@ void DriverSession::disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isS
 
 void DriverSession::fill(DriverSnapshot& snapshot) const {
     snapshot.isInitialised = mIsInitialised;
-    snapshot.init = mInit;
     snapshot.control = mControl;
-    snapshot.fps = mFps;
+    snapshot.controlAtUninit = mControlAtUninit;
     snapshot.refusedRegistrations = mRefusedRegistrations;
     snapshot.replayedRegistrations = mReplayedRegistrations;
     for (const auto& [id, task] : mTasks) {
         snapshot.tasks.push_back(task.snapshot);
         for (const Run& run : task.runs) {
             if (run.isRunning) {
-                snapshot.running.push_back({run.tid, id, run.sinceNs});
+                snapshot.running.push_back({run.tid, id});
             }
         }
     }

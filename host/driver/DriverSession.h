@@ -5,7 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -22,7 +21,7 @@ class DriverSession {
 
     // The record of each has passed the check of its content.
     Finding inspect(uint32_t request, const void* record) const;
-    void accept(uint32_t request, const void* record, int64_t now);
+    void accept(uint32_t request, const void* record);
 
     // The command was refused, and the sender goes on as it does then. It may not have been
     // checked.
@@ -33,7 +32,6 @@ class DriverSession {
   private:
     struct Run {
         uint32_t tid = 0;
-        int64_t sinceNs = 0;
         bool isRunning = false;   // false: its start was refused
         bool isDisputed = false;  // a refusal on demand has parted the sender's view from ours
     };
@@ -59,19 +57,18 @@ class DriverSession {
 
     void begin(bool isInitialised);
     void registerTask(const VELK_TASK_INIT_PARAM& record);
-    void startTask(const VELK_TASK_PARAM& record, int64_t now);
-    void endTask(const VELK_TASK_PARAM& record, int64_t now);
-    void mergeControl(VELK_SINGLE_SHOT_PARAM record);
+    void startTask(const VELK_TASK_PARAM& record);
+    void takeControl(const VELK_SINGLE_SHOT_PARAM& record);
     void disputeRun(const VELK_TASK_PARAM& record, bool isStart);
     void disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart);
 
     bool mIsInitialised = false;
     bool mIsSenderUp = false;  // the sender's view, which a refused init or uninit does not change
-    std::optional<VELK_INIT_PARAM> mInit;
     std::unordered_map<uint32_t, Task> mTasks;
     std::unordered_map<uint32_t, Span> mSpans;
-    std::optional<VELK_SINGLE_SHOT_PARAM> mControl;
-    std::optional<uint32_t> mFps;
+    ControlLevels mClusterLevels = {};  // that hold without a control
+    MergedControl mControl;
+    MergedControl mControlAtUninit;
     uint64_t mRefusedRegistrations = 0;
     uint64_t mReplayedRegistrations = 0;
 };

@@ -1,17 +1,17 @@
 /*
  * What the driver model knows at one moment. An init command begins a new session: it clears the
- * tasks, threads, spans and the control. An uninit leaves them, so that what was still active can
- * be told.
+ * tasks, threads, spans and the control. An uninit puts the control out of force and leaves the
+ * rest, so that a report can show what was never ended.
  */
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "driver/MergedControl.h"
 #include "foundation/CommandTable.h"
 
 namespace desk {
@@ -19,22 +19,16 @@ namespace desk {
 struct TaskSnapshot {
     VELK_TASK_INIT_PARAM registration = {};  // as last received
     bool isRegistered = false;               // false: every registration of it was refused
-    uint64_t starts = 0;                     // accepted ones
-    uint64_t ends = 0;                       // runs that were ended
-    int64_t totalRunNs = 0;                  // of the ended runs
-    int64_t longestRunNs = 0;
 };
 
 struct RunningThread {
     uint32_t tid = 0;
     uint32_t uniqueTaskId = 0;
-    int64_t sinceNs = 0;
 };
 
 struct CriticalSpan {
     uint32_t tid = 0;
     int32_t criticalValue = 0;
-    int64_t sinceNs = 0;
 };
 
 struct CallCounters {
@@ -47,18 +41,16 @@ struct CallCounters {
 struct FindingCount {
     std::string finding;
     uint64_t count = 0;
-    uint64_t firstSequence = 0;
 };
 
 struct DriverSnapshot {
     bool isInitialised = false;
     size_t openDescriptors = 0;
-    std::optional<VELK_INIT_PARAM> init;            // the last accepted one
-    std::vector<TaskSnapshot> tasks;                // by unique task id
-    std::vector<RunningThread> running;             // by thread id, then unique task id
-    std::vector<CriticalSpan> spans;                // by thread id
-    std::optional<VELK_SINGLE_SHOT_PARAM> control;  // merged; the rest as in the last record
-    std::optional<uint32_t> fps;
+    std::vector<TaskSnapshot> tasks;     // by unique task id
+    std::vector<RunningThread> running;  // by thread id, then unique task id
+    std::vector<CriticalSpan> spans;     // by thread id
+    MergedControl control;
+    MergedControl controlAtUninit;  // what the last uninit put out of force
 
     CallCounters opens;
     CallCounters closes;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "driver/RecordCopy.h"
+#include "driver/TaskRuns.h"
 
 namespace desk {
 
@@ -95,26 +96,18 @@ void Statistics::startTask(const PlayedCall& played, const VELK_TASK_PARAM& reco
     task->second.runs.push_back({record.tid, played.call->atUs});
 }
 
-// An end is that of its own thread's runs; where it has none, the task has ended altogether.
 void Statistics::endTask(const PlayedCall& played, const VELK_TASK_PARAM& record) {
     const auto task = mRegistered.find(record.uniqueTaskId);
     if (task == mRegistered.end()) {
         return;
     }
-    std::vector<Run>& runs = task->second.runs;
-    const bool isOwn = std::any_of(runs.begin(), runs.end(),
-                                   [&record](const Run& run) { return run.tid == record.tid; });
-    std::erase_if(runs, [&](const Run& run) {
-        if (isOwn && run.tid != record.tid) {
-            return false;
-        }
-        TaskStatistics& statistics = *task->second.statistics;
+    TaskStatistics& statistics = *task->second.statistics;
+    endRuns(task->second.runs, record.tid, [&](const Run& run) {
         const int64_t runUs = played.call->atUs - run.sinceUs;
         ++statistics.ends;
         statistics.overTarget += runUs > statistics.targetTimeUs ? 1 : 0;
         statistics.totalRunUs += runUs;
         statistics.longestRunUs = std::max(statistics.longestRunUs, runUs);
-        return true;
     });
 }
 

@@ -1,6 +1,6 @@
 #include <nlohmann/json.hpp>
 
-#include "report/RecordJson.h"
+#include "driver/RecordCopy.h"
 #include "report/Summary.h"
 
 namespace desk {
@@ -42,6 +42,17 @@ ordered_json tasksToJson(const std::vector<TaskStatistics>& tasks) {
     return list;
 }
 
+ordered_json neverAcceptedToJson(const DriverSnapshot& driver) {
+    ordered_json list = ordered_json::array();
+    for (const TaskSnapshot& task : driver.tasks) {
+        if (!task.isRegistered) {
+            list.push_back({{"uniqueTaskId", task.registration.uniqueTaskId},
+                            {"name", taskNameOf(task.registration)}});
+        }
+    }
+    return list;
+}
+
 ordered_json operationsToJson(const std::vector<CallStatistics>& operations) {
     ordered_json calls = ordered_json::object();
     for (const CallStatistics& operation : operations) {
@@ -54,6 +65,21 @@ ordered_json operationsToJson(const std::vector<CallStatistics>& operations) {
         }
     }
     return calls;
+}
+
+ordered_json controlToJson(const MergedControl& control) {
+    ordered_json fields = {{"uclampLevels", control.uclampLevels},
+                           {"percentLevel", control.percentLevel}};
+    if (control.requestValue) {
+        fields["requestValue"] = *control.requestValue;
+    }
+    fields["criticalTasks"] = ordered_json::array();
+    for (const auto& [id, uclamp] : control.taskUclamps) {
+        fields["criticalTasks"].push_back({{"uniqueTaskId", id}, {"uclamp", uclamp}});
+    }
+    fields["limit"] = control.limit;
+    fields["sharedFlag"] = control.sharedFlag;
+    return fields;
 }
 
 ordered_json activeToJson(const Summary& summary) {
@@ -72,9 +98,11 @@ ordered_json activeToJson(const Summary& summary) {
                                    {"criticalValue", span.criticalValue},
                                    {"sinceUs", span.sinceUs}});
     }
-    if (summary.driver.isInitialised && summary.driver.control) {
-        active["control"] =
-                recordToJson(*findVELKCommand(VELK_IOC_SINGLE_SHOT), &*summary.driver.control);
+    if (!summary.driver.control.isEmpty()) {
+        active["control"] = controlToJson(summary.driver.control);
+    }
+    if (!summary.driver.controlAtUninit.isEmpty()) {
+        active["controlAtUninit"] = controlToJson(summary.driver.controlAtUninit);
     }
     return active;
 }
@@ -103,7 +131,8 @@ std::string formatSummaryJson(const Summary& summary) {
     body["commands"] = commandsToJson(driver);
     body["tasks"] = tasksToJson(summary.tasks);
     body["registrations"] = {{"refused", driver.refusedRegistrations},
-                             {"replayed", driver.replayedRegistrations}};
+                             {"replayed", driver.replayedRegistrations},
+                             {"neverAccepted", neverAcceptedToJson(driver)}};
     body["operations"] = operationsToJson(summary.operations);
     body["active"] = activeToJson(summary);
     body["findings"] = findingsToJson(driver.findings);

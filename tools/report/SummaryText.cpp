@@ -1,9 +1,11 @@
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
-#include "driver/RecordDecoder.h"
+#include "driver/RecordCopy.h"
 #include "report/Summary.h"
 
 namespace desk {
@@ -76,6 +78,12 @@ void writeRegistrations(Output out, const DriverSnapshot& driver) {
     fmt::format_to(out, "\nRegistrations\n  {} accepted, {} refused, {} of these replayed\n",
                    driver.commands[kTaskInitPlace].accepted, driver.refusedRegistrations,
                    driver.replayedRegistrations);
+    for (const TaskSnapshot& task : driver.tasks) {
+        if (!task.isRegistered) {
+            fmt::format_to(out, "  unique task {} {:?} was never accepted\n",
+                           task.registration.uniqueTaskId, taskNameOf(task.registration));
+        }
+    }
 }
 
 void writeFailures(Output out, const std::vector<CallStatistics>& operations) {
@@ -99,16 +107,46 @@ void writeFailures(Output out, const std::vector<CallStatistics>& operations) {
     }
 }
 
+// What the controls in force ask for, by the names of the record's fields.
+std::string describeControl(const MergedControl& control) {
+    std::vector<std::string> parts;
+    if (control.uclampLevels != ControlLevels()) {
+        const auto last =
+                std::ranges::find_if(control.uclampLevels.rbegin(), control.uclampLevels.rend(),
+                                     [](uint32_t level) { return level != 0; });
+        parts.push_back(fmt::format("uclampLevels=[{}]",
+                                    fmt::join(control.uclampLevels.begin(), last.base(), ",")));
+    }
+    if (control.percentLevel != 0) {
+        parts.push_back(fmt::format("percentLevel={}", control.percentLevel));
+    }
+    if (control.requestValue) {
+        parts.push_back(fmt::format("requestValue={}", *control.requestValue));
+    }
+    if (!control.taskUclamps.empty()) {
+        parts.push_back(fmt::format("criticalTaskUclamps={}", control.taskUclamps));
+    }
+    if (control.limit != 0) {
+        parts.push_back(fmt::format("limit={}", control.limit));
+    }
+    if (control.sharedFlag) {
+        parts.emplace_back("sharedFlag");
+    }
+    return fmt::format("{}", fmt::join(parts, " "));
+}
+
 void writeActive(Output out, const Summary& summary) {
     fmt::format_to(out, "\nStill active at the end\n");
     const DriverSnapshot& driver = summary.driver;
     if (driver.isInitialised) {
         fmt::format_to(out, "  the library is up\n");
-        if (driver.control) {
-            const VELKCommand& command = *findVELKCommand(VELK_IOC_SINGLE_SHOT);
-            fmt::format_to(out, "  merged control: {}\n",
-                           describeRecord(command, &*driver.control));
-        }
+    }
+    if (!driver.control.isEmpty()) {
+        fmt::format_to(out, "  control: {}\n", describeControl(driver.control));
+    }
+    if (!driver.controlAtUninit.isEmpty()) {
+        fmt::format_to(out, "  never reset before uninit: {}\n",
+                       describeControl(driver.controlAtUninit));
     }
     if (driver.openDescriptors > 0) {
         fmt::format_to(out, "  {} open descriptor(s) of the control node\n",
@@ -122,8 +160,8 @@ void writeActive(Output out, const Summary& summary) {
         fmt::format_to(out, "  {} is in a critical span of value {} since {:.3f} ms\n", span.thread,
                        span.criticalValue, milliseconds(span.sinceUs));
     }
-    if (!driver.isInitialised && driver.openDescriptors == 0 && summary.activeRuns.empty() &&
-        summary.activeSpans.empty()) {
+    if (!driver.isInitialised && driver.control.isEmpty() && driver.controlAtUninit.isEmpty() &&
+        driver.openDescriptors == 0 && summary.activeRuns.empty() && summary.activeSpans.empty()) {
         fmt::format_to(out, "  nothing\n");
     }
 }

@@ -1,0 +1,29 @@
+/*
+ * Which runs of a task its end ends.
+ */
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace desk {
+
+/*
+ * An end ends the runs of its own thread. Where that thread has none, it ends those of all others,
+ * because the library then counts the task as ended on all threads. `runs` are those of one task,
+ * each with the `tid` of its thread; each that has ended is shown to `use(run)` and removed.
+ */
+template <typename Run, typename Use>
+void endRuns(std::vector<Run>& runs, uint32_t tid, Use&& use) {
+    const bool isOwn = std::ranges::find(runs, tid, &Run::tid) != runs.end();
+    std::erase_if(runs, [&](const Run& run) {
+        const bool isEnded = !isOwn || run.tid == tid;
+        if (isEnded) {
+            use(run);
+        }
+        return isEnded;
+    });
+}
+
+}  // namespace desk

@@ -1,29 +1,21 @@
 #include "Replay.h"
 
-#include <cutils/properties.h>
-#include <fmt/format.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
-#include <memory>
-#include <stdexcept>
+#include <exception>
 #include <thread>
 
-#include "ExitStatus.h"
+#include "common/Desk.h"
+#include "common/ExitStatus.h"
+#include "common/OutputFiles.h"
+#include "common/Outputs.h"
+#include "common/SignalWatcher.h"
+#include "common/StandardStreams.h"
 #include "driver/DriverModel.h"
-#include "log/DeskLog.h"
-#include "play/InterruptWatcher.h"
 #include "play/Player.h"
-#include "report/CommandPrinter.h"
-#include "report/Progress.h"
-#include "report/Summary.h"
-#include "report/TraceWriter.h"
 #include "session/BlockQueue.h"
 #include "session/SessionReader.h"
-#include "tuning/TuningLoader.h"
-#include "tuning/TuningPlatform.h"
-#include "ulogger/DeskULogger.h"
 
 namespace desk {
 
@@ -31,63 +23,13 @@ namespace {
 
 using std::chrono::steady_clock;
 
-void setUpTuning(const std::string& folder) {
-    TuningResult result = loadTuning(folder);
-    if (const auto* error = std::get_if<TuningError>(&result)) {
-        throw std::runtime_error(error->text());
-    }
-    installTuning(std::get<std::shared_ptr<const TuningData>>(std::move(result)));
+constexpr const char* kProgram = "velk-replay";
+
+void refuseToOverwriteInputs(const Options& options) {
+    std::vector<NamedFile> inputs = inputFilesOf(options.common);
+    inputs.push_back({"the session", options.session, options.session == "-" ? STDIN_FILENO : -1});
+    refuseSharedFiles(inputs, outputFilesOf(options.common));
 }
-
-void requireWritten(bool isWritten, const std::string& name) {
-    if (!isWritten) {
-        throw std::runtime_error(name + ": could not be written in full");
-    }
-}
-
-// The log and the logger for as long as the session is played.
-class Logs {
-  public:
-    explicit Logs(const Options& options) {
-        constexpr uint32_t kAndroidLog = 1;
-        constexpr uint32_t kLogger = 2;
-        uint32_t mode = 0;
-        if (options.logFile) {
-            mLog = openSink(*options.logFile);
-            setAndroidLog(mLog);
-            mode |= kAndroidLog;
-        }
-        if (options.ulogFile) {
-            mUlog = options.ulogFile == options.logFile ? mLog : openSink(*options.ulogFile);
-            mLogger = std::make_unique<DeskULogger>(mUlog);
-            mode |= kLogger;
-        }
-        setULogger(mLogger.get(), everyMessage(mode));
-    }
-
-    ~Logs() {
-        setULogger(nullptr, {});
-        setAndroidLog(nullptr);
-    }
-
-    Logs(const Logs&) = delete;
-    Logs& operator=(const Logs&) = delete;
-
-    // Throws when a message could not be written in full.
-    void requireWritten(const Options& options) const {
-        desk::requireWritten(mLog == nullptr || mLog->flush(), options.logFile.value_or(""));
-        desk::requireWritten(mUlog == nullptr || mUlog->flush(), options.ulogFile.value_or(""));
-    }
-
-  private:
-    static std::shared_ptr<LineSink> openSink(const std::string& path) {
-        return path == "-" ? LineSink::toStandardError() : LineSink::toFile(path);
-    }
-
-    std::shared_ptr<LineSink> mLog;
-    std::shared_ptr<LineSink> mUlog;
-    std::unique_ptr<DeskULogger> mLogger;
-};
 
 // Reads the session into the queue on a thread of its own.
 class ReaderThread {
@@ -122,109 +64,54 @@ class ReaderThread {
     std::thread mThread;
 };
 
-// A bar would run into lines that others write to standard error.
-bool wantsProgress(const Options& options) {
-    return isatty(STDERR_FILENO) != 0 && options.logFile != "-" && options.ulogFile != "-";
+PlayResult readAndPlay(InputFile& input, BlockQueue& queue, Player& player) {
+    try {
+        const ReaderThread reader(input, queue);
+        return player.play();
+    } catch (const std::exception& error) {
+        // What was played until then is to be reported all the same.
+        PlayResult result;
+        result.error = error.what();
+        return result;
+    }
 }
 
-// Everybody who hears of the calls, in the order in which they have to.
-struct Listeners {
-    Listeners(const Options& options, std::optional<uint64_t> sessionSize) {
-        if (wantsProgress(options)) {
-            progress = std::make_unique<Progress>(sessionSize);
-        }
-        if (options.traceFile) {
-            trace = std::make_unique<TraceWriter>(*options.traceFile);
-        }
-        if (!options.isQuiet) {
-            printer = std::make_unique<CommandPrinter>(stdout, options.format,
-                                                       [this] { eraseProgress(); });
-        }
-    }
-
-    Listeners(const Listeners&) = delete;
-    Listeners& operator=(const Listeners&) = delete;
-
-    // No row may begin behind the bar.
-    void eraseProgress() const {
-        if (progress != nullptr) {
-            progress->erase();
-        }
-    }
-
-    std::vector<CallListener*> all() {
-        std::vector<CallListener*> listeners = {&statistics};
-        for (CallListener* listener :
-             {static_cast<CallListener*>(printer.get()), static_cast<CallListener*>(trace.get()),
-              static_cast<CallListener*>(progress.get())}) {
-            if (listener != nullptr) {
-                listeners.push_back(listener);
-            }
-        }
-        return listeners;
-    }
-
-    Statistics statistics;
-    std::unique_ptr<Progress> progress;
-    std::unique_ptr<CommandPrinter> printer;
-    std::unique_ptr<TraceWriter> trace;
-};
-
-PlayResult playSession(InputFile& input, const Options& options, Listeners& listeners) {
-    BlockQueue queue;
-    Player player(queue, options.speed, listeners.all());
-    const InterruptWatcher interrupts([&player] { player.stop(); });
-    const ReaderThread reader(input, queue);
-    return player.play();
-}
-
-int exitStatus(const Summary& summary) {
+int exitStatus(const Summary& summary, int signal) {
     if (summary.error) {
         return kExitBadInput;
     }
-    if (summary.isStopped) {
-        return kExitInterrupted;
+    if (signal != 0) {
+        return exitStatusOfSignal(signal);
     }
     return summary.isAsExpected() ? kExitAsExpected : kExitUnexpected;
-}
-
-void printSummary(const Summary& summary, const Options& options) {
-    if (options.format == PrintFormat::JsonLines) {
-        fmt::print("{}\n", formatSummaryJson(summary));
-    } else {
-        fmt::print("{}{}", options.isQuiet ? "" : "\n", formatSummaryText(summary));
-    }
 }
 
 }  // namespace
 
 int replay(const Options& options) {
+    refuseToOverwriteInputs(options);
     InputFile input(options.session);
-    setUpTuning(options.tuning);
-    for (const auto& [name, value] : options.properties) {
-        property_set(name.c_str(), value.c_str());
-    }
-    controlNode().injectFaults(options.injectedFaults);
-    const Logs logs(options);
-    Listeners listeners(options, input.size());
+    setUpDesk(options.common);
+    Outputs outputs(options.common, input.size());
+    BlockQueue queue;
+    Player player(queue, options.speed, outputs.listeners());
+    const SignalWatcher signals([&player] { player.stop(); });
 
     const auto start = steady_clock::now();
-    const PlayResult result = playSession(input, options, listeners);
+    const PlayResult result = readAndPlay(input, queue, player);
     const std::chrono::duration<double> played = steady_clock::now() - start;
 
-    listeners.eraseProgress();
-    const Summary summary = summarize(input.name(), listeners.statistics, controlNode().snapshot(),
+    const Summary summary = summarize(input.name(), outputs.statistics(), controlNode().snapshot(),
                                       result, played.count());
-    printSummary(summary, options);
+    outputs.printSummary(summary);
+    const std::vector<std::string> failures = outputs.finish();
     if (summary.error) {
-        std::fflush(stdout);
-        fmt::print(stderr, "{}\n", *summary.error);
+        sayError(kProgram, *summary.error);
     }
-    requireWritten(std::fflush(stdout) == 0 && std::ferror(stdout) == 0, "standard output");
-    requireWritten(listeners.trace == nullptr || listeners.trace->finish(),
-                   options.traceFile.value_or(""));
-    logs.requireWritten(options);
-    return exitStatus(summary);
+    for (const std::string& failure : failures) {
+        sayError(kProgram, failure);
+    }
+    return failures.empty() ? exitStatus(summary, signals.received()) : kExitBadInput;
 }
 
 }  // namespace desk

@@ -1,17 +1,16 @@
 /*
  * velk-replay: plays a recorded camera session through the library on a desk.
  */
-#include <fmt/format.h>
-
-#include <cstdio>
 #include <exception>
 #include <variant>
 
-#include "ExitStatus.h"
 #include "Options.h"
 #include "Replay.h"
+#include "common/ExitStatus.h"
+#include "common/StandardStreams.h"
 
 int main(int argc, char** argv) {
+    desk::prepareStandardStreams();
     try {
         const auto options = desk::parseOptions(argc, argv);
         if (const int* status = std::get_if<int>(&options)) {
@@ -19,7 +18,7 @@ int main(int argc, char** argv) {
         }
         return desk::replay(std::get<desk::Options>(options));
     } catch (const std::exception& error) {
-        fmt::print(stderr, "velk-replay: {}\n", error.what());
+        desk::sayError("velk-replay", error.what());
         return desk::kExitBadInput;
     }
 }

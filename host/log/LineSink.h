@@ -1,10 +1,12 @@
 /*
- * Where lines of text go: a file or standard error. A line is written whole, also from many
- * threads.
+ * Where text goes that somebody asked for: a file, standard output or standard error. A line is
+ * written whole, also from many threads. A write that fails never stops its caller: what was
+ * written until then stays a prefix of the text, the rest is dropped, and the first error is kept
+ * for the end.
  */
 #pragma once
 
-#include <cstdio>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -14,8 +16,10 @@ namespace desk {
 
 class LineSink {
   public:
-    // Throws std::system_error when the file cannot be opened.
+    // Empties the file or makes it. Throws std::system_error, whose text names the file.
     static std::shared_ptr<LineSink> toFile(const std::string& path);
+    static std::shared_ptr<LineSink> toStandardOutput();
+    // Keeps nothing back from one line to the next.
     static std::shared_ptr<LineSink> toStandardError();
 
     ~LineSink();
@@ -24,16 +28,33 @@ class LineSink {
 
     // Adds the line's end. Keeps errno, because it runs between a call and its evaluation.
     void writeLine(std::string_view line) noexcept;
-    // False when a line could not be written in full at any time so far.
+    void write(std::string_view text) noexcept;
+    // Hands on what is kept back. False when something could not be written at any time so far.
     bool flush() noexcept;
+    // Flushes, and closes what it writes to; a file system may report a failed write only then.
+    // Nothing is written any more. False as for flush().
+    bool close() noexcept;
+
+    // The file as its user named it, "standard output" or "standard error".
+    const std::string& name() const { return mName; }
+    // The errno of the first failure, 0 when there was none.
+    int error() const noexcept;
 
   private:
-    LineSink(FILE* file, bool isOwned) : mFile(file), mIsOwned(isOwned) {}
+    enum class Keeping : uint8_t { Lines, Nothing };
+    LineSink(int descriptor, std::string name, Keeping keeping);
 
-    std::mutex mMutex;
-    FILE* mFile;
-    bool mIsOwned;
-    bool mHasFailed = false;
+    // With the lock held.
+    void append(std::string_view text) noexcept;
+    void writeOut(std::string_view text) noexcept;
+    void flushBuffer() noexcept;
+
+    mutable std::mutex mMutex;
+    int mDescriptor;  // -1 once it is closed
+    std::string mName;
+    Keeping mKeeping;
+    std::string mBuffer;  // its memory is taken before it is needed
+    int mError = 0;
 };
 
 }  // namespace desk

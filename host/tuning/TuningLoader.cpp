@@ -13,9 +13,9 @@ namespace desk {
 
 namespace {
 
-constexpr const char* kPlatformFile = "platform.json";
-constexpr const char* kCustomerFile = "customer.json";
-constexpr const char* kSettingsFile = "settings.json";
+constexpr const char* kPlatformFile = kTuningFiles[0];
+constexpr const char* kCustomerFile = kTuningFiles[1];
+constexpr const char* kSettingsFile = kTuningFiles[2];
 
 // Parses one file's text and hands it to `read`; a fault gets the file's name.
 template <typename Reader>

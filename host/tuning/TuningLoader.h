@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -23,6 +24,9 @@ struct TuningError {
     // "FILE: PATH: problem, expected ..."
     std::string text() const;
 };
+
+// The names of the files that a folder may hold.
+inline constexpr std::array kTuningFiles = {"platform.json", "customer.json", "settings.json"};
 
 using TuningResult = std::variant<std::shared_ptr<const TuningData>, TuningError>;
 

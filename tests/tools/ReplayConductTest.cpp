@@ -55,7 +55,8 @@ TEST_F(Replay, AMalformedLineEndsItAndThePlayedPartIsReported) {
             runTool(with({"--quiet"}), std::string(kInit) + kStart +
                                                R"({"at_us": 1, "thread": "p", "call": "vsync"})" +
                                                "\n" + kUninit);
-    EXPECT_TRUE(outcome.err.starts_with("standard input:3: call: unknown call \"vsync\", expected"))
+    EXPECT_TRUE(outcome.err.starts_with(
+            "velk-replay: standard input:3: call: unknown call \"vsync\", expected"))
             << outcome.err;
     EXPECT_NE(outcome.out.find("  2 calls on 2 threads"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("  ended early: standard input:3: call: unknown call"),

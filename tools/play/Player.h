@@ -17,17 +17,13 @@
 
 #include "play/CommandCollector.h"
 #include "play/FailureJudge.h"
+#include "play/PlayResult.h"
 #include "play/PlayedCall.h"
 #include "play/Semaphore.h"
 #include "play/SessionClock.h"
 #include "session/BlockQueue.h"
 
 namespace desk {
-
-struct PlayResult {
-    bool isStopped = false;
-    std::optional<std::string> error;  // why the session could not be read to its end
-};
 
 class Player {
   public:

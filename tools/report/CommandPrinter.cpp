@@ -54,21 +54,21 @@ ordered_json beginJson(const PlayedCall& played) {
             {"call", operationName(played.call->operation)}};
 }
 
-void printJson(FILE* output, const ordered_json& row) {
-    fmt::print(output, "{}\n", row.dump(-1, ' ', false, ordered_json::error_handler_t::replace));
-}
-
 }  // namespace
 
-CommandPrinter::CommandPrinter(FILE* output, PrintFormat format, std::function<void()> beforeRows)
-    : mOutput(output), mFormat(format), mBeforeRows(std::move(beforeRows)) {
+CommandPrinter::CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format,
+                               std::function<void()> beforeRows)
+    : mOutput(std::move(output)), mFormat(format), mBeforeRows(std::move(beforeRows)) {
     if (mFormat == PrintFormat::Table) {
-        fmt::print(mOutput, "{:>12}  {:<12}  {:<13}  {:<11}  {}\n", "time ms", "thread", "command",
-                   "verdict", "fields");
+        mOutput->writeLine(fmt::format("{:>12}  {:<12}  {:<13}  {:<11}  {}", "time ms", "thread",
+                                       "command", "verdict", "fields"));
     }
 }
 
 void CommandPrinter::onCall(const PlayedCall& played) {
+    if (mOutput->error() != 0) {
+        return;  // nobody reads it any more
+    }
     mBeforeRows();
     for (const ReceivedCommand& command : played.commands) {
         if (mFormat == PrintFormat::Table) {
@@ -87,7 +87,7 @@ void CommandPrinter::onCall(const PlayedCall& played) {
 }
 
 void CommandPrinter::onWait() {
-    std::fflush(mOutput);
+    mOutput->flush();
 }
 
 void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedCommand& command) {
@@ -104,15 +104,15 @@ void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedComma
         row += fmt::format("  <- {}", command.finding);
     }
     row.erase(row.find_last_not_of(' ') + 1);
-    fmt::print(mOutput, "{}\n", row);
+    mOutput->writeLine(row);
 }
 
 void CommandPrinter::printTableFailure(const PlayedCall& played) {
     const std::string what =
             fmt::format("{} in line {}{}", operationName(played.call->operation), played.call->line,
                         played.isFailureInjected ? ", injected" : "");
-    fmt::print(mOutput, kRowFormat, timeMs(played), played.thread, "-", "returned -1", what);
-    fmt::print(mOutput, "\n");
+    mOutput->writeLine(
+            fmt::format(kRowFormat, timeMs(played), played.thread, "-", "returned -1", what));
 }
 
 void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCommand& command) {
@@ -132,14 +132,18 @@ void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCo
     if (!command.finding.empty()) {
         row["finding"] = command.finding;
     }
-    printJson(mOutput, row);
+    printJson(row);
 }
 
 void CommandPrinter::printJsonFailure(const PlayedCall& played) {
     ordered_json row = beginJson(played);
     row["returned"] = played.result;
     row["injected"] = played.isFailureInjected;
-    printJson(mOutput, row);
+    printJson(row);
+}
+
+void CommandPrinter::printJson(const ordered_json& row) {
+    mOutput->writeLine(row.dump(-1, ' ', false, ordered_json::error_handler_t::replace));
 }
 
 }  // namespace desk

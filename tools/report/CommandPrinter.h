@@ -3,10 +3,11 @@
  */
 #pragma once
 
-#include <cstdio>
 #include <functional>
-#include <string>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 
+#include "log/LineSink.h"
 #include "play/PlayedCall.h"
 
 namespace desk {
@@ -16,18 +17,20 @@ enum class PrintFormat : uint8_t { Table, JsonLines };
 class CommandPrinter : public CallListener {
   public:
     // `beforeRows` is called ahead of the rows of a call.
-    CommandPrinter(FILE* output, PrintFormat format, std::function<void()> beforeRows);
+    CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format,
+                   std::function<void()> beforeRows);
 
     void onCall(const PlayedCall& played) override;
     void onWait() override;
 
   private:
+    void printJson(const nlohmann::ordered_json& row);
     void printTableRow(const PlayedCall& played, const ReceivedCommand& command);
     void printTableFailure(const PlayedCall& played);
     void printJsonCommand(const PlayedCall& played, const ReceivedCommand& command);
     void printJsonFailure(const PlayedCall& played);
 
-    FILE* mOutput;
+    std::shared_ptr<LineSink> mOutput;
     PrintFormat mFormat;
     std::function<void()> mBeforeRows;
 };

@@ -1,9 +1,12 @@
 #include "report/Progress.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <utility>
+
+#include "common/Terminal.h"
 
 namespace desk {
 
@@ -11,13 +14,26 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr auto kInterval = std::chrono::milliseconds(100);
+constexpr auto kBarInterval = std::chrono::milliseconds(100);
+constexpr auto kLineInterval = std::chrono::seconds(2);
 constexpr double kUsPerSecond = 1e6;
+constexpr const char* kEraseLine = "\r\x1b[K";
+
+// As much of the text as fits ahead of the last column: behind a full line the cursor would move on
+// to the next one.
+std::string fitIntoLine(std::string text) {
+    const size_t columns = terminalColumns(STDERR_FILENO).value_or(1);
+    return text.substr(0, columns - 1);
+}
 
 }  // namespace
 
-Progress::Progress(std::optional<uint64_t> size)
-    : mSize(size), mNextDrawing(steady_clock::now() + kInterval) {}
+Progress::Progress(std::optional<uint64_t> size, std::shared_ptr<LineSink> rows)
+    : mSize(size),
+      mRows(std::move(rows)),
+      mOutput(LineSink::toStandardError()),
+      mIsBar(canTerminalEraseLines()),
+      mNextDrawing(steady_clock::now() + (mIsBar ? kBarInterval : kLineInterval)) {}
 
 Progress::~Progress() {
     erase();
@@ -26,33 +42,40 @@ Progress::~Progress() {
 void Progress::onCall(const PlayedCall& played) {
     ++mCalls;
     const auto now = steady_clock::now();
-    if (now >= mNextDrawing) {
-        draw(played);
-        mNextDrawing = now + kInterval;
+    if (now < mNextDrawing) {
+        return;
+    }
+    mRows->flush();
+    if (mIsBar) {
+        mOutput->write(kEraseLine + fitIntoLine(describe(played)));
+        mOutput->flush();
+        mIsDrawn = true;
+        mNextDrawing = now + kBarInterval;
+    } else {
+        mOutput->writeLine(describe(played));
+        mNextDrawing = now + kLineInterval;
     }
 }
 
-void Progress::draw(const PlayedCall& played) {
-    constexpr uint64_t kWidth = 40;
-    constexpr uint64_t kPercent = 100;
-    std::fflush(stdout);
-    fmt::print(stderr, "\r\x1b[K");
+std::string Progress::describe(const PlayedCall& played) const {
+    std::string text;
     if (mSize && *mSize > 0) {
+        constexpr uint64_t kWidth = 40;
+        constexpr uint64_t kPercent = 100;
         const uint64_t done = std::min(played.call->endOffset, *mSize);
-        fmt::print(stderr, "[{:<{}}] {:>3}%  ", std::string(done * kWidth / *mSize, '#'), kWidth,
-                   done * kPercent / *mSize);
+        text = fmt::format("{:>3}%  ", done * kPercent / *mSize);
+        if (mIsBar) {
+            text += fmt::format("[{:<{}}]  ", std::string(done * kWidth / *mSize, '#'), kWidth);
+        }
     }
-    fmt::print(stderr, "{:.3f} s  {} calls", static_cast<double>(played.call->atUs) / kUsPerSecond,
-               mCalls);
-    std::fflush(stderr);
-    mIsDrawn = true;
+    return text + fmt::format("{:.3f} s  {} calls",
+                              static_cast<double>(played.call->atUs) / kUsPerSecond, mCalls);
 }
 
 void Progress::erase() {
-    if (mIsDrawn) {
-        fmt::print(stderr, "\r\x1b[K");
-        std::fflush(stderr);
-        mIsDrawn = false;
+    if (std::exchange(mIsDrawn, false)) {
+        mOutput->write(kEraseLine);
+        mOutput->flush();
     }
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "driver/DriverSnapshot.h"
-#include "play/Player.h"
+#include "play/PlayResult.h"
 #include "report/Statistics.h"
 
 namespace desk {

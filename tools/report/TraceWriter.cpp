@@ -42,7 +42,7 @@ void forEachAccepted(const PlayedCall& played, uint32_t request, Use&& use) {
 
 }  // namespace
 
-TraceWriter::TraceWriter(const std::string& path) : mSink(LineSink::toFile(path)) {
+TraceWriter::TraceWriter(std::shared_ptr<LineSink> sink) : mSink(std::move(sink)) {
     mSink->writeLine(R"({"displayTimeUnit":"ms","traceEvents":[)");
     write(fmt::format(
             R"({{"ph":"M","pid":{},"name":"process_name","args":{{"name":"camera session"}}}})",
@@ -65,13 +65,12 @@ void TraceWriter::onCall(const PlayedCall& played) {
     endSlices(played);
 }
 
-bool TraceWriter::finish() {
+void TraceWriter::finish() {
     setTracing(false);
     if (!std::exchange(mIsFinished, true)) {
         endAllSlices(mLastNs);
         mSink->writeLine("]}");
     }
-    return mSink->flush();
 }
 
 void TraceWriter::nameTrack(const PlayedCall& played) {

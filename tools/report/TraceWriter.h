@@ -20,16 +20,16 @@ namespace desk {
 
 class TraceWriter : public CallListener {
   public:
-    // Switches the collection of sections on. Throws std::system_error.
-    explicit TraceWriter(const std::string& path);
+    // Switches the collection of sections on.
+    explicit TraceWriter(std::shared_ptr<LineSink> sink);
     // Leaves a whole document, also after an error.
     ~TraceWriter() override;
     TraceWriter(const TraceWriter&) = delete;
     TraceWriter& operator=(const TraceWriter&) = delete;
 
     void onCall(const PlayedCall& played) override;
-    // Ends what is open and the file. False when it could not be written in full.
-    bool finish();
+    // Ends what is open and the document.
+    void finish();
 
   private:
     struct OpenSlice {

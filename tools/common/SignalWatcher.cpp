@@ -1,4 +1,4 @@
-#include "play/InterruptWatcher.h"
+#include "common/SignalWatcher.h"
 
 #include <poll.h>
 #include <pthread.h>
@@ -7,57 +7,55 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
 
-#include "ExitStatus.h"
+#include "common/ExitStatus.h"
 
 namespace desk {
 
 namespace {
 
-sigset_t interrupts() {
+// A blocked signal would be delivered even where it is ignored.
+sigset_t signalsNotIgnored() {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        struct sigaction action = {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            sigaddset(&signals, signal);
+        }
+    }
     return signals;
 }
 
-sigset_t blockInterrupts() {
-    const sigset_t signals = interrupts();
+sigset_t block(const sigset_t& signals) {
     sigset_t former;
     pthread_sigmask(SIG_BLOCK, &signals, &former);
     return former;
 }
 
-int openSignals() {
-    const sigset_t signals = interrupts();
-    return signalfd(-1, &signals, SFD_CLOEXEC);
-}
-
 }  // namespace
 
-InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt)
-    : mOnInterrupt(std::move(onInterrupt)),
-      mFormerMask(blockInterrupts()),
-      mSignals(openSignals()) {
+SignalWatcher::SignalWatcher(std::function<void()> onSignal)
+    : mOnSignal(std::move(onSignal)),
+      mWatched(signalsNotIgnored()),
+      mFormerMask(block(mWatched)),
+      mSignals(signalfd(-1, &mWatched, SFD_CLOEXEC)) {
     if (mSignals.get() < 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot watch for Ctrl-C");
+        throw std::system_error(errno, std::generic_category(), "cannot watch for signals");
     }
     mThread = std::thread([this] { watch(); });
 }
 
-InterruptWatcher::~InterruptWatcher() {
+SignalWatcher::~SignalWatcher() {
     mEnd.set();
     mThread.join();
     pthread_sigmask(SIG_SETMASK, &mFormerMask, nullptr);
 }
 
-void InterruptWatcher::watch() {
-    bool isInterrupted = false;
+void SignalWatcher::watch() {
     while (true) {
         std::array<pollfd, 2> waiting = {{{mSignals.get(), POLLIN, 0}, {mEnd.get(), POLLIN, 0}}};
         if (poll(waiting.data(), waiting.size(), -1) < 0) {
@@ -70,10 +68,12 @@ void InterruptWatcher::watch() {
         if (read(mSignals.get(), &info, sizeof info) != sizeof info) {
             continue;
         }
-        if (std::exchange(isInterrupted, true)) {
-            std::_Exit(kExitInterrupted);
+        const auto signal = static_cast<int>(info.ssi_signo);
+        if (mReceived != 0) {
+            std::_Exit(exitStatusOfSignal(signal));
         }
-        mOnInterrupt();
+        mReceived = signal;
+        mOnSignal();
     }
 }
 

@@ -1,5 +1,5 @@
 /*
- * What velk-replay tells by its exit status.
+ * What the tools tell by their exit status.
  */
 #pragma once
 
@@ -8,6 +8,10 @@ namespace desk {
 inline constexpr int kExitAsExpected = 0;
 inline constexpr int kExitUnexpected = 1;
 inline constexpr int kExitBadInput = 2;
-inline constexpr int kExitInterrupted = 130;
+
+// As a shell tells of a program that the signal ended.
+constexpr int exitStatusOfSignal(int signal) {
+    return 128 + signal;
+}
 
 }  // namespace desk

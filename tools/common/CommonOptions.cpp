@@ -1,0 +1,127 @@
+#include "common/CommonOptions.h"
+
+#include <cutils/properties.h>
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+#include <stdexcept>
+
+#include "common/ExitStatus.h"
+#include "common/StandardStreams.h"
+#include "log/LineSink.h"
+
+namespace desk {
+
+const char* const kCommonOptionsHelp = R"(
+Faults of the driver (--driver), items with commas between them:
+  absent                   there is no control node
+  open=ERRNO[*TIMES]       opening the node fails
+  COMMAND=ERRNO[*TIMES]    a command (27 to 38, or a name such as taskStart) is refused
+  slow=[COMMAND:]DURATION  a command, or every one, takes that much longer (us, ms or s, up to 10s)
+)";
+
+namespace {
+
+PrintFormat parseFormat(const std::string& text) {
+    if (text == "table") {
+        return PrintFormat::Table;
+    }
+    if (text == "jsonl") {
+        return PrintFormat::JsonLines;
+    }
+    throw CLI::ValidationError("--format", fmt::format("\"{}\" is neither table nor jsonl", text));
+}
+
+std::pair<std::string, std::string> parseProperty(const std::string& text) {
+    const size_t place = text.find('=');
+    if (place == std::string::npos || place == 0) {
+        throw CLI::ValidationError("--property",
+                                   fmt::format("\"{}\" is not of the form NAME=VALUE", text));
+    }
+    std::string value = text.substr(place + 1);
+    if (value.size() >= PROPERTY_VALUE_MAX) {
+        throw CLI::ValidationError("--property",
+                                   fmt::format("the value of \"{}\" is longer than {} characters",
+                                               text.substr(0, place), PROPERTY_VALUE_MAX - 1));
+    }
+    return {text.substr(0, place), std::move(value)};
+}
+
+InjectedFaults parseInjectedFaults(const std::string& text) {
+    try {
+        return InjectedFaults::parse(text);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--driver", error.what());
+    }
+}
+
+// Standard output carries the table and the summary.
+void parseTraceFile(const std::string& text, CommonOptions& options) {
+    if (text == "-") {
+        throw CLI::ValidationError("--trace",
+                                   "standard output has the summary, expected the name of a file");
+    }
+    options.traceFile = text;
+}
+
+}  // namespace
+
+void addCommonOptions(CLI::App& app, CommonOptions& options) {
+    using Text = std::string;
+    app.add_option("--tuning", options.tuning, "Folder with platform.json and its companions")
+            ->type_name("DIR");
+    app.add_option_function<Text>(
+               "--format", [&options](const Text& text) { options.format = parseFormat(text); },
+               "How commands and summary are printed, by default a table")
+            ->type_name("table|jsonl");
+    app.add_flag("-q,--quiet", options.isQuiet, "Print the summary alone");
+    app.add_option_function<Text>(
+               "--trace", [&options](const Text& text) { parseTraceFile(text, options); },
+               "Write a trace for Perfetto or chrome://tracing")
+            ->type_name("FILE");
+    app.add_option("--log", options.logFile,
+                   "Write the library's Android log, every level; - is standard error")
+            ->type_name("FILE");
+    app.add_option("--ulog", options.ulogFile,
+                   "Write what goes to the camera stack's logger; - is standard error")
+            ->type_name("FILE");
+    app.add_option_function<std::vector<Text>>(
+               "--property",
+               [&options](const std::vector<Text>& texts) {
+                   for (const Text& text : texts) {
+                       options.properties.push_back(parseProperty(text));
+                   }
+               },
+               "Set a system property first; may be repeated")
+            ->type_name("NAME=VALUE")
+            ->allow_extra_args(false);
+    app.add_option_function<Text>(
+               "--driver",
+               [&options](const Text& text) { options.injectedFaults = parseInjectedFaults(text); },
+               "What the driver does wrong, see below")
+            ->type_name("SPEC");
+}
+
+std::optional<int> parseCommandLine(CLI::App& app, int argc, const char* const* argv) {
+    try {
+        app.parse(argc, argv);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream help;
+        if (app.exit(error, help, help) != 0) {
+            sayError(app.get_name(), error.what());
+            sayError(app.get_name(), fmt::format("try {} --help", app.get_name()));
+            return kExitBadInput;
+        }
+        const auto output = LineSink::toStandardOutput();
+        output->write(help.str());
+        if (!output->close()) {
+            sayError(app.get_name(), describeFailure(*output));
+            return kExitBadInput;
+        }
+        return kExitAsExpected;
+    }
+}
+
+}  // namespace desk

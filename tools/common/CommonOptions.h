@@ -1,0 +1,40 @@
+/*
+ * The options that every tool has which runs calls of the library on the desk: what the desk is
+ * like, and where what it sees goes.
+ */
+#pragma once
+
+#include <CLI/App.hpp>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "driver/InjectedFaults.h"
+#include "report/CommandPrinter.h"
+
+namespace desk {
+
+struct CommonOptions {
+    std::string tuning;
+    PrintFormat format = PrintFormat::Table;
+    bool isQuiet = false;
+    std::optional<std::string> traceFile;
+    std::optional<std::string> logFile;   // "-" is standard error
+    std::optional<std::string> ulogFile;  // likewise
+    std::vector<std::pair<std::string, std::string>> properties;
+    InjectedFaults injectedFaults;
+};
+
+// Parsing with `app` writes into `options`, which has to live until then. What the options cannot
+// have fails as CLI::ParseError.
+void addCommonOptions(CLI::App& app, CommonOptions& options);
+
+// What --help says below the options, on those that are added here.
+extern const char* const kCommonOptionsHelp;
+
+// Parses the command line, and prints what was asked for or went wrong. The exit status where the
+// command line asks for an end, none where the tool is to go on.
+std::optional<int> parseCommandLine(CLI::App& app, int argc, const char* const* argv);
+
+}  // namespace desk

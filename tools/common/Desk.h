@@ -1,0 +1,22 @@
+/*
+ * The desk as the command line wants it.
+ */
+#pragma once
+
+#include <vector>
+
+#include "common/CommonOptions.h"
+#include "common/OutputFiles.h"
+
+namespace desk {
+
+// Puts tuning data, properties and the faults of the driver in place. Throws std::runtime_error,
+// whose text names the file at fault.
+void setUpDesk(const CommonOptions& options);
+
+// What setUpDesk reads.
+std::vector<NamedFile> inputFilesOf(const CommonOptions& options);
+// What Outputs writes, the standard streams among it.
+std::vector<NamedFile> outputFilesOf(const CommonOptions& options);
+
+}  // namespace desk

@@ -1,0 +1,33 @@
+/*
+ * The Android log and the camera stack's logger on their way to where the command line wants them.
+ */
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "common/CommonOptions.h"
+#include "log/LineSink.h"
+#include "ulogger/DeskULogger.h"
+
+namespace desk {
+
+// They are as at the desk's start before its making and after its end.
+class Logs {
+  public:
+    // Opens the files. Throws std::system_error.
+    explicit Logs(const CommonOptions& options);
+    ~Logs();
+    Logs(const Logs&) = delete;
+    Logs& operator=(const Logs&) = delete;
+
+    // Of each log that is written.
+    std::vector<std::shared_ptr<LineSink>> sinks() const;
+
+  private:
+    std::shared_ptr<LineSink> mLog;
+    std::shared_ptr<LineSink> mUlog;
+    std::unique_ptr<DeskULogger> mLogger;
+};
+
+}  // namespace desk

@@ -1,0 +1,87 @@
+#include "common/Outputs.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "common/StandardStreams.h"
+
+namespace desk {
+
+namespace {
+
+// A bar would run into lines that others write to standard error.
+bool wantsProgress(const CommonOptions& options) {
+    return isatty(STDERR_FILENO) != 0 && options.logFile != "-" && options.ulogFile != "-";
+}
+
+}  // namespace
+
+Outputs::Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize)
+    : mFormat(options.format),
+      mIsQuiet(options.isQuiet),
+      mStandardOutput(LineSink::toStandardOutput()),
+      mLogs(options) {
+    if (options.traceFile) {
+        mTraceFile = LineSink::toFile(*options.traceFile);
+        mTrace = std::make_unique<TraceWriter>(mTraceFile);
+    }
+    if (wantsProgress(options)) {
+        mProgress = std::make_unique<Progress>(inputSize, mStandardOutput);
+    }
+    if (!options.isQuiet) {
+        mPrinter = std::make_unique<CommandPrinter>(mStandardOutput, options.format, [this] {
+            if (mProgress != nullptr) {
+                mProgress->erase();
+            }
+        });
+    }
+}
+
+std::vector<CallListener*> Outputs::listeners() {
+    std::vector<CallListener*> listeners = {&mStatistics};
+    for (CallListener* listener :
+         {static_cast<CallListener*>(mPrinter.get()), static_cast<CallListener*>(mTrace.get()),
+          static_cast<CallListener*>(mProgress.get())}) {
+        if (listener != nullptr) {
+            listeners.push_back(listener);
+        }
+    }
+    return listeners;
+}
+
+void Outputs::printSummary(const Summary& summary) {
+    if (mProgress != nullptr) {
+        mProgress->erase();
+    }
+    if (mFormat == PrintFormat::JsonLines) {
+        mStandardOutput->writeLine(formatSummaryJson(summary));
+        return;
+    }
+    if (!mIsQuiet) {
+        mStandardOutput->writeLine("");
+    }
+    mStandardOutput->write(formatSummaryText(summary));
+}
+
+std::vector<std::string> Outputs::finish() {
+    if (mTrace != nullptr) {
+        mTrace->finish();
+    }
+    std::vector<std::string> failures;
+    if (!mStandardOutput->close() && mStandardOutput->error() != EPIPE) {
+        failures.push_back(describeFailure(*mStandardOutput));
+    }
+    std::vector<std::shared_ptr<LineSink>> files = mLogs.sinks();
+    if (mTraceFile != nullptr) {
+        files.push_back(mTraceFile);
+    }
+    for (const auto& file : files) {
+        if (!file->close()) {
+            failures.push_back(describeFailure(*file));
+        }
+    }
+    return failures;
+}
+
+}  // namespace desk

@@ -1,0 +1,53 @@
+/*
+ * Everything that a tool writes while calls are made: table or JSON Lines, trace, logs, progress,
+ * and the summary at the end.
+ */
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/CommonOptions.h"
+#include "common/Logs.h"
+#include "report/CommandPrinter.h"
+#include "report/Progress.h"
+#include "report/Statistics.h"
+#include "report/Summary.h"
+#include "report/TraceWriter.h"
+
+namespace desk {
+
+// No failing write ends the run. What has failed is told at the end, by finish().
+class Outputs {
+  public:
+    // Opens the files. `inputSize` is what the progress is measured by, in bytes, if it is known.
+    // Throws std::system_error.
+    Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize);
+    Outputs(const Outputs&) = delete;
+    Outputs& operator=(const Outputs&) = delete;
+
+    // Everybody who hears of the calls, in the order in which they have to.
+    std::vector<CallListener*> listeners();
+    const Statistics& statistics() const { return mStatistics; }
+
+    void printSummary(const Summary& summary);
+    // Ends and closes every output. Returns "FILE: REASON" for each that could not be written in
+    // full. Standard output whose reader has gone counts as written.
+    std::vector<std::string> finish();
+
+  private:
+    PrintFormat mFormat;
+    bool mIsQuiet;
+    std::shared_ptr<LineSink> mStandardOutput;
+    Logs mLogs;
+    Statistics mStatistics;
+    std::unique_ptr<Progress> mProgress;
+    std::unique_ptr<CommandPrinter> mPrinter;
+    std::shared_ptr<LineSink> mTraceFile;
+    std::unique_ptr<TraceWriter> mTrace;
+};
+
+}  // namespace desk

@@ -1,0 +1,44 @@
+/*
+ * Turns the signals that ask a tool to end into a call.
+ */
+#pragma once
+
+#include <atomic>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include "Descriptor.h"
+
+namespace desk {
+
+/*
+ * Watches for SIGHUP, SIGINT and SIGTERM from its making to its end; one that the tool's parent has
+ * had ignored stays ignored. The first one calls `onSignal` on a thread of its own; the second ends
+ * the process at once, with the exit status of that signal. To be made before any other thread,
+ * because the threads made later inherit that these signals do not reach them.
+ */
+class SignalWatcher {
+  public:
+    // Throws std::system_error.
+    explicit SignalWatcher(std::function<void()> onSignal);
+    ~SignalWatcher();
+    SignalWatcher(const SignalWatcher&) = delete;
+    SignalWatcher& operator=(const SignalWatcher&) = delete;
+
+    // The first signal so far, 0 when there was none.
+    int received() const { return mReceived; }
+
+  private:
+    void watch();
+
+    std::function<void()> mOnSignal;
+    sigset_t mWatched;
+    sigset_t mFormerMask;
+    Descriptor mSignals;
+    Event mEnd;
+    std::atomic<int> mReceived = 0;
+    std::thread mThread;
+};
+
+}  // namespace desk

@@ -1,0 +1,39 @@
+#include "common/StandardStreams.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <system_error>
+
+#include "text/PrintableText.h"
+
+namespace desk {
+
+void prepareStandardStreams() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            // The lowest free number is this one. Open for the wrong direction, it fails at use.
+            static_cast<void>(::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+        }
+    }
+}
+
+void sayError(std::string_view program, std::string_view message) noexcept {
+    try {
+        LineSink::toStandardError()->writeLine(
+                fmt::format("{}: {}", program, printableText(message)));
+    } catch (const std::exception&) {
+        // Without memory for the line there is nothing to say it with.
+    }
+}
+
+std::string describeFailure(const LineSink& sink) {
+    return fmt::format("{}: {}", sink.name(), std::generic_category().message(sink.error()));
+}
+
+}  // namespace desk

@@ -15,6 +15,13 @@ enum ENUM_VELK_JSON_SOURCE : int32_t {
     VELK_JSON_SOURCE_CUSTOMER = 1,
 };
 
+// The platform's source describes the tasks with enums below this one, the customer's source those
+// above, and no source this one itself.
+inline constexpr int32_t VELK_TASK_ENUM_GAP = 21;
+
+// What getTaskTargetTime answers for a task that the source does not know.
+inline constexpr int32_t VELK_UNKNOWN_TASK_TARGET_TIME = -2;
+
 class VELKJsonConvertor {
   public:
     // A new convertor, or an empty owner when the source has no data.

@@ -19,6 +19,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
@@ -31,9 +33,8 @@
 #include "foundation/RuntimeSwitches.h"
 #include "foundation/ThreadSafety.h"
 #include "foundation/TraceSection.h"
-#include "resource/AnchorTargets.h"
+#include "resource/AnchorTable.h"
 #include "resource/SingleShotRecord.h"
-#include "resource/TaskIdentityInline.h"
 #include "resource/VELKRescManagement.h"
 
 namespace {
@@ -155,7 +156,7 @@ namespace {
     VELK_INIT_PARAM record{};
     record.driverParam = params.driverParam;
     for (int cluster = 0; cluster < 3; ++cluster) {
-        record.clusterLevels[cluster] = resource.clusterLevel(cluster);
+        record.clusterLevels[cluster] = resource.staticData().clusterLevel(cluster);
     }
     if (params.queryMaxEfficientFreq) {
         for (int cluster = 0; cluster < 3; ++cluster) {
@@ -171,7 +172,7 @@ namespace {
 [[gnu::cold]] void applyDefaultControls(const VELKRescManagement& resource) {
     VELKSingleShotControl levels;
     for (int cluster = 0; cluster < 3; ++cluster) {
-        levels.rangeLevels1.push_back(resource.clusterDefaultLevel(cluster));
+        levels.rangeLevels1.push_back(resource.staticData().clusterDefaultLevel(cluster));
     }
     VELKMachine::notifySingleShotControl(levels);
 
@@ -268,7 +269,7 @@ int32_t adjustedTargetTime(int32_t targetTime) {
 }
 
 bool isTaskValid(VELKRescManagement& resource, const int& task) {
-    VELKJsonConvertor* const convertor = resource.convertorOf(task);
+    VELKJsonConvertor* const convertor = resource.staticData().convertorOf(task);
     const int32_t targetTime =
             convertor != nullptr ? convertor->getTaskTargetTime(task) : kUnknownTargetTime;
     const int32_t defaultUclamp =
@@ -288,7 +289,7 @@ void eraseFirst(std::string& text, std::string_view part) {
 }
 
 std::string shortTaskName(const VELKRescManagement& resource, int task) {
-    std::string name = resource.taskName(task);
+    std::string name = resource.staticData().nameOf(task);
     eraseFirst(name, "TASK_");
     eraseFirst(name, "CUSTOM_");
     return name.substr(0, kMaxShortName);
@@ -299,8 +300,8 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
                                                unsigned uniqueTaskId,
                                                const VELKTaskExtraParams& extra) {
     const std::string name = shortTaskName(resource, task);
-    const int32_t targetTime = adjustedTargetTime(resource.targetTimeOf(task));
-    const bool isVIPTask = resource.isVIPTask(task);
+    const int32_t targetTime = adjustedTargetTime(resource.staticData().targetTimeOf(task));
+    const bool isVIPTask = resource.staticData().isVIPTask(task);
     VELK_LOGI("new task: %d (%d) taskTargetTime: %d, isVIPTask: %d", task,
               static_cast<int>(uniqueTaskId), targetTime, isVIPTask);
     VELK_LOGI("curTask uniqueId: %d (task enum: %d => %s), group head uniqueId: %d",
@@ -308,9 +309,9 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
 
     VELK_TASK_INIT_PARAM record{};
     record.uniqueTaskId = uniqueTaskId;
-    record.defaultUclamp = resource.defaultUclampOf(task);
+    record.defaultUclamp = resource.staticData().defaultUclampOf(task);
     record.targetTime = targetTime;
-    record.taskSpecValue = resource.specValueOf(task);
+    record.taskSpecValue = resource.staticData().specValueOf(task);
     record.isVIPTask = isVIPTask;
     record.extraFlag0 = extra.extraFlag0;
     record.extraFlag1 = extra.extraFlag1;
@@ -348,7 +349,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
     bool isFirstShowUp = false;
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
-    record.uniqueTaskId = resource.uniqueTaskIdOf(key, task, isFirstShowUp);
+    record.uniqueTaskId = resource.taskIds().idOf(key, task, isFirstShowUp);
     {
         // A pair whose registration is neither sent nor kept has to be registered next time.
         Rollback forgetPair([&]() noexcept {
@@ -368,7 +369,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
     }
 
     const bool sent = sendIOCtl<VELK_IOC_TASK_START>(resource.deviceFd(), record);
-    resource.recordTaskStart(task, record.uniqueTaskId, record.tid);
+    resource.taskThreads().start(task, record.uniqueTaskId, record.tid);
     return resultOf(sent);
 }
 
@@ -392,7 +393,7 @@ int VELKMachine::notifyTaskEnd(const void* key, int task) {
     bool isFirstShowUp = false;
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
-    record.uniqueTaskId = resource.uniqueTaskIdOf(key, task, isFirstShowUp);
+    record.uniqueTaskId = resource.taskIds().idOf(key, task, isFirstShowUp);
     if (isFirstShowUp) {
         // The look-up has just made an id for a pair that never started.
         const Rollback forgetPair([&]() noexcept { resource.removeUniqueTaskId(key, task); });
@@ -401,7 +402,7 @@ int VELKMachine::notifyTaskEnd(const void* key, int task) {
     }
 
     const bool sent = sendIOCtl<VELK_IOC_TASK_END>(resource.deviceFd(), record);
-    resource.recordTaskEnd(task, record.uniqueTaskId);
+    resource.taskThreads().end(task, record.uniqueTaskId);
     return resultOf(sent);
 }
 
@@ -415,7 +416,7 @@ int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
 
     VELK_TASK_PARAM record{};
     record.tid = static_cast<uint32_t>(gettid());
-    record.uniqueTaskId = resource->activeTaskIdOf(task, record.tid);
+    record.uniqueTaskId = resource->taskThreads().activeIdOf(task, record.tid);
     VELK_LOGI("[%s] notifyTaskSceneChange, taskId: %d", "notifyTaskSceneChange",
               static_cast<int>(record.uniqueTaskId));
     if (record.uniqueTaskId == 0) {
@@ -427,6 +428,22 @@ int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
 }
 
 // --- Single-shot controls ------------------------------------------------------------------------
+
+namespace {
+
+// Names the critical tasks in the record by the unique task ids that exist for them.
+void nameCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, VELKRescManagement& resource,
+                       const ActiveSingleShots::CriticalTasks& criticalTasks) {
+    std::vector<unsigned> ids;
+    std::vector<uint32_t> uclamps;
+    for (const auto& [task, uclamp] : criticalTasks) {
+        resource.getUniqueTaskIdsFromTask(task, ids);
+        uclamps.resize(ids.size(), static_cast<uint32_t>(uclamp));
+    }
+    setCriticalTasks(record, ids, uclamps);
+}
+
+}  // namespace
 
 int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     const InsideCall inside(gActiveCalls);
@@ -441,28 +458,32 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
         return kFailure;
     }
 
+    ActiveSingleShots& active = resource->activeSingleShots();
     uint64_t serial = 0;
-    bool isRegistered = false;
+    bool isAdded = false;
     bool isCounted = false;
     if (control.category == kUserCategory) {
-        VELKRescManagement::DetachedEntry entry;
+        ActiveSingleShots::DetachedEntry entry;
         entry.emplace_back(control);
-        serial = resource->pushUserSingleShotControl(std::move(entry));
+        serial = active.push(std::move(entry));
     } else {
-        isCounted = resource->addDefaultSingleShotControl(control);
+        isCounted = resource->singleShotSettings().addDefault(control);
     }
     // A caller that gets an exception may hand the same control over again.
     Rollback takeBack([&]() noexcept {
-        resource->takeBackSingleShotControl(control, serial, isRegistered);
+        active.takeBack(control, serial, isAdded);
         if (isCounted) {
-            resource->takeBackDefaultSingleShotControl(control.category);
+            resource->singleShotSettings().takeBackDefault(control.category);
         }
     });
-    resource->registerSingleShotControl(control);
-    isRegistered = true;
+    active.add(control);
+    isAdded = true;
 
     VELK_SINGLE_SHOT_PARAM record{};
-    resource->resolveSingleShotControl(record, control, control.isReset);
+    const auto criticalTasks = active.fillMergedRecord(record, control, control.isReset);
+    if (!criticalTasks.empty()) {
+        nameCriticalTasks(record, *resource, criticalTasks);
+    }
     const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource->deviceFd(), record);
     takeBack.dismiss();
     return resultOf(sent);
@@ -486,11 +507,11 @@ namespace {
 
 // The newest handed-over control, taken off the stack, or the control of a category. Empty when
 // there is none.
-VELKRescManagement::DetachedEntry takeControlToReset(VELKRescManagement& resource, int category) {
+ActiveSingleShots::DetachedEntry takeControlToReset(VELKRescManagement& resource, int category) {
     if (category == kUserCategory) {
-        return resource.popUserSingleShotControl();
+        return resource.activeSingleShots().pop();
     }
-    VELKRescManagement::DetachedEntry entry;
+    ActiveSingleShots::DetachedEntry entry;
     entry.emplace_back(VELKSingleShotControl{});
     if (!resource.getSingleShotSetting(category, entry.front().control)) {
         VELK_LOGE("notifyResetSingleShotControl", "Single shot setting of %d not found", category);
@@ -510,10 +531,11 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     VELK_LOGD("VELK::notifyResetSingleShotControl:%d", category);
     const TraceSection section("VELK::notifyResetSingleShotControl");
 
-    VELKRescManagement::DetachedEntry taken = takeControlToReset(resource, category);
+    ActiveSingleShots::DetachedEntry taken = takeControlToReset(resource, category);
     if (taken.empty()) {
         return kFailure;
     }
+    ActiveSingleShots& active = resource.activeSingleShots();
     const VELKSingleShotControl& control = taken.front().control;
     if (!isValidSingleShotControl(control)) {
         VELK_LOGE("notifyResetSingleShotControl", "Not valid single shot control");
@@ -522,15 +544,17 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     // A caller that gets an exception may reset again: the control is then still there.
     Rollback keepControl([&]() noexcept {
         if (category == kUserCategory) {
-            resource.putBackUserSingleShotControl(std::move(taken));
+            active.putBack(std::move(taken));
         }
     });
-    const WithdrawnCounts withdrawn = resource.unregisterSingleShotControl(control);
-    Rollback reactivate(
-            [&]() noexcept { resource.undoUnregisterSingleShotControl(control, withdrawn); });
+    const WithdrawnCounts withdrawn = active.withdraw(control);
+    Rollback reactivate([&]() noexcept { active.undoWithdrawal(control, withdrawn); });
 
     VELK_SINGLE_SHOT_PARAM record{};
-    resource.resolveSingleShotControl(record, control, true);
+    const auto criticalTasks = active.fillMergedRecord(record, control, true);
+    if (!criticalTasks.empty()) {
+        nameCriticalTasks(record, resource, criticalTasks);
+    }
     record.isReset = 1;
     if (control.requestValue != -1) {
         record.requestValue = VELK_REQUEST_RELEASED;
@@ -577,7 +601,7 @@ namespace {
 
 // Whether the tuning data knows the task of a critical span.
 inline bool isCriticalTaskKnown(const VELKRescManagement& resource, int task) {
-    if (resource.defaultUclampOf(task) > 0) {
+    if (resource.staticData().defaultUclampOf(task) > 0) {
         return true;
     }
     VELK_LOGD_GATED("task: %d invalid", task);
@@ -631,7 +655,7 @@ int VELKMachine::notifySingleShotCriticalTaskStart(int task) {
     VELK_LOGD_GATED("[%s] notifySingleShotCriticalTaskStart", "notifySingleShotCriticalTaskStart");
     VELK_CRITICAL_TASK_PARAM record{};
     record.tid = gettid();
-    record.criticalValue = resource->criticalValueOf(task);
+    record.criticalValue = resource->activeSingleShots().criticalValueOf(task);
     return resultOf(sendIOCtl<VELK_IOC_CRITICAL_START>(resource->deviceFd(), record));
 }
 
@@ -659,8 +683,8 @@ int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
     if (resource == nullptr) {
         return failCheckInitGated();
     }
-    const auto spec = resource->validateAnchor(anchor);
-    if (!spec) {
+    const auto targets = resource->anchors().validate(anchor);
+    if (!targets) {
         return kFailure;
     }
     const TraceSection section("VELK::notifyAnchorPointStart");
@@ -669,8 +693,8 @@ int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
     record.phase = VELK_ANCHOR_START;
     record.serial = serial;
     // The overriding properties count as they are now, not as they were when the anchor passed.
-    record.latencyTarget = getLatencySpec(anchor, *spec);
-    record.jitterTarget = getJitterSpec(anchor, *spec);
+    record.latencyTarget = AnchorTable::latencyInForce(anchor, *targets);
+    record.jitterTarget = AnchorTable::jitterInForce(anchor, *targets);
     return resultOf(sendIOCtl<VELK_IOC_ANCHOR>(resource->deviceFd(), record));
 }
 
@@ -680,8 +704,8 @@ int VELKMachine::notifyAnchorPointEnd(int anchor, unsigned int serial) {
     if (resource == nullptr) {
         return failCheckInitGated();
     }
-    const auto spec = resource->anchorSpecUnlessInvalid(anchor);
-    if (!spec) {
+    const auto targets = resource->anchors().find(anchor);
+    if (!targets) {
         return kFailure;
     }
     const TraceSection section("VELK::notifyAnchorPointEnd");
@@ -689,7 +713,7 @@ int VELKMachine::notifyAnchorPointEnd(int anchor, unsigned int serial) {
     record.anchor = anchor;
     record.phase = VELK_ANCHOR_END;
     record.serial = serial;
-    record.jitterTarget = getJitterSpec(anchor, *spec);
+    record.jitterTarget = AnchorTable::jitterInForce(anchor, *targets);
     return resultOf(sendIOCtl<VELK_IOC_ANCHOR>(resource->deviceFd(), record));
 }
 

@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "foundation/LogGate.h"
-#include "resource/VELKRescManagement.h"
 
 namespace {
 
@@ -52,14 +51,8 @@ void setSingleShotParam(VELK_SINGLE_SHOT_PARAM& record, const VELKSingleShotCont
     std::copy(control.extraValues.begin(), control.extraValues.end(), record.extraValues);
 }
 
-void setCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, const CriticalTaskUclamps& criticalTasks,
-                      VELKRescManagement& resource) {
-    std::vector<unsigned> ids;
-    std::vector<uint32_t> uclamps;
-    for (const auto& [task, uclamp] : criticalTasks) {
-        resource.getUniqueTaskIdsFromTask(task, ids);
-        uclamps.resize(ids.size(), static_cast<uint32_t>(uclamp));
-    }
+void setCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, const std::vector<unsigned>& ids,
+                      const std::vector<uint32_t>& uclamps) {
     if (ids.empty() || ids.size() > kMaxCriticalTasks) {
         VELK_LOGE("setSingleShotParam", "invalid critical task ids or uclamps size");
         return;

@@ -1,12 +1,13 @@
-#include <utility>
+#include "resource/SingleShotSettings.h"
 
+#include "VELKSettingsProvider.h"
 #include "foundation/LogGate.h"
 #include "foundation/Rollback.h"
-#include "resource/VELKRescManagement.h"
 
-bool VELKRescManagement::getSingleShotSetting(int category, VELKSingleShotControl& control) {
+bool SingleShotSettings::find(int category, VELKSingleShotControl& control) {
     auto table = VELKSettingsProvider::getSingleShotControlProvider();
-    // A category that the settings know is theirs alone, even where they yield nothing for it.
+    // A default never stands in for a category that the settings know, even when they hold nothing
+    // for the scenario.
     if (table.contains(category)) {
         auto& settings = table.at(category);
         const bool knowsScenario = settings.contains(mScenario);
@@ -16,41 +17,41 @@ bool VELKRescManagement::getSingleShotSetting(int category, VELKSingleShotContro
         control = std::move(settings.at(knowsScenario ? mScenario : VELK_SCENARIO_FALLBACK));
         return true;
     }
-    const std::lock_guard<std::mutex> lock(mSettingsLock);
-    const auto setting = mDefaultSingleShotTable.find(category);
-    if (setting == mDefaultSingleShotTable.end()) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    const auto known = mDefaults.find(category);
+    if (known == mDefaults.end()) {
         return false;
     }
     // Copied first, so that running out of memory leaves the caller's control whole.
-    control = VELKSingleShotControl(setting->second.control);
+    control = VELKSingleShotControl(known->second.control);
     return true;
 }
 
-bool VELKRescManagement::addDefaultSingleShotControl(const VELKSingleShotControl& control) {
+bool SingleShotSettings::addDefault(const VELKSingleShotControl& control) {
     if (VELKSettingsProvider::getSingleShotControlProvider().contains(control.category)) {
         return false;
     }
     size_t categories = 0;
     {
-        const std::lock_guard<std::mutex> lock(mSettingsLock);
-        const auto [known, isNew] = mDefaultSingleShotTable.try_emplace(control.category, control);
+        const std::lock_guard<std::mutex> lock(mMutex);
+        const auto [known, isNew] = mDefaults.try_emplace(control.category, control);
         if (!isNew) {
             ++known->second.notifications;
             return true;
         }
-        categories = mDefaultSingleShotTable.size();
+        categories = mDefaults.size();
     }
-    Rollback takeBack([&]() noexcept { takeBackDefaultSingleShotControl(control.category); });
+    Rollback takeBack([&]() noexcept { takeBackDefault(control.category); });
     VELK_LOGD("add default control with category(%d) to table(size=%zu)", control.category,
               categories);
     takeBack.dismiss();
     return true;
 }
 
-void VELKRescManagement::takeBackDefaultSingleShotControl(int category) noexcept {
-    const std::lock_guard<std::mutex> lock(mSettingsLock);
-    const auto known = mDefaultSingleShotTable.find(category);
-    if (known != mDefaultSingleShotTable.end() && --known->second.notifications == 0) {
-        mDefaultSingleShotTable.erase(known);
+void SingleShotSettings::takeBackDefault(int category) noexcept {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    const auto known = mDefaults.find(category);
+    if (known != mDefaults.end() && --known->second.notifications == 0) {
+        mDefaults.erase(known);
     }
 }

@@ -3,10 +3,15 @@
 #include <unistd.h>
 
 #include "foundation/ActiveCalls.h"
+#include "foundation/LogGate.h"
 #include "foundation/Rollback.h"
 
 VELKRescManagement::VELKRescManagement(const VELKInitParams& params)
-    : mInitParams(params), mScenario(params.scenario) {}
+    : mInitParams(params),
+      mTaskIds(mStaticData),
+      mGroupHeads(mStaticData),
+      mSingleShotSettings(params.scenario),
+      mActiveSingleShots(mStaticData) {}
 
 VELKRescManagement::~VELKRescManagement() {
     if (mDeviceFd >= 0) {
@@ -40,4 +45,59 @@ std::unique_ptr<VELKRescManagement> VELKRescManagement::createInstance(
     }
     waitForMarks.dismiss();
     return instance;
+}
+
+bool VELKRescManagement::queryStaticData(const VELKInitParams& params) {
+    VELK_LOGD("queryStaticData");
+    const bool hasPlatformData = mStaticData.load(params);
+    mAnchors.load(params);
+    return hasPlatformData;
+}
+
+unsigned VELKRescManagement::getUniqueTaskId(const void* key, const int& task,
+                                             bool& isFirstShowUp) {
+    return mTaskIds.idOf(key, task, isFirstShowUp);
+}
+
+unsigned VELKRescManagement::getUniqueTaskId(const void* key, const int& task) {
+    bool isFirstShowUp = false;
+    return getUniqueTaskId(key, task, isFirstShowUp);
+}
+
+void VELKRescManagement::removeUniqueTaskId(const void* key, const int& task) {
+    mTaskIds.forget(key, task);
+}
+
+void VELKRescManagement::updateTaskState(const int& task, int uniqueTaskId, unsigned tid,
+                                         bool isStart) {
+    if (isStart) {
+        mTaskThreads.start(task, static_cast<unsigned>(uniqueTaskId), tid);
+    } else {
+        mTaskThreads.end(task, static_cast<unsigned>(uniqueTaskId));
+    }
+}
+
+unsigned VELKRescManagement::findTaskIdFromTid(const int& task, unsigned tid) {
+    return mTaskThreads.activeIdOf(task, tid);
+}
+
+void VELKRescManagement::getUniqueTaskIdsFromTask(const int& task, std::vector<unsigned>& out) {
+    mTaskThreads.appendIds(task, out);
+}
+
+void VELKRescManagement::recordGroupHead(const int& task, const unsigned& uniqueTaskId,
+                                         const VELKTaskExtraParams& extra) {
+    mGroupHeads.record(task, uniqueTaskId, extra);
+}
+
+unsigned VELKRescManagement::lookupGroupHead(const int& task, const VELKTaskExtraParams& extra) {
+    return mGroupHeads.find(task, extra);
+}
+
+bool VELKRescManagement::getSingleShotSetting(int category, VELKSingleShotControl& control) {
+    return mSingleShotSettings.find(category, control);
+}
+
+void VELKRescManagement::dumpTaskTable() {
+    mTaskIds.dump();
 }

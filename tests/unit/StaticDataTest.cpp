@@ -35,7 +35,7 @@ TEST_F(StaticDataTest, MissingConvertors) {
 }
 
 TEST_F(StaticDataTest, DefaultsStandInWhereNoConvertorAnswers) {
-    VELKRescManagement bare(kParams);
+    const StaticData bare;
     EXPECT_EQ(1024U, bare.clusterLevel(2));
     EXPECT_EQ(0U, bare.clusterDefaultLevel(2));
     for (const int task : {5, 20, 21, 22}) {
@@ -43,7 +43,7 @@ TEST_F(StaticDataTest, DefaultsStandInWhereNoConvertorAnswers) {
         EXPECT_EQ(0, bare.defaultUclampOf(task));
         EXPECT_EQ(-1, bare.specValueOf(task));
         EXPECT_FALSE(bare.isVIPTask(task));
-        EXPECT_EQ("", bare.taskName(task));
+        EXPECT_EQ("", bare.nameOf(task));
     }
     hears("");
 }
@@ -51,8 +51,8 @@ TEST_F(StaticDataTest, DefaultsStandInWhereNoConvertorAnswers) {
 // The convertor of a query is chosen by the task enum alone, but for the name.
 TEST_F(StaticDataTest, TaskEnumChoosesTheConvertor) {
     platform().sources[0].tasks[24].name = "OWN_NAME";
-    VELKRescManagement manager(kParams);
-    manager.queryStaticData(kParams);
+    StaticData data;
+    data.load(kParams);
     heard();
     const struct {
         int task;
@@ -72,11 +72,11 @@ TEST_F(StaticDataTest, TaskEnumChoosesTheConvertor) {
             }
             return lines;
         };
-        manager.targetTimeOf(c.task);
-        manager.defaultUclampOf(c.task);
-        manager.specValueOf(c.task);
-        manager.isVIPTask(c.task);
-        EXPECT_EQ(c.name, manager.taskName(c.task));
+        data.targetTimeOf(c.task);
+        data.defaultUclampOf(c.task);
+        data.specValueOf(c.task);
+        data.isVIPTask(c.task);
+        EXPECT_EQ(c.name, data.nameOf(c.task));
         hears(asked(c.source, "getTaskTargetTime") + asked(c.source, "getTaskDefaultUclamp") +
                       asked(c.source, "getTaskSpecValue") + asked(c.source, "isVIPTask") +
                       asked(c.nameSources, "getTaskName"),

@@ -1,5 +1,7 @@
 #include "driver/DriverModel.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -68,18 +70,33 @@ size_t indexOf(const VELKCommand& command) {
 }  // namespace
 
 struct DriverModel::State {
+    struct Descriptor {
+        int number = -1;
+        uint64_t file = 0;  // one for each open, shared by its duplicates
+    };
+
     mutable std::mutex mutex;
     std::atomic<bool> isSlow = false;
     InjectedFaults faults;
     std::shared_ptr<DriverObserver> observer;
-    std::vector<int> descriptors;
+    std::vector<Descriptor> descriptors;
+    uint64_t lastFile = 0;
     uint64_t lastSequence = 0;
     DriverSession session;
     DriverSnapshot totals;  // counters and findings alone
 
-    bool isOpen(int descriptor) const {
-        return std::ranges::find(descriptors, descriptor) != descriptors.end();
+    // Null when it is not open.
+    const Descriptor* find(int descriptor) const {
+        const auto found = std::ranges::find(descriptors, descriptor, &Descriptor::number);
+        return found != descriptors.end() ? &*found : nullptr;
     }
+    size_t eraseDescriptor(int descriptor) {
+        return std::erase_if(descriptors, [descriptor](const Descriptor& each) {
+            return each.number == descriptor;
+        });
+    }
+    // Closes the descriptor when its file has others. False when it has none.
+    bool closeDuplicate(int descriptor);
 
     void judgeCommand(DriverEvent& event);
     void judgeKnownCommand(DriverEvent& event);
@@ -89,6 +106,14 @@ struct DriverModel::State {
     int handle(DriverEvent& event, CallCounters& counters, Judge&& judge);
     void injectDelay(const VELKCommand& command) const;
 };
+
+bool DriverModel::State::closeDuplicate(int descriptor) {
+    const std::lock_guard lock(mutex);
+    const Descriptor* closed = find(descriptor);
+    const bool isDuplicate = closed != nullptr &&
+                             std::ranges::count(descriptors, closed->file, &Descriptor::file) > 1;
+    return isDuplicate && eraseDescriptor(descriptor) != 0;
+}
 
 template <typename Judge>
 int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge&& judge) {
@@ -123,7 +148,7 @@ void DriverModel::State::countFinding(const DriverEvent& event) {
 }
 
 void DriverModel::State::judgeCommand(DriverEvent& event) {
-    if (!isOpen(event.descriptor)) {
+    if (find(event.descriptor) == nullptr) {
         refuse(event, EBADF, "a command on a descriptor that is not open");
     } else if (event.command == nullptr) {
         refuse(event, ENOTTY, "a request of no known command");
@@ -181,11 +206,10 @@ int DriverModel::open(int descriptor, uint32_t tid) {
         }
         open.descriptor = descriptor;
         open.result = descriptor;
-        if (state.isOpen(descriptor)) {
+        if (state.eraseDescriptor(descriptor) != 0) {
             note(open, "the descriptor was closed behind the driver's back");
-        } else {
-            state.descriptors.push_back(descriptor);
         }
+        state.descriptors.push_back({descriptor, ++state.lastFile});
     });
 }
 
@@ -209,14 +233,27 @@ int DriverModel::command(int descriptor, uint32_t request, const void* record, u
     return state.handle(event, *counters, [&state](DriverEvent& e) { state.judgeCommand(e); });
 }
 
+int DriverModel::duplicate(int descriptor, int copy) {
+    const std::lock_guard lock(mState->mutex);
+    const State::Descriptor* original = mState->find(descriptor);
+    if (original == nullptr) {
+        return -EBADF;
+    }
+    mState->descriptors.push_back({copy, original->file});
+    return 0;
+}
+
 int DriverModel::close(int descriptor, uint32_t tid) {
     State& state = *mState;
+    if (state.closeDuplicate(descriptor)) {
+        return 0;
+    }
     DriverEvent event;
     event.call = DriverCall::Close;
     event.tid = tid;
     event.descriptor = descriptor;
     return state.handle(event, state.totals.closes, [&state](DriverEvent& close) {
-        if (std::erase(state.descriptors, close.descriptor) == 0) {
+        if (state.eraseDescriptor(close.descriptor) == 0) {
             refuse(close, EBADF, "a close of a descriptor that is not open");
         }
     });
@@ -252,8 +289,31 @@ void DriverModel::reset() {
     mState->isSlow = false;
 }
 
+void DriverModel::prepareFork() {
+    mState->mutex.lock();
+}
+
+void DriverModel::finishForkInParent() {
+    mState->mutex.unlock();
+}
+
+void DriverModel::finishForkInChild() {
+    mState->session = {};
+    mState->totals = {};
+    mState->lastSequence = 0;
+    // Never destroyed: what it refers to may be in use by threads that the child does not have.
+    new std::shared_ptr<DriverObserver>(std::move(mState->observer));
+    mState->mutex.unlock();
+}
+
 DriverModel& controlNode() {
-    static DriverModel& instance = *new DriverModel;
+    static DriverModel& instance = []() -> DriverModel& {
+        auto* const model = new DriverModel;
+        pthread_atfork([] { controlNode().prepareFork(); },
+                       [] { controlNode().finishForkInParent(); },
+                       [] { controlNode().finishForkInChild(); });
+        return *model;
+    }();
     return instance;
 }
 

@@ -30,8 +30,11 @@ class DriverModel {
 
     // The caller brings the descriptor that stands for the node from here on.
     int open(int descriptor, uint32_t tid);
+    // `copy` stands for the same open file from here on. A driver does not hear of it.
+    int duplicate(int descriptor, int copy);
     // `record` points to as many bytes as the request says.
     int command(int descriptor, uint32_t request, const void* record, uint32_t tid);
+    // A driver hears of the close of the last descriptor of an open file alone.
     int close(int descriptor, uint32_t tid);
 
     void injectFaults(const InjectedFaults& faults);
@@ -42,12 +45,18 @@ class DriverModel {
     // Forgets everything but the observer and the descriptors that are open.
     void reset();
 
+    // Around a fork. The child begins with the descriptors that are open, and with no observer.
+    void prepareFork();
+    void finishForkInParent();
+    void finishForkInChild();
+
   private:
     struct State;
     std::unique_ptr<State> mState;
 };
 
 // The driver of this process, the one that answers at the control node. Lives until process exit.
+// The child of a fork has one of its own.
 DriverModel& controlNode();
 
 }  // namespace desk

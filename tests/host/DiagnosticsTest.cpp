@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -48,7 +49,7 @@ std::string here() {
 
 TEST(Diagnostics, BothLoggersWriteLinesToTheirSink) {
     const FrozenClock clock;
-    const std::string path = testing::TempDir() + "desk_log_test.txt";
+    const std::string path = testing::TempDir() + "desk_log_test_" + std::to_string(getpid());
     const auto sink = desk::LineSink::toFile(path);
 
     __android_log_print(ANDROID_LOG_ERROR, "Tag", "nobody listens yet");
@@ -69,6 +70,7 @@ TEST(Diagnostics, BothLoggersWriteLinesToTheirSink) {
     EXPECT_THAT(linesOf(path),
                 ElementsAre(here() + " D Tag: debug 1", here() + " E Tag: error",
                             here() + " [1001015] D Tag: more", here() + " [0000001] E Tag: cut"));
+    std::filesystem::remove(path);
     EXPECT_THROW(desk::LineSink::toFile("/nonexistent/folder/file"), std::system_error);
 }
 

@@ -1,11 +1,19 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,6 +24,8 @@
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
 extern "C" int __open_2(const char* path, int flags);
 extern "C" int __open64_2(const char* path, int flags);
+extern "C" int __openat_2(int folder, const char* path, int flags);
+extern "C" int __openat64_2(int folder, const char* path, int flags);
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace desk {
@@ -47,13 +57,167 @@ TEST_F(Interposer, AnswersOnRealDescriptorsOfTheNode) {
     const VELK_TASK_PARAM start = {currentTid(), 1, 0, 0};
     EXPECT_EQ(ioctl(second, VELK_IOC_TASK_START, &start), -1);
     EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(fcntl(first, F_GETFD), FD_CLOEXEC);
-
     for (const int descriptor : {first, second, third, fourth}) {
         EXPECT_EQ(close(descriptor), 0);
         EXPECT_EQ(fcntl(descriptor, F_GETFD), -1);
     }
     EXPECT_EQ(controlNode().snapshot().openDescriptors, 0U);
+}
+
+// Every call that opens the node, with O_CLOEXEC or without it.
+TEST_F(Interposer, TakesEveryWayToOpenTheNode) {
+    const auto descriptorOf = [](FILE* stream) {
+        const int copy = dup(fileno(stream));
+        EXPECT_EQ(fclose(stream), 0);
+        return copy;
+    };
+    struct {
+        int descriptor;
+        int flags;
+    } const cases[] = {
+            {open(VELK_NODE_PATH, O_RDONLY | O_CLOEXEC), FD_CLOEXEC},
+            {openat(AT_FDCWD, VELK_NODE_PATH, O_RDWR), 0},
+            {openat64(-1, VELK_NODE_PATH, O_RDONLY | O_CLOEXEC), FD_CLOEXEC},
+            {__openat_2(0, VELK_NODE_PATH, O_RDONLY), 0},
+            {__openat64_2(0, VELK_NODE_PATH, O_RDONLY), 0},
+            {descriptorOf(fopen(VELK_NODE_PATH, "re")), 0},
+            {descriptorOf(fopen64(VELK_NODE_PATH, "w+")), 0},
+    };
+    EXPECT_EQ(controlNode().snapshot().openDescriptors, std::size(cases));
+    for (const auto& [descriptor, flags] : cases) {
+        EXPECT_EQ(sendInit(descriptor), 0);
+        EXPECT_EQ(fcntl(descriptor, F_GETFD), flags);
+        EXPECT_EQ(close(descriptor), 0);
+    }
+    EXPECT_EQ(fopen(VELK_NODE_PATH, "x"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(open(VELK_NODE_PATH, O_RDONLY | O_DIRECTORY), -1);
+    EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_EQ(controlNode().snapshot().closes.accepted, std::size(cases));
+}
+
+TEST_F(Interposer, AnswersBadPointersAsAKernelDoes) {
+    const char* volatile nowhere = nullptr;
+    EXPECT_EQ(open(nowhere, O_RDONLY), -1);
+    EXPECT_EQ(errno, EFAULT);
+    EXPECT_EQ(openat64(AT_FDCWD, nowhere, O_RDONLY), -1);
+    EXPECT_EQ(errno, EFAULT);
+
+    const int descriptor = open(VELK_NODE_PATH, O_RDONLY);
+    const long page = sysconf(_SC_PAGESIZE);
+    auto* const pages = static_cast<char*>(mmap(nullptr, static_cast<size_t>(2 * page), PROT_READ,
+                                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_EQ(munmap(pages + page, static_cast<size_t>(page)), 0);
+    for (const uintptr_t place : {uintptr_t{1}, reinterpret_cast<uintptr_t>(pages + page - 4),
+                                  std::numeric_limits<uintptr_t>::max() - 7}) {
+        EXPECT_EQ(ioctl(descriptor, VELK_IOC_VSYNC, place), -1);
+        EXPECT_EQ(errno, EFAULT) << place;
+    }
+    EXPECT_EQ(ioctl(descriptor, VELK_IOC_VSYNC, pages + page - 8), 0);
+    munmap(pages, static_cast<size_t>(page));
+    EXPECT_EQ(close(descriptor), 0);
+}
+
+// The file is closed with its last descriptor.
+TEST_F(Interposer, FollowsEveryWayToDuplicateADescriptor) {
+    const int unused = open("/dev/null", O_RDONLY);
+    struct {
+        int (*duplicate)(int descriptor, int target);
+        int flags;
+    } const cases[] = {
+            {[](int node, int) { return dup(node); }, 0},
+            {[](int node, int target) { return dup2(node, target); }, 0},
+            {[](int node, int target) { return dup3(node, target, O_CLOEXEC); }, FD_CLOEXEC},
+            {[](int node, int target) { return fcntl(node, F_DUPFD, target); }, 0},
+            {[](int node, int target) { return fcntl64(node, F_DUPFD_CLOEXEC, target); },
+             FD_CLOEXEC},
+    };
+    for (const auto& [duplicate, flags] : cases) {
+        controlNode().reset();
+        const int node = open(VELK_NODE_PATH, O_RDONLY);
+        const int copy = duplicate(node, unused);
+        EXPECT_EQ(fcntl(copy, F_GETFD), flags);
+        EXPECT_EQ(dup2(copy, copy), copy);
+        EXPECT_EQ(close(node), 0);
+        EXPECT_EQ(sendInit(node), -1);
+        EXPECT_EQ(sendInit(copy), 0);
+        EXPECT_EQ(controlNode().snapshot().closes.accepted, 0U);
+        EXPECT_EQ(close(copy), 0);
+        EXPECT_EQ(controlNode().snapshot().closes.accepted, 1U);
+        EXPECT_EQ(controlNode().snapshot().openDescriptors, 0U);
+    }
+    close(unused);
+}
+
+TEST_F(Interposer, NoticesWhatTakesTheNumberOfTheNode) {
+    const int file = open("/dev/zero", O_RDONLY);
+    struct {
+        int (*replace)(int file, int node);
+        unsigned stillOpen;
+    } const cases[] = {
+            {[](int from, int node) { return dup2(from, node); }, 0},
+            {[](int from, int node) { return static_cast<int>(syscall(SYS_dup3, from, node, 0)); },
+             1},
+            {[](int, int node) {
+                 syscall(SYS_close, node);
+                 return eventfd(0, 0);
+             },
+             1},
+            {[](int, int node) {
+                 return close_range(static_cast<unsigned>(node), static_cast<unsigned>(node), 0) +
+                        node;
+             },
+             0},
+    };
+    for (const auto& [replace, stillOpen] : cases) {
+        const int node = open(VELK_NODE_PATH, O_RDONLY);
+        const int copy = dup(node);
+        ASSERT_EQ(close(node), 0);
+        ASSERT_EQ(sendInit(copy), 0);
+        const size_t before = controlNode().snapshot().openDescriptors;
+        EXPECT_EQ(replace(file, copy), copy);
+        EXPECT_EQ(controlNode().snapshot().openDescriptors, before - 1 + stillOpen);
+        EXPECT_EQ(sendInit(copy), -1);
+        EXPECT_EQ(controlNode().snapshot().openDescriptors, before - 1);
+        close(copy);
+    }
+    close(file);
+}
+
+TEST_F(Interposer, GivesTheChildOfAForkADriverOfItsOwn) {
+    const int node = open(VELK_NODE_PATH, O_RDONLY);
+    ASSERT_EQ(sendInit(node), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isNew = !controlNode().snapshot().isInitialised;
+        const bool isTaken = sendInit(node) == 0 && controlNode().snapshot().isInitialised;
+        closefrom(3);
+        _exit(isNew && isTaken && controlNode().snapshot().openDescriptors == 0 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(sendInit(node), 0);
+    EXPECT_EQ(close(node), 0);
+    EXPECT_EQ(controlNode().snapshot().commands[0].accepted, 2U);
+}
+
+// What a child does to its descriptors between vfork and exec.
+TEST_F(Interposer, LeavesTheParentOfAVforkAlone) {
+    const int node = open(VELK_NODE_PATH, O_RDONLY);
+    const pid_t child = vfork();
+    if (child == 0) {
+        dup2(0, node);
+        close(node);
+        close_range(3, ~0U, 0);
+        _exit(fcntl(node, F_GETFD) == -1 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(sendInit(node), 0);
+    EXPECT_EQ(close(node), 0);
+    EXPECT_TRUE(controlNode().snapshot().findings.empty());
 }
 
 TEST_F(Interposer, NoticesADoubleCloseAndAUseAfterClose) {
@@ -92,7 +256,7 @@ TEST_F(Interposer, LeavesANumberToWhoeverHasItNow) {
 }
 
 TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
-    const std::string path = testing::TempDir() + "interposer_test.txt";
+    const std::string path = testing::TempDir() + "interposer_test_" + std::to_string(getpid());
     unlink(path.c_str());
     const int file = open(path.c_str(), O_CREAT | O_WRONLY | O_EXCL, 0640);
     ASSERT_GE(file, 0);

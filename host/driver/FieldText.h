@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "foundation/CommandFields.h"
+#include "foundation/CommandTable.h"
 
 namespace desk {
 

@@ -13,8 +13,7 @@ namespace desk {
 
 namespace {
 
-// --- What the row of a field says
-// ------------------------------------------------------------------
+// --- What the table says of a field --------------------------------------------------------------
 
 bool isValid(const VELKField& field, int64_t value) {
     return value >= field.smallest && value <= field.largest;
@@ -45,23 +44,13 @@ std::string findNumberFault(const FieldValue& numbers) {
     return {};
 }
 
-std::string findFieldFault(const VELKCommand& command, const void* record) {
-    for (const VELKField& field : command.fields) {
-        const FieldValue value(field, record);
-        std::string fault = value.isText() ? findTextFault(value) : findNumberFault(value);
-        if (!fault.empty()) {
-            return fault;
-        }
+// --- What holds between a field and the caller, or between fields --------------------------------
+
+std::string findCallerFault(const FieldValue& field, uint32_t tid) {
+    if (field.name() == "tid" && field.number() != tid) {
+        return fmt::format("tid is {}, expected the caller's, {}", field.number(), tid);
     }
     return {};
-}
-
-// --- What holds between fields, or between a field and the caller
-// ----------------------------------
-
-std::string checkCaller(int64_t recordTid, uint32_t tid) {
-    return recordTid == tid ? std::string()
-                            : fmt::format("tid is {}, expected the caller's, {}", recordTid, tid);
 }
 
 // The ids fill their array from the front, and behind them both arrays are zero. An id can appear
@@ -83,11 +72,6 @@ std::string checkCriticalTasks(const VELK_SINGLE_SHOT_PARAM& record) {
     return {};
 }
 
-std::string checkSingleShot(const VELK_SINGLE_SHOT_PARAM& record, uint32_t tid) {
-    std::string fault = checkCaller(record.tid, tid);
-    return fault.empty() ? checkCriticalTasks(record) : fault;
-}
-
 std::string checkAnchor(const VELK_ANCHOR_PARAM& record) {
     if (record.phase == VELK_ANCHOR_END && record.latencyTarget != 0) {
         return fmt::format("latencyTarget is {}, expected 0 in an end", record.latencyTarget);
@@ -95,29 +79,27 @@ std::string checkAnchor(const VELK_ANCHOR_PARAM& record) {
     return {};
 }
 
-std::string findRuleFault(uint32_t request, const void* record, uint32_t tid) {
-    switch (request) {
-        case VELK_IOC_TASK_START:
-        case VELK_IOC_TASK_END:
-        case VELK_IOC_SCENE_CHANGE:
-            return checkCaller(copyRecord<VELK_TASK_PARAM>(record).tid, tid);
-        case VELK_IOC_SINGLE_SHOT:
-            return checkSingleShot(copyRecord<VELK_SINGLE_SHOT_PARAM>(record), tid);
-        case VELK_IOC_CRITICAL_START:
-        case VELK_IOC_CRITICAL_END:
-            return checkCaller(copyRecord<VELK_CRITICAL_TASK_PARAM>(record).tid, tid);
-        case VELK_IOC_ANCHOR:
-            return checkAnchor(copyRecord<VELK_ANCHOR_PARAM>(record));
-        default:
-            return {};  // the rows of the other records say all
-    }
-}
-
 }  // namespace
 
 std::string findRecordFault(const VELKCommand& command, const void* record, uint32_t tid) {
-    std::string fault = findFieldFault(command, record);
-    return fault.empty() ? findRuleFault(command.request, record, tid) : fault;
+    for (const VELKField& field : command.fields) {
+        const FieldValue value(field, record);
+        std::string fault = value.isText() ? findTextFault(value) : findNumberFault(value);
+        if (fault.empty()) {
+            fault = findCallerFault(value, tid);
+        }
+        if (!fault.empty()) {
+            return fault;
+        }
+    }
+    switch (command.request) {
+        case VELK_IOC_SINGLE_SHOT:
+            return checkCriticalTasks(copyRecord<VELK_SINGLE_SHOT_PARAM>(record));
+        case VELK_IOC_ANCHOR:
+            return checkAnchor(copyRecord<VELK_ANCHOR_PARAM>(record));
+        default:
+            return {};  // the fields of the other records do not depend on each other
+    }
 }
 
 }  // namespace desk

@@ -148,10 +148,6 @@ Platform& platform() {
     return *instance;
 }
 
-void Platform::unset(Property property) {
-    properties.at(property) = kUnset;
-}
-
 void Platform::reset() {
     Source& own = sources[VELK_JSON_SOURCE_PLATFORM];
     own = {.clusterLevels = {101, 102, 103, 104, 105, 106, 107, 108},

@@ -41,7 +41,6 @@ struct Platform {
     void reset();
 
     void set(Property property, int value) { properties.at(property) = value; }
-    void unset(Property property);
 
     std::array<Source, 2> sources;  // by ENUM_VELK_JSON_SOURCE
     VELKAnchorSpecMap anchors;

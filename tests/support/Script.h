@@ -1,43 +1,48 @@
 /*
- * Plays a scenario written as text: calls, changes of the world between them, and the transcript
- * that is expected.
- *
- *   == NAME             begins a scenario; each is a test
- *   > CALL ARGUMENT...  calls an operation, "T> ..." on a thread of its own
- *   ! CHANGE ...        changes the world: properties, tuning data, the node's injected faults,
- * what is shown # ...               a remark anything else       what was heard since the last such
- * lines; "nothing" for nothing
- *
- * Calls and changes are listed in ScriptCommands.cpp; what a transcript looks like in Recorder.h.
+ * Plays scenarios written as text: calls, changes of the test's surroundings between them, and the
+ * transcript that is expected. tests/transcripts/README.md describes the format.
  */
 #pragma once
 
-#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace fake {
 
 struct ScriptLine {
-    std::string file;
     int number;
     std::string text;
 };
 
 struct Script {
-    std::string name;
+    std::filesystem::path file;
+    ScriptLine name;
     std::vector<ScriptLine> lines;
 };
 
-std::vector<Script> readScripts(const std::string& file);
+// What is wrong in a line, and what was expected there.
+class Mistake : public std::runtime_error {
+  public:
+    using runtime_error::runtime_error;
+};
 
-// Plays the scenario in a fresh world, with gtest's failures at the lines of the file.
+// The scenarios of all files of the folder but README.md. Throws a Mistake that begins with
+// "FILE:LINE: " when a file has none, or lines that belong to none, and when there are no files.
+std::vector<Script> readScripts(const std::filesystem::path& folder);
+
+// Plays the scenario. Its first mistake ends it as a failure that names file and line, as does an
+// expectation that is not met.
 void play(const Script& script);
 
-// The name of a call or a change, then its arguments.
+// The mark of a line and what follows: {">", "end", "1", "5"}.
 using Words = std::vector<std::string>;
-void callOperation(const Words& words);
-// `shown` is what of the transcript is compared from then on.
-void changeWorld(const Words& words, uint32_t& shown);
+void carryOut(const Words& words);
+// How all calls and changes are written: "> end KEY TASK", "! missing own/customer", ...
+std::vector<std::string> usages();
+
+// The kinds of events that expectations compare.
+uint32_t& shownEvents();
 
 }  // namespace fake

@@ -1,14 +1,13 @@
 #include "support/Node.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
 #include <string>
 
+#include "support/RecordText.h"
 #include "support/Recorder.h"
 
 namespace fake {
@@ -16,48 +15,6 @@ namespace {
 
 // So that the fakes order nothing between the library's threads.
 constexpr auto kRelaxed = std::memory_order_relaxed;
-constexpr unsigned kFirstCommand = 27;
-constexpr std::array<uint32_t, 12> kRequests = {0x4024671B, 0x4028671C, 0x4010671D, 0x4010671E,
-                                                0x4010671F, 0x40046720, 0x40086721, 0x40086722,
-                                                0x41546723, 0x40086724, 0x40086725, 0x401C6726};
-
-// Offset of a field that is not zero, and its value.
-template <typename Value>
-std::string field(size_t offset, const Value& value) {
-    return ' ' + std::to_string(offset) + ':' + std::to_string(value);
-}
-
-std::string describeBytes(const uint8_t* bytes, size_t first, size_t end) {
-    std::string text;
-    for (size_t i = first; i < end; ++i) {
-        text += bytes[i] != 0 ? field(i, bytes[i]) : "";
-    }
-    return text;
-}
-
-// Signed words, but for the flag bytes, the task name, and the thread that the record is about.
-std::string describe(unsigned number, const uint8_t* bytes, size_t size) {
-    const bool startsWithThread = (number >= 29 && number <= 31) || (number >= 35 && number <= 37);
-    std::string text;
-    for (size_t offset = 0; offset < size; offset += 4) {
-        int32_t word = 0;
-        std::memcpy(&word, bytes + offset, sizeof(word));
-        if (number == 28 && offset == 24) {
-            const std::string name(reinterpret_cast<const char*>(bytes) + 27,
-                                   strnlen(reinterpret_cast<const char*>(bytes) + 27, 10));
-            return text + describeBytes(bytes, 24, 27) + " 27:" + name +
-                   describeBytes(bytes, 27 + name.size(), size);
-        }
-        if (number == 35 && (offset == 144 || offset == 324)) {
-            text += describeBytes(bytes, offset, offset + 4);
-        } else if (offset == 0 && startsWithThread && word == gettid()) {
-            text += " 0:tid";
-        } else if (word != 0) {
-            text += field(offset, word);
-        }
-    }
-    return text;
-}
 
 bool isNodePath(const char* path) {
     return std::strcmp(path, "/proc/velk/velk_ioctl") == 0;
@@ -155,8 +112,7 @@ int Node::onOpen(const char* path, int flags, unsigned mode) {
 int Node::onIoctl(int fd, unsigned long request, const void* record) {
     const Side side(false);
     const auto number = static_cast<unsigned>(request & 0xFF);
-    const unsigned index = number - kFirstCommand;
-    if (index >= kRequests.size() || kRequests.at(index) != request || !isOpen(fd)) {
+    if (!isRequest(request) || !isOpen(fd)) {
         recorder().violation("ioctl " + std::to_string(fd) + ' ' + std::to_string(request));
         errno = EBADF;
         return -1;
@@ -169,11 +125,11 @@ int Node::onIoctl(int fd, unsigned long request, const void* record) {
     if (recorder().isOn()) {
         const std::string where = fd == kFirstDescriptor ? "" : '@' + std::to_string(fd);
         const std::string how = result == 0 ? "" : " = " + std::to_string(result);
-        const std::string what =
-                describe(number, static_cast<const uint8_t*>(record), (request >> 16) & 0x3FFF);
+        const std::string what = describeRecord(number, static_cast<const uint8_t*>(record),
+                                                (request >> 16) & 0x3FFF);
         recorder().record(Event{.kind = kNode,
                                 .text = "ioctl" + where + ' ' + std::to_string(number) + what + how,
-                                .request = kRequests.at(index)});
+                                .request = static_cast<uint32_t>(request)});
     }
     if (!isOpen(fd)) {
         recorder().violation("closed while in ioctl: " + std::to_string(fd));

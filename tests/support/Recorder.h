@@ -5,10 +5,9 @@
  *   {NAME ... }                      trace section "VELK::NAME"
  *   open PATH FLAGS MODE = RESULT    "node" stands for the control node, read-only
  *   close FD, write FD SIZE = RESULT, then the text
- *   ioctl@FD NR OFFSET:VALUE... = RESULT
- *                                    the record, without the fields that are zero: signed words,
- *                                    "tid" for the calling thread, flag bytes and the task name;
- *                                    descriptor 100 and result 0 are left out
+ *   ioctl@FD COMMAND FIELD=VALUE... = RESULT
+ *                                    the record, without the fields that are zero; tid=caller is
+ *                                    the calling thread; descriptor 100 and result 0 are left out
  *   E: TEXT @OPERATION, D: TEXT ...  one message as both sinks got it, with its proper level, tag,
  *                                    module and length; anything else is spelled out per sink
  *                                    ("android D: ...", "ulogger I: ...")

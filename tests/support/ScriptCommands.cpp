@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "support/LibraryTest.h"
+#include "support/RecordText.h"
 #include "support/Script.h"
 #include "support/ScriptArguments.h"
 
@@ -78,7 +79,6 @@ void goDown(const Arguments& /*none*/) {
 
 void fail(const Arguments& a) {
     static constexpr std::array kErrors = {0, ENOENT, EACCES, EMFILE, EINTR, EINVAL, EIO};
-    constexpr unsigned kFirstCommand = 27;
     const auto what = static_cast<unsigned>(a.choice(0));
     const bool isCommand = what > kClose;
     node().fail(isCommand ? what - kClose - 1 + kFirstCommand : what, kErrors.at(a.choice(1)),

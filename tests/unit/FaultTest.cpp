@@ -85,15 +85,13 @@ class FaultTest : public LibraryTest {
 
     // The id of a task where a line of a transcript names it.
     static std::string_view idIn(std::string_view line) {
-        std::string_view sent = line.substr(std::min(line.find(' '), line.size()));
-        for (const std::string_view start :
-             {" 28 0:", " 29 0:tid 4:", " 30 0:tid 4:", " 31 0:tid 4:"}) {
-            if (line.starts_with("ioctl") && sent.starts_with(start)) {
-                sent.remove_prefix(start.size());
-                return sent.substr(0, sent.find_first_not_of("0123456789"));
-            }
+        constexpr std::string_view name = "uniqueTaskId=";
+        const size_t start = line.find(name);
+        if (start == std::string_view::npos) {
+            return {};
         }
-        return {};
+        line.remove_prefix(start + name.size());
+        return line.substr(0, line.find_first_not_of("0123456789"));
     }
 
     static std::vector<std::string> linesOf(const std::string& transcript) {
@@ -191,8 +189,8 @@ class FaultTest : public LibraryTest {
         std::set<std::string_view> ids;
         const std::vector<std::string> lines = linesOf(transcript);
         for (const std::string& line : lines) {
-            const bool isKept =
-                    line.find(" 28 0:") != std::string::npos && line.find('=') == std::string::npos;
+            const bool isKept = line.find(" 28 uniqueTaskId=") != std::string::npos &&
+                                line.find(" = ") == std::string::npos;
             EXPECT_TRUE(!isKept || ids.insert(idIn(line)).second) << transcript;
         }
     }

@@ -188,9 +188,10 @@ TEST_F(LifetimeTest, FailedNotificationRemovesNobodyElsesControl) {
     EXPECT_EQ(0, control(Control{.percentLevel = 3}));
     EXPECT_EQ(0, reset());
     EXPECT_EQ(0, reset());
-    hears(R"(ioctl 35 0:tid 36:7 40:-1 328:-1 332:-1 336:-1
-        ioctl 35 0:tid 36:7 40:-1 144:1 328:-1 332:-1 336:-1
-        ioctl 35 0:tid 36:-2 40:-1 44:2 144:1 328:-1 332:-1 336:-1)",
+    hears(R"(
+  ioctl 35 tid=caller percentLevel=7 requestValue=-1 extraValues=-1,-1,-1
+  ioctl 35 tid=caller percentLevel=7 requestValue=-1 isReset=1 extraValues=-1,-1,-1
+  ioctl 35 tid=caller percentLevel=-2 requestValue=-1 auxValue=2 isReset=1 extraValues=-1,-1,-1)",
           kNode);
 }
 

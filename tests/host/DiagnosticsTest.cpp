@@ -12,6 +12,7 @@
 
 #include "clock/DeskClock.h"
 #include "log/DeskLog.h"
+#include "support/TemporaryFolder.h"
 #include "trace/TraceCollector.h"
 #include "ulogger/DeskULogger.h"
 
@@ -49,7 +50,8 @@ std::string here() {
 
 TEST(Diagnostics, BothLoggersWriteLinesToTheirSink) {
     const FrozenClock clock;
-    const std::string path = testing::TempDir() + "desk_log_test_" + std::to_string(getpid());
+    const TemporaryFolder folder;
+    const std::string path = folder.file("log.txt");
     const auto sink = desk::LineSink::toFile(path);
 
     __android_log_print(ANDROID_LOG_ERROR, "Tag", "nobody listens yet");

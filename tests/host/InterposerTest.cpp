@@ -20,6 +20,7 @@
 
 #include "DriverScript.h"
 #include "clock/DeskClock.h"
+#include "support/TemporaryFolder.h"
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
 extern "C" int __open_2(const char* path, int flags);
@@ -256,8 +257,8 @@ TEST_F(Interposer, LeavesANumberToWhoeverHasItNow) {
 }
 
 TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
-    const std::string path = testing::TempDir() + "interposer_test_" + std::to_string(getpid());
-    unlink(path.c_str());
+    const TemporaryFolder folder;
+    const std::string path = folder.file("file");
     const int file = open(path.c_str(), O_CREAT | O_WRONLY | O_EXCL, 0640);
     ASSERT_GE(file, 0);
     struct stat status = {};
@@ -271,7 +272,6 @@ TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
     EXPECT_EQ(close(file), 0);
     EXPECT_EQ(close(file), -1);
     EXPECT_EQ(errno, EBADF);
-    unlink(path.c_str());
 
     for (const char* other : {"/proc/velk/velk_ioctl2", "/proc/velk/velk_ioct", "/proc/velk", ""}) {
         EXPECT_EQ(open(other, O_RDONLY), -1) << other;

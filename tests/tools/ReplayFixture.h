@@ -4,7 +4,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "TuningTexts.h"
+#include "support/TemporaryFolder.h"
 
 namespace desk {
 
@@ -29,12 +29,10 @@ inline constexpr const char* kUninit = R"({"at_us": 2, "thread": "s", "call": "u
 class Replay : public testing::Test {
   protected:
     Replay() {
-        std::filesystem::create_directories(mFolder);
         write("platform.json", kPlatformText);
         write("customer.json", kCustomerText);
         write("settings.json", kSettingsText);
     }
-    ~Replay() override { std::filesystem::remove_all(mFolder); }
 
     void write(const char* file, const std::string& text) const {
         std::ofstream(mFolder / file) << text;
@@ -53,8 +51,11 @@ class Replay : public testing::Test {
         return place == std::string::npos ? text : text.substr(place);
     }
 
-    const std::filesystem::path mFolder =
-            std::filesystem::path(testing::TempDir()) / ("replay-" + std::to_string(getpid()));
+  private:
+    const TemporaryFolder mTemporary;
+
+  protected:
+    const std::filesystem::path mFolder = mTemporary.path();
 };
 
 }  // namespace desk

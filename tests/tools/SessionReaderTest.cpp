@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "ControlMembers.h"
+#include "support/TemporaryFolder.h"
 
 namespace desk {
 namespace {
@@ -22,10 +23,10 @@ struct ReadSession {
 };
 
 ReadSession readSession(const std::string& text) {
-    const std::string path = testing::TempDir() + "session-" + std::to_string(getpid()) + ".jsonl";
+    const TemporaryFolder folder;
+    const std::string path = folder.file("session.jsonl");
     std::ofstream(path) << text;
     InputFile input(path);
-    std::remove(path.c_str());
     SessionReader reader(input);
     ReadSession session;
     for (bool isLast = false; !isLast;) {

@@ -34,8 +34,7 @@ void closeOnce(int& descriptor) {
 
 }  // namespace
 
-ToolRun::ToolRun(const std::vector<std::string>& arguments)
-    : mErrorPath(testing::TempDir() + "replay-" + std::to_string(getpid()) + ".err") {
+ToolRun::ToolRun(const std::vector<std::string>& arguments) : mErrorPath(mFolder.file("stderr")) {
     // A tool that ends early must not end the test with it.
     std::signal(SIGPIPE, SIG_IGN);
     std::array<int, 2> input = {};
@@ -73,7 +72,6 @@ ToolRun::~ToolRun() {
         kill(mProcess, SIGKILL);
         waitpid(mProcess, nullptr, 0);
     }
-    std::remove(mErrorPath.c_str());
 }
 
 void ToolRun::write(const std::string& input) const {

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "support/TemporaryFolder.h"
+
 namespace desk {
 
 struct ToolOutcome {
@@ -35,7 +37,8 @@ class ToolRun {
   private:
     bool readMore();
 
-    std::string mErrorPath;
+    const TemporaryFolder mFolder;
+    const std::string mErrorPath;
     pid_t mProcess = -1;
     int mInput = -1;
     int mOutput = -1;

@@ -4,7 +4,6 @@
 #include "tuning/TuningLoader.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include <string>
 
 #include "TuningTexts.h"
+#include "support/TemporaryFolder.h"
 
 namespace desk {
 namespace {
@@ -149,9 +149,8 @@ TEST(TuningLoader, NamesWhatCannotBeReadAtAll) {
 }
 
 TEST(TuningLoader, NeedsThePlatformsFileAloneAndNamesFilesWithTheirFolder) {
-    const std::filesystem::path folder =
-            std::filesystem::path(testing::TempDir()) / ("tuning-" + std::to_string(getpid()));
-    std::filesystem::create_directory(folder);
+    const TemporaryFolder temporary;
+    const std::filesystem::path& folder = temporary.path();
     EXPECT_EQ(errorOf(loadTuning(folder)),
               (folder / "platform.json").string() +
                       ": the file cannot be read, expected a readable JSON file");
@@ -161,7 +160,6 @@ TEST(TuningLoader, NeedsThePlatformsFileAloneAndNamesFilesWithTheirFolder) {
     EXPECT_EQ(errorOf(loadTuning(folder)),
               (folder / "customer.json").string() +
                       ": no JSON at line 1, column 1, expected one JSON document");
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -5,9 +5,9 @@ set(CMAKE_SYSTEM_NAME Linux) # CMake's own support for Android insists on an NDK
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
-foreach(header android/log.h cutils/compiler.h cutils/properties.h cutils/trace.h)
-    configure_file(/usr/include/android/${header} ${CMAKE_BINARY_DIR}/platform/${header} COPYONLY)
-endforeach()
+include(${CMAKE_CURRENT_LIST_DIR}/AospHeaders.cmake)
+velk_link_aosp_headers(${CMAKE_BINARY_DIR}/platform
+    android/log.h cutils/compiler.h cutils/properties.h cutils/trace.h)
 
 set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)

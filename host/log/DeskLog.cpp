@@ -29,16 +29,25 @@ std::string_view priorityLetter(int priority) {
     return index < kLetters.size() ? kLetters.substr(index, 1) : kLetters.substr(0, 1);
 }
 
-void logToSink(const __android_logger_data* data, const char* message) {
+void writeToSink(int priority, const char* tag, const char* message) {
     std::shared_ptr<LineSink> sink;
     {
         const std::lock_guard lock(target().mutex);
         sink = target().sink;
     }
     if (sink != nullptr) {
-        writeLogLine(*sink, priorityLetter(data->priority), data->tag != nullptr ? data->tag : "",
-                     message);
+        writeLogLine(*sink, priorityLetter(priority), tag != nullptr ? tag : "", message);
     }
+}
+
+// liblog hands the text to a logger within the message, and older ones beside it.
+template <typename Message>
+void logToSink(const Message* message) {
+    writeToSink(message->priority, message->tag, message->message);
+}
+template <typename MessageData>
+void logToSink(const MessageData* data, const char* text) {
+    writeToSink(data->priority, data->tag, text);
 }
 
 // liblog of a host writes to standard error until it is told otherwise.

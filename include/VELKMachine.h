@@ -1,6 +1,22 @@
 /*
  * VELKMachine: what camera threads tell the CPU scheduling driver.
  *
+ *     #include <VELKMachine.h>
+ *
+ *     void capture(const VELKInitParams& params, const void* stream, int task, unsigned frame) {
+ *         VELKMachine::init(params);  // as the service starts; -1: the log says why
+ *         VELKSingleShotControl boost;
+ *         boost.uclampLevels = {512, 640};  // at least these uclamps, until the reset
+ *         VELKMachine::notifySingleShotControl(boost);
+ *         VELKMachine::notifyTaskStart(stream, task);     // by the thread that does the work
+ *         VELKMachine::notifyAnchorPointStart(1, frame);  // anchor 1: its targets are tuning data
+ *         // ... the work on the frame ...
+ *         VELKMachine::notifyAnchorPointEnd(1, frame);
+ *         VELKMachine::notifyTaskEnd(stream, task);
+ *         VELKMachine::notifyResetSingleShotControl();
+ *         VELKMachine::uninit();  // as the service ends
+ *     }
+ *
  * Every operation is static, runs to completion on the calling thread and returns 0 on success and
  * -1 on failure; the log says why. Notifications reach the driver as ioctl() calls on
  * "/proc/velk/velk_ioctl", one a command, so every operation may block for as long as the driver

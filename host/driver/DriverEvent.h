@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "driver/MergedControl.h"
 #include "foundation/CommandTable.h"
 
 namespace desk {
@@ -38,8 +40,10 @@ struct DriverEvent {
     const void* record = nullptr;          // valid during the notification alone
     size_t recordSize = 0;                 // 0 when the request is none of the table
 
-    int result = 0;       // what the caller gets: -1 when refused; the descriptor of an open
-    int error = 0;        // its errno when refused, else 0
+    // The controls in force after it, of a command that can change them.
+    std::optional<MergedControl> control;
+
+    int error = 0;        // the caller's errno when refused, else 0
     std::string finding;  // what was odd or at fault, else empty
 };
 

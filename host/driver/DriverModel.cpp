@@ -67,6 +67,11 @@ size_t indexOf(const VELKCommand& command) {
     return static_cast<size_t>(&command - VELK_COMMANDS.data());
 }
 
+bool canChangeControl(uint32_t request) {
+    return request == VELK_IOC_INIT || request == VELK_IOC_SINGLE_SHOT ||
+           request == VELK_IOC_UNINIT;
+}
+
 }  // namespace
 
 struct DriverModel::State {
@@ -129,9 +134,6 @@ int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge
         }
         hearer = observer;
     }
-    if (isRefusal(event.verdict)) {
-        event.result = -1;
-    }
     if (hearer != nullptr) {
         hearer->onDriverEvent(event);
     }
@@ -156,6 +158,9 @@ void DriverModel::State::judgeCommand(DriverEvent& event) {
         refuse(event, EFAULT, "a command without a record");
     } else {
         judgeKnownCommand(event);
+        if (canChangeControl(event.request)) {
+            event.control = session.control();
+        }
     }
 }
 
@@ -205,7 +210,6 @@ int DriverModel::open(int descriptor, uint32_t tid) {
             return;
         }
         open.descriptor = descriptor;
-        open.result = descriptor;
         if (state.eraseDescriptor(descriptor) != 0) {
             note(open, "the descriptor was closed behind the driver's back");
         }

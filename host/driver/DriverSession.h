@@ -27,6 +27,7 @@ class DriverSession {
     // checked.
     void refuse(uint32_t request, const void* record, bool isInjected);
 
+    const MergedControl& control() const { return mControl; }
     void fill(DriverSnapshot& snapshot) const;
 
   private:

@@ -259,11 +259,10 @@ TEST(DriverModelEvents, TellTheCallAndItsOutcome) {
     EXPECT_STREQ(command.command->name, "vsync");
     EXPECT_EQ(command.record, &vsync);
     EXPECT_EQ(command.recordSize, sizeof vsync);
-    EXPECT_EQ(command.result, -1);
     EXPECT_EQ(command.error, EIO);
     const DriverEvent& open = driver.recorder->events[1];
     EXPECT_EQ(open.call, DriverCall::Open);
-    EXPECT_EQ(open.result, kNode + 1);
+    EXPECT_EQ(open.descriptor, kNode + 1);
     EXPECT_EQ(open.tid, 77U);
     EXPECT_EQ(open.error, 0);
 }

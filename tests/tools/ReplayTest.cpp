@@ -3,11 +3,13 @@
  */
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ReplayFixture.h"
@@ -179,6 +181,54 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
                                                "E SCALE", "E SCALE", "B RENDER", "E RENDER"}));
     EXPECT_EQ(others, (std::vector<std::string>{"vsyncnull", R"(fps{"fps":30})",
                                                 R"(percentLevel{"percentLevel":70})"}));
+}
+
+// Also while every command takes far longer than the time between the recorded calls.
+TEST_F(Replay, TraceAndSummaryAgreeToTheMicrosecond) {
+    const std::string session =
+            std::string(kInit) +
+            R"({"at_us": 7, "thread": "p", "call": "notifyTaskStart", "key": "0x1", "task": 5}
+{"at_us": 8, "thread": "q", "call": "notifyTaskStart", "key": "0x1", "task": 3}
+{"at_us": 9, "thread": "q", "call": "notifyCamFps", "fps": 30}
+{"at_us": 9, "thread": "q", "call": "notifySingleShotControl", "control": {"percentLevel": 70}}
+{"at_us": 20, "thread": "p", "call": "notifyTaskEnd", "key": "0x1", "task": 5}
+{"at_us": 21, "thread": "p", "call": "notifyTaskStart", "key": "0x1", "task": 5}
+{"at_us": 30, "thread": "s", "call": "notifyTaskEnd", "key": "0x1", "task": 3}
+{"at_us": 1031, "thread": "p", "call": "notifyTaskEnd", "key": "0x1", "task": 5}
+{"at_us": 1031, "thread": "s", "call": "uninit"}
+)";
+    const ToolOutcome outcome = runTool(with({"-q", "--format", "jsonl", "--driver", "slow=3ms",
+                                              "--trace", path("trace.json")}),
+                                        session);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const json trace = json::parse(std::ifstream(path("trace.json")));
+
+    std::map<int, std::vector<json>> open;
+    std::map<std::string, std::pair<double, double>> total;  // and longest
+    std::map<std::string, int> counters;
+    for (const json& event : trace.at("traceEvents")) {
+        const std::string phase = event.at("ph");
+        if (phase == "B") {
+            open[event.at("tid")].push_back(event);
+        } else if (phase == "E") {
+            std::vector<json>& slices = open.at(event.at("tid"));
+            auto& [sum, longest] = total[slices.back().at("name")];
+            const double us = event.at("ts").get<double>() - slices.back().at("ts").get<double>();
+            sum += us;
+            longest = std::max(longest, us);
+            slices.pop_back();
+        } else if (phase == "C") {
+            counters[event.at("name")] = event.at("args").at(event.at("name").get<std::string>());
+        }
+    }
+    EXPECT_EQ(counters, (std::map<std::string, int>{{"fps", 0}, {"percentLevel", 0}}));
+    const json tasks = json::parse(outcome.out).at("summary").at("tasks");
+    ASSERT_EQ(tasks.size(), 2U);
+    EXPECT_EQ(tasks[1].at("totalRunUs"), 13 + 1010);
+    for (const json& task : tasks) {
+        EXPECT_EQ(total.at(task.at("name")),
+                  (std::pair<double, double>(task.at("totalRunUs"), task.at("longestRunUs"))));
+    }
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ void CommandCollector::onDriverEvent(const DriverEvent& event) noexcept {
     received.request = event.request;
     received.error = event.error;
     received.finding = event.finding;
+    received.control = event.control;
     if (received.command != nullptr) {
         std::copy_n(static_cast<const std::byte*>(event.record), event.recordSize,
                     received.record.begin());

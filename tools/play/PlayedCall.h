@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -23,6 +24,7 @@ struct ReceivedCommand {
     uint32_t request = 0;
     int error = 0;
     std::string finding;
+    std::optional<MergedControl> control;  // in force after it, of a command that can change it
     alignas(8) std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> record = {};
 };
 

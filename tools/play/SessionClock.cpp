@@ -1,6 +1,5 @@
 #include "play/SessionClock.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 
@@ -31,14 +30,13 @@ SessionClock::~SessionClock() {
 }
 
 int64_t SessionClock::beginCall(int64_t atUs) {
-    mLastNs = std::max(atUs * 1000, mLastNs);
-    gOffsetNs.store(mLastNs - steadyNowNs(), std::memory_order_relaxed);
-    return mLastNs;
+    const int64_t recordedNs = atUs * 1000;
+    gOffsetNs.store(recordedNs - steadyNowNs(), std::memory_order_relaxed);
+    return recordedNs;
 }
 
-int64_t SessionClock::endCall() {
-    mLastNs = sessionNowNs();
-    return mLastNs;
+int64_t SessionClock::endCall() const {
+    return sessionNowNs();
 }
 
 }  // namespace desk

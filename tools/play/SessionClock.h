@@ -1,7 +1,7 @@
 /*
  * The time of the session that is played: the recorded time of each call, and within a call the
- * time that it really takes. A call that is recorded before the end of the one ahead of it begins
- * at that end, so the time never goes back.
+ * time that it really takes. A call that takes longer than it did in the recording may so end after
+ * the next one begins.
  */
 #pragma once
 
@@ -20,10 +20,7 @@ class SessionClock {
 
     // Both return the session's time in nanoseconds.
     int64_t beginCall(int64_t atUs);
-    int64_t endCall();
-
-  private:
-    int64_t mLastNs = 0;
+    int64_t endCall() const;
 };
 
 }  // namespace desk

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "driver/RecordCopy.h"
+#include "driver/TaskRuns.h"
 
 namespace desk {
 
@@ -54,22 +55,27 @@ TraceWriter::~TraceWriter() {
     finish();
 }
 
-// A task's slice begins before the section of the call that starts it and ends after the section of
-// the call that ends it, so that slices and sections lie within one another.
+// A task's slice begins and ends at the recorded times of the calls that start and end it. The
+// sections of a call wait until the next event of their thread is known, because they must not
+// reach beyond it.
 void TraceWriter::onCall(const PlayedCall& played) {
-    mLastNs = played.endNs;
+    mLastNs = std::max(mLastNs, played.endNs);
     nameTrack(played);
+    writeSections(played.call->thread, played.startNs);
+    endSlices(played);
     beginSlices(played);
     writeInstants(played);
-    writeSections(played);
-    endSlices(played);
+    writeCounters(played);
+    drainTrace(mSections);
+    mTracks[played.call->thread].sections.assign(mSections.begin(), mSections.end());
 }
 
 void TraceWriter::finish() {
     setTracing(false);
     if (!std::exchange(mIsFinished, true)) {
         endAllSlices(mLastNs);
-        mSink->writeLine("]}");
+        mSink->writeLine(
+                fmt::format(R"(],"otherData":{{"droppedSections":{}}}}})", droppedTraceEvents()));
     }
 }
 
@@ -94,86 +100,94 @@ void TraceWriter::beginSlices(const PlayedCall& played) {
             mTaskNames[record.uniqueTaskId] = taskNameOf(record);
         }
     }
-    forEachAccepted<VELK_TASK_PARAM>(played, VELK_IOC_TASK_START,
-                                     [this, &played](const VELK_TASK_PARAM& record) {
-                                         std::string name = taskName(played, record.uniqueTaskId);
-                                         writeBegin(played.call->thread, played.startNs, name);
-                                         mTracks[played.call->thread].slices.push_back(
-                                                 {record.uniqueTaskId, std::move(name)});
-                                     });
+    forEachAccepted<VELK_TASK_PARAM>(
+            played, VELK_IOC_TASK_START, [this, &played](const VELK_TASK_PARAM& record) {
+                std::string name = taskName(played, record.uniqueTaskId);
+                writeBegin(played.call->thread, played.startNs, name);
+                mTracks[played.call->thread].slices.push_back(
+                        {record.uniqueTaskId, std::move(name)});
+                mRuns[record.uniqueTaskId].push_back({played.call->thread});
+            });
 }
 
-void TraceWriter::writeSections(const PlayedCall& played) {
-    drainTrace(mSections);
-    for (const TraceEvent& section : mSections) {
+// Writes the sections that wait on the thread's track, and cuts what is later than `endNs`.
+void TraceWriter::writeSections(uint32_t thread, int64_t endNs) {
+    for (const TraceEvent& section : mTracks[thread].sections) {
+        const int64_t timeNs = std::min(section.timeNs, endNs);
         if (section.phase == TracePhase::Begin) {
-            writeBegin(played.call->thread, section.timeNs, section.name());
+            writeBegin(thread, timeNs, section.name());
         } else {
-            writeEnd(played.call->thread, section.timeNs);
+            writeEnd(thread, timeNs);
+        }
+    }
+    mTracks[thread].sections.clear();
+}
+
+void TraceWriter::writeInstants(const PlayedCall& played) {
+    forEachAccepted<VELK_VSYNC_PARAM>(
+            played, VELK_IOC_VSYNC, [this, &played](const VELK_VSYNC_PARAM&) {
+                write(fmt::format(
+                        R"({{"ph":"i","pid":{},"tid":{},"ts":{},"name":"vsync","s":"g"}})",
+                        kProcess, traceThread(played.call->thread), microseconds(played.startNs)));
+            });
+}
+
+void TraceWriter::writeCounters(const PlayedCall& played) {
+    forEachAccepted<VELK_CAM_FPS_PARAM>(played, VELK_IOC_CAM_FPS,
+                                        [this, &played](const VELK_CAM_FPS_PARAM& record) {
+                                            writeCounter(mFps, played.startNs, record.fps);
+                                        });
+    forEachAccepted<VELK_UNINIT_PARAM>(
+            played, VELK_IOC_UNINIT,
+            [this, &played](const VELK_UNINIT_PARAM&) { writeCounter(mFps, played.startNs, 0); });
+    for (const ReceivedCommand& command : played.commands) {
+        if (command.control) {
+            writeCounter(mPercentLevel, played.startNs, command.control->percentLevel);
         }
     }
 }
 
-void TraceWriter::writeInstants(const PlayedCall& played) {
-    const std::string time = microseconds(played.startNs);
-    forEachAccepted<VELK_VSYNC_PARAM>(
-            played, VELK_IOC_VSYNC, [this, &played, &time](const VELK_VSYNC_PARAM&) {
-                write(fmt::format(
-                        R"({{"ph":"i","pid":{},"tid":{},"ts":{},"name":"vsync","s":"g"}})",
-                        kProcess, traceThread(played.call->thread), time));
-            });
-    forEachAccepted<VELK_CAM_FPS_PARAM>(
-            played, VELK_IOC_CAM_FPS, [this, &time](const VELK_CAM_FPS_PARAM& record) {
-                write(fmt::format(
-                        R"({{"ph":"C","pid":{},"ts":{},"name":"fps","args":{{"fps":{}}}}})",
-                        kProcess, time, record.fps));
-            });
-    forEachAccepted<VELK_SINGLE_SHOT_PARAM>(
-            played, VELK_IOC_SINGLE_SHOT, [this, &time](const VELK_SINGLE_SHOT_PARAM& record) {
-                constexpr int32_t kNoRequest = -1;  // leaves the merged level as it is
-                if (record.percentLevel != kNoRequest) {
-                    write(fmt::format(R"({{"ph":"C","pid":{},"ts":{},"name":"percentLevel",)"
-                                      R"("args":{{"percentLevel":{}}}}})",
-                                      kProcess, time, std::max(record.percentLevel, 0)));
-                }
-            });
+void TraceWriter::writeCounter(Counter& counter, int64_t timeNs, int64_t value) {
+    if (std::exchange(counter.value, value) != value) {
+        write(fmt::format(R"({{"ph":"C","pid":{},"ts":{},"name":"{}","args":{{"{}":{}}}}})",
+                          kProcess, microseconds(timeNs), counter.name, counter.name, value));
+    }
 }
 
 void TraceWriter::endSlices(const PlayedCall& played) {
     forEachAccepted<VELK_TASK_PARAM>(
             played, VELK_IOC_TASK_END, [this, &played](const VELK_TASK_PARAM& record) {
-                if (endTask(played.call->thread, record.uniqueTaskId, played.endNs)) {
-                    return;
-                }
-                // The thread ends what others have started.
-                for (uint32_t thread = 0; thread < mTracks.size(); ++thread) {
-                    endTask(thread, record.uniqueTaskId, played.endNs);
-                }
+                endRuns(mRuns[record.uniqueTaskId], played.call->thread, [&](const Run& run) {
+                    endTask(run.tid, record.uniqueTaskId, played.startNs);
+                });
             });
     // With the library all tasks are gone, also those that nobody ended.
     forEachAccepted<VELK_UNINIT_PARAM>(
             played, VELK_IOC_UNINIT,
-            [this, &played](const VELK_UNINIT_PARAM&) { endAllSlices(played.endNs); });
+            [this, &played](const VELK_UNINIT_PARAM&) { endAllSlices(played.startNs); });
 }
 
 void TraceWriter::endAllSlices(int64_t timeNs) {
     for (uint32_t thread = 0; thread < mTracks.size(); ++thread) {
+        writeSections(thread, timeNs);
         for (; !mTracks[thread].slices.empty(); mTracks[thread].slices.pop_back()) {
             writeEnd(thread, timeNs);
         }
     }
+    mRuns.clear();
 }
 
 // Slices of a track must lie within one another. Others above the first that ends are cut in two.
-bool TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
+void TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
     const auto isOfTask = [=](const OpenSlice& slice) {
         return slice.uniqueTaskId == uniqueTaskId;
     };
     std::vector<OpenSlice>& slices = mTracks[thread].slices;
     const auto first = std::find_if(slices.begin(), slices.end(), isOfTask);
     if (first == slices.end()) {
-        return false;
+        return;  // ended together with another run of the task on this thread
     }
+    writeSections(thread, timeNs);
     for (auto above = first; above != slices.end(); ++above) {
         writeEnd(thread, timeNs);
     }
@@ -182,7 +196,6 @@ bool TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs
     for (auto above = slices.begin() + place; above != slices.end(); ++above) {
         writeBegin(thread, timeNs, above->name);
     }
-    return true;
 }
 
 std::string TraceWriter::taskName(const PlayedCall& played, uint32_t uniqueTaskId) const {

@@ -38,27 +38,41 @@ class TraceWriter : public CallListener {
     };
     struct Track {
         bool isNamed = false;
-        std::vector<OpenSlice> slices;  // outermost first
+        std::vector<OpenSlice> slices;     // outermost first
+        std::vector<TraceEvent> sections;  // of the last call, not written yet
+    };
+    // Of a task, by the session's thread number.
+    struct Run {
+        uint32_t tid = 0;
+    };
+    struct Counter {
+        const char* name = "";
+        int64_t value = 0;
     };
 
     void nameTrack(const PlayedCall& played);
     void beginSlices(const PlayedCall& played);
-    void writeSections(const PlayedCall& played);
+    void writeSections(uint32_t thread, int64_t endNs);
     void writeInstants(const PlayedCall& played);
+    void writeCounters(const PlayedCall& played);
     void endSlices(const PlayedCall& played);
     void endAllSlices(int64_t timeNs);
-    // Ends the thread's slices of the task. False when it has none.
-    bool endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
+    // Ends the thread's slices of the task.
+    void endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
     std::string taskName(const PlayedCall& played, uint32_t uniqueTaskId) const;
 
     void write(std::string_view event);
+    void writeCounter(Counter& counter, int64_t timeNs, int64_t value);
     void writeBegin(uint32_t thread, int64_t timeNs, std::string_view name);
     void writeEnd(uint32_t thread, int64_t timeNs);
 
     std::shared_ptr<LineSink> mSink;
     std::vector<Track> mTracks;                            // by the session's thread number
     std::unordered_map<uint32_t, std::string> mTaskNames;  // by unique task id
-    std::vector<TraceEvent> mSections;
+    std::unordered_map<uint32_t, std::vector<Run>> mRuns;  // by unique task id
+    std::vector<TraceEvent> mSections;                     // its memory is used for every call
+    Counter mFps = {"fps"};
+    Counter mPercentLevel = {"percentLevel"};
     int64_t mLastNs = 0;
     bool mHasEvents = false;
     bool mIsFinished = false;

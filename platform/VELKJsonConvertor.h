@@ -1,6 +1,6 @@
 /*
- * The camera stack's source of per-task and per-cluster tuning figures. The order of the virtual
- * operations is the order of the closed class's table and must not change.
+ * The camera stack's source of tuning figures for tasks and CPU clusters. The virtual operations
+ * stand in the order of the closed class's virtual table, which must not change.
  */
 #pragma once
 
@@ -33,6 +33,7 @@ class VELKJsonConvertor {
 
     virtual void reserved3() = 0;  // not called by the library
 
+    // In microseconds; VELK_UNKNOWN_TASK_TARGET_TIME when the task is unknown.
     virtual int32_t getTaskTargetTime(const int& task) = 0;
     virtual int32_t getTaskDefaultUclamp(const int& task) = 0;  // 0..1024
     virtual int32_t getTaskSpecValue(const int& task) = 0;
@@ -42,7 +43,7 @@ class VELKJsonConvertor {
 
     virtual void reserved9() = 0;  // not called by the library
 
-    // 0..1024, of CPU cluster 0..2 or of level position 0..7.
+    // 0..1024. The index is a CPU cluster, 0..2, or a position among the levels, 0..7.
     virtual uint32_t getClusterLevel(int index) = 0;
     virtual uint32_t getClusterDefaultLevel(int cluster) = 0;
     // Empty when the task is unknown.

@@ -1,6 +1,6 @@
 /*
  * The camera stack's settings: anchor specifications, CPU frequencies and single-shot controls.
- * Every operation answers with a copy.
+ * Every operation returns a copy.
  */
 #pragma once
 

@@ -1,11 +1,11 @@
 /*
  * The entry operations: lifecycle, tasks, single-shot controls, critical tasks, anchor points and
- * frame information. Each reads like the steps it performs; the tables are VELKRescManagement's.
+ * frame information. The tables that they use belong to VELKRescManagement.
  *
- * Who may use the instance. Operations under the global mutex use gResource. All others count
- * themselves inside and use what gPublishedResource shows them: whoever takes the instance away
- * hides it, waits for those inside, and only then destroys it. A descriptor in gDeviceFd is taken
- * away in the same manner.
+ * How the instance is protected. Operations that hold the global mutex use gResource. All others
+ * enter gActiveCalls and then load gPublishedResource. The last uninit clears gPublishedResource,
+ * waits for the calls that have entered before, and only then destroys the instance. A descriptor
+ * in gDeviceFd is closed in the same manner.
  */
 #include <unistd.h>
 
@@ -46,7 +46,7 @@ constexpr int32_t kDefaultTuningParam1 = 10;
 constexpr int32_t kDefaultTuningParam2 = 65;
 constexpr size_t kMaxShortName = sizeof(VELK_TASK_INIT_PARAM::taskName) - 1;
 constexpr int kDefaultUser = 4;
-constexpr int kUserCategory = 0;
+constexpr int kHandedOverCategory = 0;
 
 constinit NeverDestroyed<std::mutex> gGlobalMutexStorage;
 std::mutex& gGlobalMutex = gGlobalMutexStorage.object;
@@ -64,7 +64,7 @@ constexpr int resultOf(bool sent) {
     return sent ? kSuccess : kFailure;
 }
 
-// The outcomes of calls that find the library down, out of the way of those that find it up.
+// Early returns while the library is down, kept out of line.
 [[gnu::cold, gnu::noinline]] int failCheckInit() {
     VELK_LOGD("no VELKResource exists, check init()");
     return kFailure;
@@ -95,19 +95,19 @@ void destroyResource() noexcept VELK_REQUIRES(gGlobalMutex) {
         return;
     }
     gPublishedResource.store(nullptr);
-    gActiveCalls.waitForThoseInside();
+    gActiveCalls.waitForCallsInside();
     gResource.reset();
 }
 
-// Closes a descriptor that is out of sight already, once nobody sends on it any more.
+// Closes a descriptor that no new call can find, after the calls that may be sending on it.
 void closeWhenUnused(int32_t fd) noexcept VELK_REQUIRES(gGlobalMutex) {
     if (fd >= 0) {
-        gActiveCalls.waitForThoseInside();
+        gActiveCalls.waitForCallsInside();
         close(fd);
     }
 }
 
-// Closes the descriptor that marking opened while the library was down. An absent node stays known.
+// Closes the descriptor that marking opened while the library was down. kNodeAbsent is kept.
 void closeTemporaryDevice() noexcept VELK_REQUIRES(gGlobalMutex) {
     int32_t fd = gDeviceFd.load();
     while (fd >= 0 && !gDeviceFd.compare_exchange_weak(fd, kNotOpened)) {
@@ -130,7 +130,8 @@ bool openTemporaryDevice(int32_t& fd) {
 }
 
 // Destroys an instance that is still there when the process exits or the library is unloaded.
-// Threads may still be running: an instance that one of them is using is left to the kernel.
+// Threads may still be running: when a call is inside, the instance is kept, and the kernel closes
+// its descriptor.
 class ExitTeardown {
   public:
     ~ExitTeardown() {
@@ -199,9 +200,9 @@ namespace {
     }
 
     publishResource(VELKRescManagement::createInstance(params));
-    // Takes down what was created; a failed creation leaves nothing to take down.
+    // Undoes the creation when a later step throws.
     const uint32_t usersBefore = gUseCount;
-    Rollback goDown([usersBefore]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
+    Rollback undoCreation([usersBefore]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
         gUseCount = usersBefore;
         destroyResource();
     });
@@ -215,7 +216,7 @@ namespace {
     const bool sent = sendIOCtl<VELK_IOC_INIT>(gResource->deviceFd(), buildInitRecord(*gResource));
     VELK_LOGI("[%s] init done", "init");
     applyDefaultControls(*gResource);
-    goDown.dismiss();
+    undoCreation.dismiss();
     return resultOf(sent);
 }
 
@@ -229,18 +230,18 @@ namespace {
     const bool isLast = users == 0 && gResource != nullptr;
     std::optional<TraceSection> section;
 
-    // The last call goes through with the teardown on every way out.
-    bool isDriverTold = false;
-    const auto tellDriver = [&isDriverTold]() VELK_NO_THREAD_SAFETY_ANALYSIS {
-        isDriverTold = true;
+    // The last call completes the teardown on every way out, also when logging or tracing throws.
+    bool isUninitSent = false;
+    const auto sendUninit = [&isUninitSent]() VELK_NO_THREAD_SAFETY_ANALYSIS {
+        isUninitSent = true;
         return sendAnnounced<VELK_IOC_UNINIT>(gResource->deviceFd(), VELK_UNINIT_PARAM{});
     };
     Rollback teardown([&]() VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
-        if (!isDriverTold) {
+        if (!isUninitSent) {
             try {
-                tellDriver();
+                sendUninit();
             } catch (...) {
-                // The exception that brought the operation here is the one the caller gets.
+                // The caller gets the exception that made the operation leave, not this one.
             }
         }
         destroyResource();
@@ -256,14 +257,14 @@ namespace {
         return kSuccess;
     }
     announceCommand(VELK_IOC_UNINIT);
-    return resultOf(tellDriver());
+    return resultOf(sendUninit());
 }
 
 // --- Tasks ---------------------------------------------------------------------------------------
 
 namespace {
 
-// The smallest target time that the driver is told; the validity test takes the figure as it is.
+// The target time as it is sent and logged: positive values are raised to the driver's smallest.
 int32_t adjustedTargetTime(int32_t targetTime) {
     return targetTime > 0 ? std::max(targetTime, VELK_MIN_TARGET_TIME) : targetTime;
 }
@@ -295,7 +296,7 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
     return name.substr(0, kMaxShortName);
 }
 
-// Describes a new task to the driver. A refused description is kept for the next start.
+// Registers a new task with the driver. A refused registration is kept and sent again later.
 [[gnu::noinline, gnu::cold]] void registerTask(VELKRescManagement& resource, int task,
                                                unsigned uniqueTaskId,
                                                const VELKTaskExtraParams& extra) {
@@ -321,7 +322,7 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
     }
 }
 
-// Sends what the driver has refused so far for the task.
+// Sends a refused registration again, and drops it when the driver takes it.
 [[gnu::noinline, gnu::cold]] void replayRegistration(VELKRescManagement& resource,
                                                      unsigned uniqueTaskId) {
     VELK_TASK_INIT_PARAM record{};
@@ -351,7 +352,8 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
     record.tid = static_cast<uint32_t>(gettid());
     record.uniqueTaskId = resource.taskIds().idOf(key, task, isFirstShowUp);
     {
-        // A pair whose registration is neither sent nor kept has to be registered next time.
+        // An exception here means that the registration was neither sent nor kept. The pair is then
+        // forgotten, so that its next start registers it.
         Rollback forgetPair([&]() noexcept {
             if (isFirstShowUp) {
                 resource.removeUniqueTaskId(key, task);
@@ -462,14 +464,14 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     uint64_t serial = 0;
     bool isAdded = false;
     bool isCounted = false;
-    if (control.category == kUserCategory) {
+    if (control.category == kHandedOverCategory) {
         ActiveSingleShots::DetachedEntry entry;
         entry.emplace_back(control);
         serial = active.push(std::move(entry));
     } else {
         isCounted = resource->singleShotSettings().addDefault(control);
     }
-    // A caller that gets an exception may hand the same control over again.
+    // When an exception leaves the operation, the control must not stay active.
     Rollback takeBack([&]() noexcept {
         active.takeBack(control, serial, isAdded);
         if (isCounted) {
@@ -505,10 +507,10 @@ int VELKMachine::notifySingleShotControl(int category) {
 
 namespace {
 
-// The newest handed-over control, taken off the stack, or the control of a category. Empty when
-// there is none.
+// The control to reset: for category 0 the newest one, popped off the stack, else a copy of the
+// category's. Empty when there is none.
 ActiveSingleShots::DetachedEntry takeControlToReset(VELKRescManagement& resource, int category) {
-    if (category == kUserCategory) {
+    if (category == kHandedOverCategory) {
         return resource.activeSingleShots().pop();
     }
     ActiveSingleShots::DetachedEntry entry;
@@ -541,9 +543,10 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
         VELK_LOGE("notifyResetSingleShotControl", "Not valid single shot control");
         return kFailure;
     }
-    // A caller that gets an exception may reset again: the control is then still there.
-    Rollback keepControl([&]() noexcept {
-        if (category == kUserCategory) {
+    // When an exception leaves the operation, the control is active as before and can be reset
+    // again.
+    Rollback putBack([&]() noexcept {
+        if (category == kHandedOverCategory) {
             active.putBack(std::move(taken));
         }
     });
@@ -561,20 +564,21 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     }
     const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource.deviceFd(), record);
     reactivate.dismiss();
-    keepControl.dismiss();
+    putBack.dismiss();
     return resultOf(sent);
 }
 
 int VELKMachine::notifyResetSingleShotControl() {
-    return notifyResetSingleShotControl(kUserCategory);
+    return notifyResetSingleShotControl(kHandedOverCategory);
 }
 
 // --- Critical tasks ------------------------------------------------------------------------------
 
 namespace {
 
-// Marks while the library is down: the settings' control goes to the driver unmerged. Empty when
-// the library is up after all. Leaves before the caller takes the global mutex.
+// Marks while the library is down: sends the settings' control without merging it. Empty when the
+// library is up. The caller may then wait for the global mutex, because this function has left
+// gActiveCalls: an uninit that waits for the calls inside holds that mutex.
 [[gnu::cold]] std::optional<int> markWithoutResource(int user) {
     const InsideCall inside(gActiveCalls);
     if (gPublishedResource.load() != nullptr) {
@@ -692,7 +696,7 @@ int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
     record.anchor = anchor;
     record.phase = VELK_ANCHOR_START;
     record.serial = serial;
-    // The overriding properties count as they are now, not as they were when the anchor passed.
+    // The overriding properties are read again: they may have changed since the validation.
     record.latencyTarget = AnchorTable::latencyInForce(anchor, *targets);
     record.jitterTarget = AnchorTable::jitterInForce(anchor, *targets);
     return resultOf(sendIOCtl<VELK_IOC_ANCHOR>(resource->deviceFd(), record));
@@ -721,7 +725,7 @@ int VELKMachine::notifyAnchorPointEnd(int anchor, unsigned int serial) {
 
 namespace {
 
-// Truncates toward zero; what an unsigned 32-bit rate cannot hold becomes its nearest bound.
+// Truncates toward zero and limits the result to the unsigned 32-bit range. NaN becomes 0.
 uint32_t wholeFps(float fps) {
     constexpr float kBeyondRange = 4294967296.0F;
     if (!(fps > 0)) {

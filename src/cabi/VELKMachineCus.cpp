@@ -2,7 +2,7 @@
 
 #include "VELKMachine.h"
 
-// The calls go through the exported members, so that whoever interposes a member is reached too.
+// The calls go through the exported members, so that code that interposes a member sees them too.
 
 int notifyTaskStartExtraCus(const void* key, int task, const VELKTaskExtraParams* extra) {
     return VELKMachine::notifyTaskStart(key, task, *extra);

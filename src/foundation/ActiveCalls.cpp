@@ -2,7 +2,7 @@
 
 constinit ActiveCalls gActiveCalls;
 
-void ActiveCalls::waitForThoseInside() noexcept {
+void ActiveCalls::waitForCallsInside() noexcept {
     const uint32_t closing = mOpenCounter.load();
     const uint32_t opening = 1 - closing;
     mInside[opening].fetch_add(kClosed);

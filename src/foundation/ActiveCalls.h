@@ -1,11 +1,11 @@
 /*
- * Counts the calls that use process-wide objects without the global mutex, so that whoever takes
- * such an object away can wait for those that may still use it, and for no later ones.
+ * Counts the calls that use shared objects without the global mutex, so that an operation that
+ * destroys such an object can first wait for the calls that may still use it.
  *
- * There are two counters, of which one is open. Whoever waits has already taken the object out of
- * sight; it opens the other counter, closes this one and waits for it to run empty. Newcomers go to
- * the open counter and cannot find the object any more, so a steady stream of them does not hold
- * the waiter up. Counting in and out is atomic and takes no lock.
+ * There are two counters, of which one is open. The destroying operation hides the object, so that
+ * no new call finds it. Then it opens the other counter, closes the current one, and waits until
+ * the closed one is empty. New calls enter the open counter, so they do not prolong the wait.
+ * Entering and leaving are atomic and take no lock.
  */
 #pragma once
 
@@ -16,8 +16,8 @@
 
 class VELK_INTERNAL ActiveCalls {
   public:
-    // Counts the calling operation as inside for the length of a scope. Shared pointers and
-    // descriptors must be loaded after it is constructed.
+    // Counts the calling operation as inside for the length of a scope. The shared pointer or
+    // descriptor that the operation uses must be loaded after this object is constructed.
     class Inside {
       public:
         explicit Inside(ActiveCalls& calls) noexcept : mCalls(calls), mCounter(calls.enter()) {}
@@ -30,14 +30,15 @@ class VELK_INTERNAL ActiveCalls {
         const uint32_t mCounter;
     };
 
-    // Returns when every call that was inside has left. One caller at a time.
-    void waitForThoseInside() noexcept;
+    // Returns when every call that is inside now has left. One caller at a time.
+    void waitForCallsInside() noexcept;
 
     // Whether no call is inside at this moment.
     bool isQuiet() const noexcept;
 
   private:
-    // What a closed counter is lower by: below zero whatever the number of threads.
+    // Subtracted from a counter while it is closed. It keeps the counter below 0 with any number of
+    // threads inside.
     static constexpr int32_t kClosed = 1 << 30;
 
     uint32_t enter() noexcept {
@@ -46,7 +47,7 @@ class VELK_INTERNAL ActiveCalls {
             if (++mInside[counter] > 0) {
                 return counter;
             }
-            // The counter was closed meanwhile, and somebody may be waiting for it to run empty.
+            // The counter was closed meanwhile. Its waiter may have to be woken.
             leave(counter);
         }
     }
@@ -59,8 +60,8 @@ class VELK_INTERNAL ActiveCalls {
 
     void wakeWaiter(uint32_t counter) noexcept;
 
-    // All operations are sequentially consistent: entering must be ordered before the load of the
-    // object, and taking it away before the look at the counters.
+    // All operations are sequentially consistent: a call must enter before it loads the object, and
+    // the waiter must hide the object before it reads the counters.
     std::atomic<uint32_t> mOpenCounter = 0;
     std::atomic<int32_t> mInside[2] = {0, -kClosed};
 };

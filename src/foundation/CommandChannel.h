@@ -38,7 +38,7 @@ VELK_INTERNAL inline bool checkIOctlValid(int fd) {
     return false;
 }
 
-// The messages of the sender, out of the way of its one system call.
+// Messages of the sender, kept out of line.
 VELK_INTERNAL void logCommand(uint32_t request) __attribute__((cold));
 VELK_INTERNAL bool reportInvalidCommand() __attribute__((cold));
 VELK_INTERNAL bool reportRefusedCommand(int result) __attribute__((cold));

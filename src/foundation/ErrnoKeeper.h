@@ -1,6 +1,6 @@
 /*
- * Keeps errno for the length of a scope. Reporting a failed call must not change what there is to
- * report.
+ * Restores errno at the end of a scope, so that a message about a failed call does not change the
+ * errno that the call has left.
  */
 #pragma once
 

@@ -21,6 +21,7 @@ void writeULogger(ULogger& logger, LogLevel level, const char* format, ...) {
         return;
     }
     buffer[kLogBufferSize - 1] = '\0';
-    // The length goes on as the formatter gave it, so that the logger can tell a cut message.
+    // The logger gets the length that the formatter reported, so that it can tell when the text was
+    // cut.
     logger.logMessage(kLogModule, VELK_LOG_TAG, static_cast<uint32_t>(level), buffer.get(), length);
 }

@@ -2,9 +2,9 @@
  * The log gate: decides per message whether it passes and which sinks get it.
  *
  * A message goes to the Android log, to the camera stack's ULogger, or to both, Android log first.
- * Its arguments are evaluated for each sink on their own, and for both with the errno that the
- * message found, so that strerror(errno) says the same in both. A message that does not pass costs
- * two or three loads.
+ * Its arguments are evaluated once per sink, each time with errno as it was before the message, so
+ * that strerror(errno) gives both sinks the same text. A message that does not pass costs two or
+ * three loads.
  *
  *   VELK_LOGE  error: always passes; the Android log also gets the operation, line and source
  *   VELK_LOGW  warning, VELK_LOGI  info, VELK_LOGD  debug
@@ -46,7 +46,7 @@ VELK_INTERNAL constexpr int androidPriority(LogLevel level) {
     return 3;
 }
 
-// The camera stack changes its switches at any time: each is read with one atomic load.
+// The camera stack may change its switches at any time, so each is read with one atomic load.
 VELK_INTERNAL inline bool passesLogLevel(LogLevel level) {
     if (level == LogLevel::Error) {
         return true;
@@ -75,8 +75,8 @@ VELK_INTERNAL inline ULogger* selectedULogger() {
 VELK_INTERNAL void writeULogger(ULogger& logger, LogLevel level, const char* format, ...)
         __attribute__((format(printf, 3, 4), cold));
 
-// What a message that passes does lies in a function of its own, so that the operation around it
-// pays for the test alone.
+// The code that writes a message is a cold function of its own, so that only the test is part of
+// the operation that logs.
 #define VELK_LOG_TO_SINKS(level, androidWrite, ...)              \
     do {                                                         \
         if (passesLogLevel(level)) {                             \

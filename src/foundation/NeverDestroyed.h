@@ -1,6 +1,6 @@
 /*
- * Storage for a process-wide object that outlives everything: threads of the camera service may
- * still call into the library while the process is exiting.
+ * A process-wide object whose destructor never runs: threads of the camera service may still call
+ * into the library while the process is exiting.
  */
 #pragma once
 

@@ -8,7 +8,7 @@
 constinit std::atomic<bool> gIsDebugLogKnownOff = false;
 
 [[gnu::cold]] bool askDebugLog() {
-    // The first gated message may be about a failed call, whose errno it still has to show.
+    // The message that asks may be about a failed call, and must still be able to show its errno.
     const ErrnoKeeper errnoKeeper;
     static const bool enabled = property_get_bool("vendor.debug.velk.debuglog", 0) != 0;
     gIsDebugLogKnownOff.store(!enabled, std::memory_order_relaxed);

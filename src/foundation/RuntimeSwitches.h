@@ -7,16 +7,16 @@
 
 #include "foundation/Visibility.h"
 
-// Set once the debug log is known to be off, which is what nearly every call finds.
+// True once the debug log is known to be off, which is the usual case.
 VELK_INTERNAL extern std::atomic<bool> gIsDebugLogKnownOff;
 
 // Reads the debug-log property on the first call in this process; never again after that.
 VELK_INTERNAL bool askDebugLog();
 
-// Whether messages that are gated by the debug log may pass. Costs one load while it is off.
+// Whether messages that need the debug log may pass. Costs one load while it is off.
 VELK_INTERNAL inline bool isDebugLogEnabled() {
     return !gIsDebugLogKnownOff.load(std::memory_order_relaxed) && askDebugLog();
 }
 
-// Whether the library may come up. The property is read on every call.
+// Whether the feature is switched on. The property is read on every call.
 VELK_INTERNAL bool isVELKEnabled();

@@ -9,8 +9,8 @@
 
 #include "foundation/Visibility.h"
 
-// The platform's header declares these two within its inline helpers only, and those test the tag
-// of a whole source file.
+// The platform's header declares these two only inside inline helpers, which test the one tag that
+// a source file defines.
 extern "C" void atrace_begin_body(const char* name);
 extern "C" void atrace_end_body();
 
@@ -25,8 +25,8 @@ class VELK_INTERNAL TraceSection {
         }
     }
 
-    // Decides by the tags as they are now, not by what the begin found. An exception out of the
-    // trace itself has nowhere to go from here and ends the process.
+    // Tests the tag again instead of remembering whether the section was begun. An exception from
+    // the trace function would leave a destructor, which ends the process.
     ~TraceSection() {
         if (isCameraTagEnabled()) {
             atrace_end_body();

@@ -1,6 +1,6 @@
 /*
- * Marks what is the library's own, so that no build exports it whatever its flags, and the
- * library's calls to it are direct.
+ * Marks classes and functions that are internal: no build exports them, whatever its flags, and the
+ * library calls them directly instead of through its symbol table.
  */
 #pragma once
 

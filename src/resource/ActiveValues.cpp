@@ -36,7 +36,7 @@ void ActiveValues::eraseOne(int64_t value) noexcept {
 
 size_t ActiveValues::eraseAll(int64_t value) noexcept {
     const size_t before = mSorted.size();
-    // The value is usually the largest one: then the array just gets shorter.
+    // The value is usually the largest, so that removing it only shortens the array.
     while (!mSorted.empty() && mSorted.back() == value) {
         mSorted.pop_back();
     }

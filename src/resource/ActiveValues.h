@@ -1,9 +1,9 @@
 /*
- * The multiset of values that the active single-shot controls ask for at one place.
+ * The values that the active single-shot controls ask for in one field of the record: a multiset.
  *
- * A sorted array: a handful of controls is active at once, so shifting a few words beats one heap
- * node a value. Room that has been made once is never given back, so that taking a value out can be
- * undone without memory.
+ * It is a sorted array, because few controls are active at once: moving a few words is cheaper than
+ * a heap node for each value. Its capacity never shrinks, so removing a value can be undone without
+ * allocating.
  */
 #pragma once
 
@@ -29,11 +29,11 @@ class VELK_INTERNAL ActiveValues {
     }
     // Adds a value for which room was made.
     void insert(int64_t value) noexcept;
-    // Puts back values that eraseAll removed, as far as nobody else has used their room since.
+    // Puts back values that eraseAll removed, as many as fit without allocating.
     void insertCopies(int64_t value, size_t count) noexcept;
     // Removes one value.
     void eraseOne(int64_t value) noexcept;
-    // Removes every equal value and tells how many there were.
+    // Removes every equal value and returns how many there were.
     size_t eraseAll(int64_t value) noexcept;
 
   private:

@@ -1,5 +1,5 @@
 /*
- * Keeps what the driver refused until a later attempt delivers it: per key the first refused value.
+ * Keeps values that the driver refused until a later attempt succeeds: for each key the first one.
  */
 #pragma once
 
@@ -22,7 +22,7 @@ class ErrorHandle {
     void addToErrorList(const Key& key, const Value& value) {
         const std::lock_guard<std::mutex> lock(mLock);
         const auto [residual, inserted] = mResiduals.try_emplace(key, value);
-        // A caller that gets an exception instead of a warning is told that nothing was kept.
+        // When the warning throws, the call has to leave nothing behind.
         Rollback forget([this, position = residual, isNew = inserted]()
                                 VELK_NO_THREAD_SAFETY_ANALYSIS noexcept {
                                     if (isNew) {
@@ -36,13 +36,14 @@ class ErrorHandle {
         forget.dismiss();
     }
 
-    // Whether something is still owed under the key.
+    // Whether a value is kept under the key.
     bool isInErrorList(const Key& key) {
         const std::lock_guard<std::mutex> lock(mLock);
         return !mResiduals.empty() && mResiduals.find(key) != mResiduals.end();
     }
 
-    // Copies what is owed under the key. False, with `value` untouched, when nothing is.
+    // Copies the value that is kept under the key. False, with `value` untouched, when there is
+    // none.
     bool getResidual(const Key& key, Value& value) {
         const std::lock_guard<std::mutex> lock(mLock);
         const auto residual = mResiduals.find(key);
@@ -53,7 +54,7 @@ class ErrorHandle {
         return true;
     }
 
-    // Forgets what is owed under the key, if anything.
+    // Removes the value that is kept under the key, if any.
     void removeFromErrorList(const Key& key) {
         const std::lock_guard<std::mutex> lock(mLock);
         mResiduals.erase(key);
@@ -66,6 +67,6 @@ class ErrorHandle {
     std::mutex mLock;
 };
 
-// The one that task registrations use; callers link to the library's own.
+// The list of refused task registrations. Other modules use this exported code, not their own.
 extern template class __attribute__((visibility("default")))
 ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>;

@@ -23,8 +23,8 @@ std::unique_ptr<VELKRescManagement> VELKRescManagement::createInstance(
         const VELKInitParams& params) {
     auto instance = std::make_unique<VELKRescManagement>(params);
 
-    // Marking may store a descriptor at any moment, so it is taken away in one step. A descriptor
-    // of 0 and an absent node stay where they are, and the instance stays without a descriptor.
+    // Marking may store a descriptor at any moment, so it is taken over in one atomic step. A
+    // descriptor of 0 and kNodeAbsent are not taken over, and the instance gets no descriptor.
     int32_t temporaryFd = gDeviceFd.load();
     while (temporaryFd > 0 && !gDeviceFd.compare_exchange_weak(temporaryFd, kNotOpened)) {
     }
@@ -34,16 +34,16 @@ std::unique_ptr<VELKRescManagement> VELKRescManagement::createInstance(
         return nullptr;
     }
 
-    // A mark may still be sending on the descriptor that a failed instance is about to close.
-    Rollback waitForMarks([temporaryFd]() noexcept {
+    // A marking call may still be sending on the descriptor, which a failed instance closes.
+    Rollback waitForMarking([temporaryFd]() noexcept {
         if (temporaryFd > 0) {
-            gActiveCalls.waitForThoseInside();
+            gActiveCalls.waitForCallsInside();
         }
     });
     if (!instance->queryStaticData(params)) {
         return nullptr;
     }
-    waitForMarks.dismiss();
+    waitForMarking.dismiss();
     return instance;
 }
 

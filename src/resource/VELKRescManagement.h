@@ -28,13 +28,14 @@ class VELK_INTERNAL VELKRescManagement {
 
     // Does no input or output.
     [[gnu::cold]] VELK_API explicit VELKRescManagement(const VELKInitParams& params);
-    // Closes the descriptor, then releases the tables and last the convertors.
+    // Closes the descriptor, then destroys the tables, and last the convertors.
     [[gnu::cold]] VELK_API ~VELKRescManagement();
     VELKRescManagement(const VELKRescManagement&) = delete;
     VELKRescManagement& operator=(const VELKRescManagement&) = delete;
 
     // A ready instance, or empty when the node cannot be opened or there is no tuning data. Takes
-    // over the descriptor that was opened while the library was down. Under the global mutex.
+    // over the descriptor that marking opened while the library was down. The caller holds the
+    // global mutex.
     [[gnu::cold]] VELK_API static std::unique_ptr<VELKRescManagement> createInstance(
             const VELKInitParams& params);
 
@@ -73,7 +74,7 @@ class VELK_INTERNAL VELKRescManagement {
     [[gnu::cold]] VELK_API void dumpTaskTable() VELK_NO_THREAD_SAFETY_ANALYSIS;
 
   private:
-    // The order of the members is the order of construction; the convertors are released last.
+    // Destroyed in reverse order: mStaticData with the convertors last.
     const VELKInitParams mInitParams;
     int32_t mDeviceFd = kNotOpened;
     StaticData mStaticData;

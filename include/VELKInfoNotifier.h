@@ -3,9 +3,9 @@
  *
  * Both operations may be called from any thread, take no lock, and return 0 when the driver took
  * the command and -1 when the library is down (see VELKMachine::init) or the driver refused. They
- * block for as long as the driver takes. Neither consults the feature switch; their own
- * messages need the debug log, those of a command that fails do not. The rules on callbacks and
- * exceptions are those of VELKMachine.
+ * block for as long as the driver takes. Neither depends on the feature switch. Their own messages
+ * need the debug log; messages about a command that fails do not. What VELKMachine.h says about
+ * callbacks, exceptions, fork and unloading holds here too.
  */
 #ifndef VELK_INFO_NOTIFIER_H
 #define VELK_INFO_NOTIFIER_H

@@ -19,34 +19,36 @@
  *
  * Every operation is static, runs to completion on the calling thread and returns 0 on success and
  * -1 on failure; the log says why. Notifications reach the driver as ioctl() calls on
- * "/proc/velk/velk_ioctl", one a command, so every operation may block for as long as the driver
+ * "/proc/velk/velk_ioctl", one per command, so every operation may block for as long as the driver
  * takes.
  *
- * Threads. Any operation may be called from any thread at any time, also against init and uninit:
- * a call finds the library down or finishes on a live instance. Down, every operation but init,
- * marking and unmarking returns -1. Whoever takes the instance or marking's descriptor away
- * (uninit, and an init that fails) waits for the calls that are already inside, never for later
- * ones. Operations marked "global mutex" run one at a time and so also wait for each other's driver
- * calls. At process exit an instance that no call is using is destroyed; a call that is still
- * running is left alone.
+ * Threads. Any operation may be called from any thread at any time, also while another thread calls
+ * init or uninit: the call either finds the library down or completes on a live instance. While the
+ * library is down, every operation but init, markCriticalTask and unsetCriticalTask returns -1.
+ * uninit, and an init that fails, wait for the calls that are already inside before they destroy
+ * the instance or close a descriptor, but not for calls that come later. Operations that take the
+ * global mutex run one at a time, so they also wait for each other's driver calls. At process exit
+ * the instance is destroyed unless a call is still inside.
  *
  * Not allowed: calling the library from inside a platform callback (a convertor, the settings
- * provider, ULogger, log, trace or property functions that the library is just calling), or from a
- * signal handler. The tables of the platform are asked while locks are held.
+ * provider, ULogger, log, trace or property function that the library is calling), because the
+ * library may hold locks meanwhile, or from a signal handler. A child process that is forked while
+ * calls are inside must not call the library before exec: it has a copy of their locks but not the
+ * threads that would release them. The library must not be unloaded while calls are inside.
  *
- * Exceptions. None is thrown by design; std::bad_alloc and what the platform classes throw reach
- * the caller, after the trace section is closed and every lock is released. Unless an operation
- * says otherwise, a call that throws leaves nothing behind and can simply be made again.
+ * Exceptions. None is thrown by design. std::bad_alloc and what the platform classes throw reach
+ * the caller after the trace section is closed and every lock is released. Unless an operation says
+ * otherwise, a call that throws has changed nothing and can be made again.
  *
  * Runtime switches (system properties). "vendor.debug.velk.forceoff" switches init and
- * markCriticalTask off and is read on each of their calls. "vendor.debug.velk.debuglog", read once
- * a process, lets pass what markCriticalTask, critical spans, anchor points and VELKInfoNotifier
- * themselves report, the feature-off messages, and the announcement of every command; all other
- * messages, among them those of commands that fail, need their level alone.
+ * markCriticalTask off and is read on each of their calls. "vendor.debug.velk.debuglog" is read
+ * once per process. It enables the messages of markCriticalTask, critical spans, anchor points and
+ * VELKInfoNotifier themselves, those about the feature being off, and one before every command. All
+ * other messages, also those about commands that fail, depend on their log level alone.
  * "vendor.debug.velk.dumptasktable.enable" makes every new unique task id rewrite the dump file
  * "/data/vendor/camera_dump/velk_task", under the global mutex. The two properties of anchor
- * targets are described with the anchor points. Every operation that does work brackets it in a
- * trace section "VELK::" plus its name under the camera trace tag.
+ * targets are described with the anchor points. Every operation that does work opens a trace
+ * section, named "VELK::" plus its name, under the camera trace tag.
  */
 #ifndef VELK_MACHINE_H
 #define VELK_MACHINE_H
@@ -58,11 +60,12 @@ class VELKMachine {
     /*
      * Brings the library up, or counts one more user when it is up already.
      *
-     * The first user's call takes over marking's descriptor or opens the control node, loads the
-     * tuning data for params.scenario and params.customization, sends command 27 (init) and applies
-     * the default single-shot controls (command 35, their results are ignored). They lie on the
-     * stack of handed-over controls. When marking has found no node before, or was given descriptor
-     * 0, none is looked for: the library comes up without one and every command fails.
+     * The first user's call takes over the descriptor that marking opened, or opens the control
+     * node, loads the tuning data for params.scenario and params.customization, sends command 27
+     * (init) and applies the default single-shot controls (command 35, their results are ignored),
+     * which go onto the stack of handed-over controls. When marking found no node before, or got
+     * descriptor 0, init does not try to open the node: the library comes up without a descriptor,
+     * and every command fails.
      *
      * Returns 0 when the user was counted and, on a creating call, the driver took command 27.
      * Returns -1 with nothing changed when the feature is switched off; -1 with the library down
@@ -77,16 +80,16 @@ class VELKMachine {
     VELK_API static int init(const VELKInitParams& params);
 
     /*
-     * Takes one user back. The last one sends command 32 (uninit), waits for the unlocked calls
-     * that are inside and destroys the instance with all tables, ids and its descriptor. Every call
-     * also closes the descriptor that critical-task marking opened while the library was down, once
-     * the calls inside have left it.
+     * Removes one user. The last user's call sends command 32 (uninit), waits for the calls that
+     * are inside without the global mutex, and destroys the instance with all tables, ids and its
+     * descriptor. Every call also closes the descriptor that marking opened while the library was
+     * down, after waiting for the calls that may be using it.
      *
      * Returns 0 when the call was counted and, on the last one, the driver took command 32. Returns
      * -1 when no user was left, or when command 32 failed (the library is down all the same).
      *
-     * Feature switch: no. Locks: global mutex, for the whole call. Exceptions: the user is taken
-     * back and a last call completes the teardown even when it throws.
+     * Feature switch: no. Locks: global mutex, for the whole call. Exceptions: a call that throws
+     * has removed the user all the same, and the last user's call has destroyed the instance.
      */
     VELK_API static int uninit();
 
@@ -106,8 +109,8 @@ class VELKMachine {
      *
      * Returns 0 when the driver took command 29; -1 when the library is down, the task is invalid
      * or the driver refused. Feature switch: no. Locks: global mutex, for the whole call.
-     * Exceptions: a pair whose registration was neither sent nor kept is forgotten (its id number
-     * is spent) and registered anew by its next start. A call that throws after the driver took
+     * Exceptions: a pair whose registration was neither sent nor kept is forgotten (its id is not
+     * used again) and is registered by its next start. A call that throws after the driver took
      * command 29 has not recorded the thread; made again, it sends the command again.
      */
     VELK_API static int notifyTaskStart(const void* key, int task,
@@ -120,8 +123,8 @@ class VELKMachine {
      * driver refuses. The pair keeps its id.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the task is invalid
-     * (see notifyTaskStart), the pair never started (the look-up then spends an id number), or the
-     * driver refused. Feature switch: no. Locks: global mutex, for the whole call. Exceptions: a
+     * (see notifyTaskStart), the pair never started (the look-up then uses up an id), or the driver
+     * refused. Feature switch: no. Locks: global mutex, for the whole call. Exceptions: a
      * call that throws after the driver took command 30 leaves the thread recorded as running the
      * task; made again, it sends the command again.
      */
@@ -140,9 +143,10 @@ class VELKMachine {
 
     /*
      * Activates the single-shot control that the settings hold for `category` in the current
-     * scenario, else in the fallback scenario 8. A category that the settings do not know at all
-     * stands for the first control handed over for it. The control is activated under the category
-     * asked for, as by the overload below; category 0 goes onto its stack.
+     * scenario, else in the fallback scenario 8. For a category that the settings do not know at
+     * all, it is the first control that a caller handed over with that category. The control is
+     * activated as by the overload below, under the category asked for; one of category 0 goes onto
+     * the stack.
      *
      * Returns 0 when the driver took command 35; -1 when the library is down, the category is not
      * found, its control is out of range, or the driver refused. Feature switch: no. Locks: global
@@ -151,22 +155,22 @@ class VELKMachine {
     VELK_API static int notifySingleShotControl(int category);
 
     /*
-     * Activates `control` and sends it as command 35, what it asks for merged with every active
-     * control:
+     * Activates `control` and sends it as command 35. Each value that it asks for is replaced by
+     * the merge over all active controls:
      *   - uclampLevels: per position the maximum, with the tuning data's level as the floor;
      *   - percentLevel other than -1: the maximum of those of 1 or more, -2 when there is none;
      *   - limits[0] other than 0: the maximum, 999999 when there is none;
      *   - criticalTaskUclamps: per task enum the maximum, with its default uclamp as the floor. Of
-     *     several entries for one enum the first alone is merged. Each goes out for the unique task
-     *     ids that run the enum, and for those that ran it last, until another start of the enum
-     *     takes their place. With none, or more than 20 in all, the record goes out without ids and
-     *     an error is logged;
-     *   - sharedFlag: whether it has been handed over more often than withdrawn.
-     * What the control does not ask for, and all other fields, go out as it has them.
+     *     several entries for one enum only the first is merged. Each uclamp is sent with the
+     * unique task ids that run the enum, and with those whose run has ended but whose place no
+     * later start of the enum has taken. When there is no such id, or more than 20 in all, the
+     * record is sent without ids and an error is logged;
+     *   - sharedFlag: 1 when controls with the flag were activated more often than withdrawn.
+     * Values that the control does not ask for, and all other fields, are sent unchanged.
      *
-     * A control of category 0 goes onto a stack. The first control of any other category that the
-     * settings do not know becomes the category's default while the library is up. The control
-     * stays active, also when the driver refuses it, until it is reset.
+     * A control of category 0 goes onto the stack of handed-over controls. For any other category
+     * that the settings do not know, the first control becomes the category's default until the
+     * last uninit. The control stays active, also when the driver refuses it, until it is reset.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the control is out
      * of range (see VELKSingleShotControl; nothing is changed), or the driver refused. Feature
@@ -176,15 +180,17 @@ class VELKMachine {
     VELK_API static int notifySingleShotControl(const VELKSingleShotControl& control);
 
     /*
-     * Withdraws a control and sends command 35 with the reset flag: what the control asked for,
-     * merged with what stays active as above; sharedFlag is 1 when nobody holds it any more, and a
-     * requestValue other than -1 goes out as -2 (release).
+     * Withdraws a control and sends command 35 with the reset flag. Each value that the control
+     * asked for is replaced by the merge over the controls that stay active. sharedFlag is 1 when
+     * no active control holds it any more, and a requestValue other than -1 is sent as -2
+     * (release).
      *
-     * Category 0 (and the overload without argument) takes the newest handed-over control off the
-     * stack; any other category withdraws the control that notifySingleShotControl(category) would
-     * activate now. A value leaves the merge with all its equals, also those of other controls.
-     * Resets are not counted against notifications: one of a category that is not active takes its
-     * values and one sharedFlag away all the same, and sends the command.
+     * Category 0 (and the overload without argument) takes the newest control off the stack of
+     * handed-over controls; any other category withdraws the control that
+     * notifySingleShotControl(category) would activate now. With a value, all equal values leave
+     * the merge, also those of other controls. Resets need not match notifications: resetting a
+     * category that is not active also removes its values, counts one sharedFlag less, and sends
+     * the command.
      *
      * Returns 0 when the driver took the command; -1 when the library is down, the category is not
      * found, the stack is empty, the control is out of range, or the driver refused (the control is
@@ -197,25 +203,30 @@ class VELKMachine {
     /*
      * The caller's work becomes critical. While the library is up this is
      * notifySingleShotControl(user) and returns its result. While it is down, the settings'
-     * control of `user` for scenario 8 goes to the driver as command 35 as it stands, neither
-     * checked nor merged and without critical tasks, through a descriptor that stays open for the
-     * next init or uninit; without such a control nothing is sent and the result is 0. The overload
-     * without argument marks for user 4.
+     * control of `user` for scenario 8 is sent as command 35, without being checked or merged and
+     * without its critical tasks. Its descriptor stays open until the next init takes it over or
+     * the next uninit closes it. Without such a control nothing is sent and the result is 0. The
+     * overload without argument marks for user 4.
      *
      * Returns 0 on success; -1 when the feature is switched off, the node is absent or cannot be
      * opened, the driver refused, or notifySingleShotControl(user) fails. Feature switch: yes.
      * Locks: none while the library is down; else those of notifySingleShotControl(int). Two first
-     * calls racing may both open the node; the later descriptor is kept and the earlier one stays
-     * open and idle.
+     * calls that race may both open the node: the later descriptor is kept, and the earlier one
+     * stays open, unused, until the process exits.
      */
     VELK_API static int markCriticalTask();
     VELK_API static int markCriticalTask(int user);
 
     /*
      * The caller's work is critical no longer: a control in its default state is sent as command
-     * 35, while the library is up as by notifySingleShotControl, which leaves it on the stack. What
-     * marking activated while the library was up stays active until
+     * 35. What marking activated while the library was up stays active until
      * notifyResetSingleShotControl(user).
+     *
+     * While the library is up, the default control is activated by
+     * notifySingleShotControl(control): every call leaves one more (240 bytes) on the stack of
+     * handed-over controls until it is reset, or until the last uninit. A later
+     * notifyResetSingleShotControl() without argument takes these off the stack first, before the
+     * controls that callers handed over earlier.
      *
      * Returns 0 when the driver took the command; -1 when the node is absent or cannot be opened,
      * or the driver refused. Feature switch: no. Locks: global mutex, for the whole call.
@@ -240,9 +251,9 @@ class VELKMachine {
      * The pipeline passes an anchor point: command 38 with the anchor, the phase, `serial`
      * unchanged, and the anchor's targets of the current scenario (start: latency and jitter; end:
      * jitter alone). The customer's non-zero targets override the platform's. The properties
-     * "vendor.debug.velk.latencySpec" and "vendor.debug.velk.jitterSpec", each for its own target
-     * and read on each call, override both: set to anchor * 100000 + target (below 100000) they
-     * give this anchor its target and switch that target of all other anchors off.
+     * "vendor.debug.velk.latencySpec" and "vendor.debug.velk.jitterSpec", which are read on each
+     * call, override both: the value anchor * 100000 + target (target below 100000) sets the
+     * latency or jitter target of that anchor and makes that of every other anchor 0.
      *
      * A start of an anchor with neither target fails and makes the anchor invalid until the last
      * uninit: every later start and end of it fails at once. An end does not validate.

@@ -1,19 +1,18 @@
 /*
  * Entry points for customer modules, for C and for look-up by name.
  *
- * Each function passes its arguments unchanged to the operation of VELKMachine that its name
- * carries and returns that operation's result: 0 on success, -1 on failure. What the operation
- * sends, which locks it takes, when it may block and what it promises to other threads is said in
- * VELKMachine.h and holds here unchanged. Pointers to records must not be null; `key` may be any
- * value and is never followed.
+ * Each function passes its arguments unchanged to the operation of VELKMachine that it is named
+ * after, and returns that operation's result: 0 on success, -1 on failure. VELKMachine.h says what
+ * the operation sends, which locks it takes, when it may block and what other threads may do
+ * meanwhile; all of that holds here too. Pointers to records must not be null. `key` may be any
+ * value and is never dereferenced.
  *
  * The camera service brings the library up and down. Before that and after the last uninit every
  * function returns -1, except markCriticalTaskCus, markCriticalTaskUserCus and
  * unsetCriticalTaskCus, which can reach the driver on their own.
  *
  * C code cannot build a single-shot control; it passes on one that it got from C++. An exception
- * (no memory left) passes through C code unseen and ends the process unless a C++ caller catches
- * it.
+ * (when memory runs out) cannot be caught in C; it ends the process unless a C++ caller catches it.
  */
 #ifndef VELK_MACHINE_CUS_H
 #define VELK_MACHINE_CUS_H

@@ -14,8 +14,8 @@
 #endif
 
 /*
- * An operation of the library. Never inlined, so that whoever interposes one is reached by every
- * call, also by the library's own.
+ * An exported operation. Never inlined, so that code that interposes one sees every call to it,
+ * also the library's own calls.
  */
 #define VELK_API __attribute__((visibility("default"), noinline))
 

@@ -177,7 +177,9 @@ void DriverSession::refuse(uint32_t request, const void* record, bool isInjected
         case VELK_IOC_TASK_INIT: {
             const auto registration = copyRecord<VELK_TASK_INIT_PARAM>(record);
             Task& task = mTasks[registration.uniqueTaskId];
-            task.snapshot.registration = registration;
+            if (!task.snapshot.isRegistered) {
+                task.snapshot.registration = registration;
+            }
             task.isRefusalInjected = isInjected;
             ++mRefusedRegistrations;
             break;

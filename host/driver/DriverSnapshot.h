@@ -17,7 +17,7 @@
 namespace desk {
 
 struct TaskSnapshot {
-    VELK_TASK_INIT_PARAM registration = {};  // as last received
+    VELK_TASK_INIT_PARAM registration = {};  // as last taken, else received
     bool isRegistered = false;               // false: every registration of it was refused
 };
 

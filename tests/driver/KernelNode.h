@@ -1,0 +1,76 @@
+/*
+ * The kernel's control node, as threads of this process use it, and what its state file says.
+ */
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "foundation/CommandRecords.h"
+
+namespace kernel {
+
+// A file of the node. As the library's, it stays open in a program that a child starts.
+class NodeFile {
+  public:
+    NodeFile();
+    ~NodeFile() { close(); }
+    NodeFile(const NodeFile&) = delete;
+    NodeFile& operator=(const NodeFile&) = delete;
+
+    void close();
+    int descriptor() const { return mDescriptor; }
+    // 0 or a negated errno.
+    int send(uint32_t request, const void* record) const;
+
+  private:
+    int mDescriptor;
+};
+
+// A thread that does what it is told, and sends records that bear its id.
+class Actor {
+  public:
+    explicit Actor(const NodeFile& file);
+    ~Actor();
+    Actor(const Actor&) = delete;
+    Actor& operator=(const Actor&) = delete;
+
+    uint32_t tid() const { return mTid; }
+    // Runs it on the actor's thread, and waits for it.
+    void run(std::function<void()> work);
+    int send(uint32_t request, const void* record);
+
+    int start(uint32_t task) { return sendTask(VELK_IOC_TASK_START, task); }
+    int end(uint32_t task) { return sendTask(VELK_IOC_TASK_END, task); }
+    int spanStart(int32_t value) { return sendSpan(VELK_IOC_CRITICAL_START, value); }
+    int spanEnd() { return sendSpan(VELK_IOC_CRITICAL_END, 0); }
+    int control(uint32_t task, uint32_t uclamp);
+    int init();
+    int uninit();
+    int registerTask(uint32_t task, int32_t uclamp);
+
+  private:
+    int sendTask(uint32_t request, uint32_t task);
+    int sendSpan(uint32_t request, int32_t value);
+
+    const NodeFile& mFile;
+    uint32_t mTid = 0;
+    std::mutex mMutex;
+    std::condition_variable mChange;
+    std::function<void()> mWork;
+    bool mIsDone = false;
+    std::thread mThread;
+};
+
+// The lines about a process, this one as a rule, without times. Empty when it is not listed.
+std::vector<std::string> stateLines(int pid = 0);
+bool stateHas(const std::string& line);
+bool kernelHasClamps();
+
+}  // namespace kernel

@@ -158,6 +158,12 @@ void velk_threads_boost(struct velk_process *process);
 void velk_threads_drop(struct velk_process *process);
 void velk_threads_prune(struct velk_process *process);
 
+/* True from before anybody can have joined the thread. */
+static inline bool velk_is_exiting(const struct task_struct *task)
+{
+	return READ_ONCE(task->flags) & PF_EXITING;
+}
+
 /* velk_clamp.c */
 #ifdef CONFIG_UCLAMP_TASK
 int velk_clamp_update(struct velk_clamp *clamp, struct task_struct *task, u32 boost);

@@ -62,7 +62,7 @@ int velk_clamp_update(struct velk_clamp *clamp, struct task_struct *task, u32 bo
 {
 	int result;
 
-	if (READ_ONCE(task->exit_state) || READ_ONCE(task->policy) == SCHED_DEADLINE)
+	if (velk_is_exiting(task) || READ_ONCE(task->policy) == SCHED_DEADLINE)
 		return 0;
 	note_own_value(clamp, task);
 	boost = min_t(u32, boost, task->uclamp_req[UCLAMP_MAX].value);

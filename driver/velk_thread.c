@@ -126,7 +126,7 @@ void velk_threads_prune(struct velk_process *process)
 	int bucket;
 
 	hash_for_each_safe(process->threads, bucket, next, thread, node) {
-		if (READ_ONCE(thread->task->exit_state))
+		if (velk_is_exiting(thread->task))
 			drop_thread(process, thread);
 	}
 }

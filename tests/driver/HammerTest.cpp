@@ -5,11 +5,11 @@
 #include <variant>
 #include <vector>
 
-#include "../tools/TuningTexts.h"
 #include "KernelNode.h"
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
 #include "foundation/CommandTable.h"
+#include "tuning/TuningLoader.h"
 #include "tuning/TuningPlatform.h"
 
 namespace kernel {
@@ -35,19 +35,30 @@ void tasks(int round) {
 void frames(int round) {
     VELKInfoNotifier::notifyVSync();
     VELKInfoNotifier::notifyCamFps(static_cast<float>(round));
-    VELKMachine::notifyAnchorPointStart(1 + round % 3, 1);
-    VELKMachine::notifyAnchorPointEnd(1 + round % 3, 1);
+    VELKMachine::notifyAnchorPointStart(1, static_cast<unsigned>(round));
+    VELKMachine::notifyAnchorPointEnd(1, static_cast<unsigned>(round));
     VELKMachine::notifySingleShotControl(5);
     VELKMachine::notifyResetSingleShotControl(5);
     VELKMachine::markCriticalTask();
     VELKMachine::unsetCriticalTask();
 }
 
+// With tasks and an anchor in one scenario.
+constexpr VELKScenario kScenario{6};
+constexpr const char* kTuning = R"({
+    "variants": [{
+        "clusterLevels": [10, 20, 30, 40, 50, 60, 70, 80],
+        "clusterDefaultLevels": [11, 21, 31],
+        "tasks": [{"task": 5, "name": "TASK_RENDER", "targetTimeUs": 300, "defaultUclamp": 400}]
+    }],
+    "anchorSpecs": [{"scenario": 6, "anchors": [{"anchor": 1, "latencyUs": 100}]}]
+})";
+
 // Sends each command itself as well, however the threads fall.
 void cycle(int round) {
-    VELKMachine::init({});
+    VELKMachine::init({.scenario = kScenario});
     if (round % 3 != 0) {
-        VELKMachine::init({});
+        VELKMachine::init({.scenario = kScenario});
         VELKMachine::uninit();
     }
     tasks(round);
@@ -73,7 +84,7 @@ void race(const std::vector<std::function<void(int)>>& works) {
 // A scene change takes no global mutex: it may come late, when the next init has cleared its task.
 TEST(Hammer, NothingIsRefusedButLateSceneChanges) {
     desk::installTuning(std::get<std::shared_ptr<const desk::TuningData>>(
-            desk::parseTuning(desk::smallTuning())));
+            desk::parseTuning({kTuning, {}, {}})));
     const NodeFile keptOpen;  // and with it the driver's counters
     race({cycle, tasks, tasks, frames, frames});
     size_t commands = 0;

@@ -31,7 +31,7 @@ void setClock(DeskClock clock) noexcept {
 
 uint32_t currentTid() noexcept {
     if (tTid == 0) {
-        // The thread of a forked child has an id of its own.
+        // After a fork the thread has another id.
         static const int isRegistered = pthread_atfork(nullptr, nullptr, [] { tTid = 0; });
         static_cast<void>(isRegistered);
         tTid = static_cast<uint32_t>(gettid());

@@ -1,5 +1,5 @@
 /*
- * One call to the control node as the driver model saw it, and who wants to hear of it.
+ * One call to the control node as the driver model received it, and the interface of its observers.
  */
 #pragma once
 
@@ -16,10 +16,10 @@ namespace desk {
 enum class DriverCall : uint8_t { Open, Command, Close };
 
 enum class Verdict : uint8_t {
-    Accepted,         // done, and nothing to say about it
-    Noted,            // done, although the model found something odd
-    InjectedRefusal,  // refused because an injected fault asks for it
-    Refused,          // refused because the model itself found fault
+    Accepted,         // carried out
+    Noted,            // carried out, although it is unusual
+    InjectedRefusal,  // refused by an injected fault
+    Refused,          // refused because it is wrong
 };
 
 constexpr bool isRefusal(Verdict verdict) {
@@ -29,7 +29,7 @@ constexpr bool isRefusal(Verdict verdict) {
 struct DriverEvent {
     DriverCall call = DriverCall::Command;
     Verdict verdict = Verdict::Accepted;
-    uint64_t sequence = 0;  // 1, 2, 3, ... in the order in which the model took the calls
+    uint64_t sequence = 0;  // 1, 2, 3, ... in the order in which the model received the calls
     int64_t timeNs = 0;     // of the desk's clock
     uint32_t tid = 0;       // the calling thread
     int descriptor = -1;    // -1 for an open that was refused
@@ -40,16 +40,17 @@ struct DriverEvent {
     const void* record = nullptr;          // valid during the notification alone
     size_t recordSize = 0;                 // 0 when the request is none of the table
 
-    // The controls in force after it, of a command that can change them.
+    // What the active controls ask for after the command. Empty for a command that cannot change
+    // them.
     std::optional<MergedControl> control;
 
     int error = 0;        // the caller's errno when refused, else 0
-    std::string finding;  // what was odd or at fault, else empty
+    std::string finding;  // what is unusual or wrong, else empty
 };
 
 /*
- * Hears of every call. It is notified on the calling thread, without any lock of the model, so two
- * threads may notify at once and out of order: `sequence` tells the order.
+ * Is notified of every call, on the calling thread and without any lock of the model. So two
+ * threads may notify at once and out of order: `sequence` gives the order.
  */
 class DriverObserver {
   public:

@@ -19,7 +19,7 @@ namespace desk {
 
 namespace {
 
-// Takes one of the refusals that are left, if any.
+// The errno of the next refusal, which is then used up; 0 when none is left.
 int takeRefusal(InjectedFaults::Refusal& refusal) {
     if (refusal.error == 0 || refusal.times == 0) {
         return 0;
@@ -88,7 +88,7 @@ struct DriverModel::State {
     uint64_t lastFile = 0;
     uint64_t lastSequence = 0;
     DriverSession session;
-    DriverSnapshot totals;  // counters and findings alone
+    DriverSnapshot totals;  // its counters and findings; the rest is not used
 
     // Null when it is not open.
     const Descriptor* find(int descriptor) const {
@@ -106,7 +106,7 @@ struct DriverModel::State {
     void judgeCommand(DriverEvent& event);
     void judgeKnownCommand(DriverEvent& event);
     void countFinding(const DriverEvent& event);
-    // `judge(event)` decides and does. Returns what the driver answers.
+    // `judge(event)` decides about the call and carries it out. Returns the answer to the caller.
     template <typename Judge>
     int handle(DriverEvent& event, CallCounters& counters, Judge&& judge);
     void injectDelay(const VELKCommand& command) const;
@@ -122,7 +122,7 @@ bool DriverModel::State::closeDuplicate(int descriptor) {
 
 template <typename Judge>
 int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge&& judge) {
-    std::shared_ptr<DriverObserver> hearer;
+    std::shared_ptr<DriverObserver> notified;
     {
         const std::lock_guard lock(mutex);
         event.sequence = ++lastSequence;
@@ -132,10 +132,10 @@ int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge
         if (!event.finding.empty()) {
             countFinding(event);
         }
-        hearer = observer;
+        notified = observer;
     }
-    if (hearer != nullptr) {
-        hearer->onDriverEvent(event);
+    if (notified != nullptr) {
+        notified->onDriverEvent(event);
     }
     return -event.error;
 }
@@ -211,7 +211,7 @@ int DriverModel::open(int descriptor, uint32_t tid) {
         }
         open.descriptor = descriptor;
         if (state.eraseDescriptor(descriptor) != 0) {
-            note(open, "the descriptor was closed behind the driver's back");
+            note(open, "the descriptor was open already");
         }
         state.descriptors.push_back({descriptor, ++state.lastFile});
     });
@@ -271,7 +271,7 @@ void DriverModel::injectFaults(const InjectedFaults& faults) {
 }
 
 void DriverModel::setObserver(std::shared_ptr<DriverObserver> observer) {
-    // The former observer goes after the lock is released, because its end may take long.
+    // The former observer is destroyed after the lock is released, because that may take long.
     const std::lock_guard lock(mState->mutex);
     mState->observer.swap(observer);
 }

@@ -1,12 +1,12 @@
 /*
- * A strict driver behind the control node. It checks every command, keeps a snapshot of what it was
- * told, and misbehaves on request.
+ * A strict driver behind the control node. It checks every command, keeps the state that follows
+ * from the accepted ones, and injects faults.
  *
- * What can be judged from the record and its caller alone is refused (EINVAL; EFAULT without a
- * record, ENOTTY for a request of no known command), and so are starts and ends of a task whose
- * registration never arrived. What is only odd in the light of the history is accepted and noted,
- * because a correct library may meet it: two threads end one task, a notification overtakes an
- * uninit. What follows from a refusal that the model was told to make is neither.
+ * A command is refused when its record or its caller is wrong (EINVAL; EFAULT without a record,
+ * ENOTTY for an unknown request), or when it starts or ends a task whose registration never
+ * arrived. A command that is only unusual after those before it is accepted and noted, because a
+ * correct library may send it: two threads end one task, a notification arrives after an uninit.
+ * What an injected refusal leads to is neither refused nor noted.
  */
 #pragma once
 
@@ -28,17 +28,18 @@ class DriverModel {
     DriverModel(const DriverModel&) = delete;
     DriverModel& operator=(const DriverModel&) = delete;
 
-    // The caller brings the descriptor that stands for the node from here on.
+    // `descriptor` stands for the node from here on.
     int open(int descriptor, uint32_t tid);
-    // `copy` stands for the same open file from here on. A driver does not hear of it.
+    // `copy` stands for the same open file from here on. As in a kernel, observers and counters do
+    // not notice.
     int duplicate(int descriptor, int copy);
     // `record` points to as many bytes as the request says.
     int command(int descriptor, uint32_t request, const void* record, uint32_t tid);
-    // A driver hears of the close of the last descriptor of an open file alone.
+    // Only the close of the last descriptor of an open file counts and is observed.
     int close(int descriptor, uint32_t tid);
 
     void injectFaults(const InjectedFaults& faults);
-    // Null removes it. A notification that is under way on another thread may still be finishing.
+    // Null removes it. Another thread may still be within a notification of the former one.
     void setObserver(std::shared_ptr<DriverObserver> observer);
 
     DriverSnapshot snapshot() const;

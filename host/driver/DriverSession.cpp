@@ -58,9 +58,9 @@ DriverSession::Finding DriverSession::inspect(uint32_t request, const void* reco
             break;
         case VELK_IOC_ANCHOR: {
             const auto anchor = copyRecord<VELK_ANCHOR_PARAM>(record);
-            const bool isAimless = anchor.phase == VELK_ANCHOR_START && anchor.latencyTarget == 0 &&
-                                   anchor.jitterTarget == 0;
-            finding = {isAimless ? "the anchor starts without a target" : "", false};
+            const bool hasNoTarget = anchor.phase == VELK_ANCHOR_START &&
+                                     anchor.latencyTarget == 0 && anchor.jitterTarget == 0;
+            finding = {hasNoTarget ? "the anchor starts without a target" : "", false};
             break;
         }
         default:
@@ -81,7 +81,7 @@ DriverSession::Finding DriverSession::inspectStart(const VELK_TASK_PARAM& record
         return {"start of a task whose registration was refused", false};
     }
     const Run* run = findRun(*task, record.tid);
-    return {run != nullptr && !run->isDisputed ? "the thread runs the task already" : "", false};
+    return {run != nullptr && !run->hasDiverged ? "the thread runs the task already" : "", false};
 }
 
 DriverSession::Finding DriverSession::inspectEnd(const VELK_TASK_PARAM& record) const {
@@ -119,7 +119,7 @@ DriverSession::Finding DriverSession::inspectSpan(const VELK_CRITICAL_TASK_PARAM
                                                   bool isStart) const {
     const auto span = mSpans.find(static_cast<uint32_t>(record.tid));
     if (isStart) {
-        const bool isNested = span != mSpans.end() && !span->second.isDisputed;
+        const bool isNested = span != mSpans.end() && !span->second.hasDiverged;
         return {isNested ? "a critical span starts within another of its thread" : "", false};
     }
     return {span == mSpans.end() ? "end of a critical span that is not open" : "", false};
@@ -187,13 +187,13 @@ void DriverSession::refuse(uint32_t request, const void* record, bool isInjected
         case VELK_IOC_TASK_START:
         case VELK_IOC_TASK_END:
             if (isInjected) {
-                disputeRun(copyRecord<VELK_TASK_PARAM>(record), request == VELK_IOC_TASK_START);
+                divergeRun(copyRecord<VELK_TASK_PARAM>(record), request == VELK_IOC_TASK_START);
             }
             break;
         case VELK_IOC_CRITICAL_START:
         case VELK_IOC_CRITICAL_END:
             if (isInjected) {
-                disputeSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record),
+                divergeSpan(copyRecord<VELK_CRITICAL_TASK_PARAM>(record),
                             request == VELK_IOC_CRITICAL_START);
             }
             break;
@@ -227,12 +227,12 @@ void DriverSession::startTask(const VELK_TASK_PARAM& record) {
     const auto run = findRunIn(task.runs, record.tid);
     if (run == task.runs.end()) {
         task.runs.push_back({record.tid, true, false});
-    } else if (run->isDisputed) {
+    } else if (run->hasDiverged) {
         *run = {record.tid, true, false};
     }
 }
 
-// While its library is down, a sender does not merge: the record replaces what was there.
+// While the library is down, it does not merge: the record replaces what was there.
 void DriverSession::takeControl(const VELK_SINGLE_SHOT_PARAM& record) {
     if (!mIsSenderUp) {
         mControl = {};
@@ -246,7 +246,7 @@ void DriverSession::takeControl(const VELK_SINGLE_SHOT_PARAM& record) {
     }
 }
 
-void DriverSession::disputeRun(const VELK_TASK_PARAM& record, bool isStart) {
+void DriverSession::divergeRun(const VELK_TASK_PARAM& record, bool isStart) {
     const auto place = mTasks.find(record.uniqueTaskId);
     if (place == mTasks.end()) {
         return;
@@ -254,18 +254,18 @@ void DriverSession::disputeRun(const VELK_TASK_PARAM& record, bool isStart) {
     std::vector<Run>& runs = place->second.runs;
     const auto run = findRunIn(runs, record.tid);
     if (run != runs.end()) {
-        run->isDisputed = true;
+        run->hasDiverged = true;
     } else if (isStart) {
         runs.push_back({record.tid, false, true});
     }
 }
 
-void DriverSession::disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart) {
+void DriverSession::divergeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart) {
     const auto tid = static_cast<uint32_t>(record.tid);
     if (isStart) {
-        mSpans[tid].isDisputed = true;
+        mSpans[tid].hasDiverged = true;
     } else if (const auto span = mSpans.find(tid); span != mSpans.end()) {
-        span->second.isDisputed = true;
+        span->second.hasDiverged = true;
     }
 }
 

@@ -19,12 +19,11 @@ class DriverSession {
         bool isFault = false;  // to be refused, not only noted
     };
 
-    // The record of each has passed the check of its content.
+    // Both expect a record whose content is valid.
     Finding inspect(uint32_t request, const void* record) const;
     void accept(uint32_t request, const void* record);
 
-    // The command was refused, and the sender goes on as it does then. It may not have been
-    // checked.
+    // Follows what the sender assumes after a refusal. The record may be invalid.
     void refuse(uint32_t request, const void* record, bool isInjected);
 
     const MergedControl& control() const { return mControl; }
@@ -33,8 +32,8 @@ class DriverSession {
   private:
     struct Run {
         uint32_t tid = 0;
-        bool isRunning = false;   // false: its start was refused
-        bool isDisputed = false;  // a refusal on demand has parted the sender's view from ours
+        bool isRunning = false;    // false: its start was refused
+        bool hasDiverged = false;  // an injected refusal: the sender takes it for done
     };
     struct Task {
         TaskSnapshot snapshot;
@@ -44,7 +43,7 @@ class DriverSession {
     struct Span {
         CriticalSpan snapshot;
         bool isOpen = false;
-        bool isDisputed = false;
+        bool hasDiverged = false;
     };
 
     const Task* findTask(uint32_t uniqueTaskId) const;
@@ -60,8 +59,8 @@ class DriverSession {
     void registerTask(const VELK_TASK_INIT_PARAM& record);
     void startTask(const VELK_TASK_PARAM& record);
     void takeControl(const VELK_SINGLE_SHOT_PARAM& record);
-    void disputeRun(const VELK_TASK_PARAM& record, bool isStart);
-    void disputeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart);
+    void divergeRun(const VELK_TASK_PARAM& record, bool isStart);
+    void divergeSpan(const VELK_CRITICAL_TASK_PARAM& record, bool isStart);
 
     bool mIsInitialised = false;
     bool mIsSenderUp = false;  // the sender's view, which a refused init or uninit does not change

@@ -1,7 +1,7 @@
 /*
  * What the driver model knows at one moment. An init command begins a new session: it clears the
- * tasks, threads, spans and the control. An uninit puts the control out of force and leaves the
- * rest, so that a report can show what was never ended.
+ * tasks, threads, spans and the control. An uninit ends the control and leaves the rest,
+ * so that a report can show what was never ended.
  */
 #pragma once
 
@@ -32,7 +32,7 @@ struct CriticalSpan {
 };
 
 struct CallCounters {
-    uint64_t accepted = 0;  // with the noted ones
+    uint64_t accepted = 0;  // includes the noted ones
     uint64_t noted = 0;
     uint64_t refusedInjected = 0;
     uint64_t refused = 0;
@@ -50,7 +50,7 @@ struct DriverSnapshot {
     std::vector<RunningThread> running;  // by thread id, then unique task id
     std::vector<CriticalSpan> spans;     // by thread id
     MergedControl control;
-    MergedControl controlAtUninit;  // what the last uninit put out of force
+    MergedControl controlAtUninit;  // what the last uninit ended
 
     CallCounters opens;
     CallCounters closes;

@@ -1,5 +1,5 @@
 /*
- * What a driver model does wrong on purpose, and the text in which a user asks for it.
+ * The faults that a driver model injects, and the text that describes them.
  */
 #pragma once
 
@@ -22,9 +22,9 @@ namespace desk {
  *     slow=[COMMAND:]DURATION  the command takes that much longer; without one, every command
  *
  * COMMAND is a number (27 to 38) or a name (taskInit) of the command table. ERRNO is the name of an
- * errno (EINVAL). TIMES is 1 or more and says how often, counted from when the text takes effect;
- * without it the refusal lasts. DURATION is a whole number and us, ms or s, at most 10s. A later
- * item takes the place of an earlier one on the same thing. An empty text asks for nothing.
+ * errno (EINVAL). TIMES, 1 or more, is the number of refusals; without it every one is refused.
+ * DURATION is a whole number and us, ms or s, at most 10s. A later item takes the place of an
+ * earlier one on the same thing. An empty text asks for nothing.
  *
  *     open=EACCES
  *     28=EINVAL*3, slow=taskStart:50us

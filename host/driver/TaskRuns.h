@@ -12,7 +12,7 @@ namespace desk {
 /*
  * An end ends the runs of its own thread. Where that thread has none, it ends those of all others,
  * because the library then counts the task as ended on all threads. `runs` are those of one task,
- * each with the `tid` of its thread; each that has ended is shown to `use(run)` and removed.
+ * each with the `tid` of its thread. Calls `use(run)` for each that ends, and removes it.
  */
 template <typename Run, typename Use>
 void endRuns(std::vector<Run>& runs, uint32_t tid, Use&& use) {

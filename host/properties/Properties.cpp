@@ -15,9 +15,9 @@
 
 namespace {
 
-// libbase keeps the values, but has no lock of its own and asks for a string a lookup. The names
-// that were ever set are known here, so that the usual question, for a property that nobody has
-// set, costs a shared lock and no allocation.
+// Values are kept by libbase, which has no lock and allocates a string for each look-up. This class
+// adds the lock, and knows which names were ever set: asking for any other name, the usual case,
+// allocates nothing.
 class PropertyStore {
   public:
     void set(const char* key, const char* value) {

@@ -16,7 +16,7 @@ struct Collector {
     std::atomic<uint64_t> tags = 0;
     std::atomic<uint64_t> dropped = 0;
     std::mutex mutex;
-    std::vector<TraceEvent> pending;  // its memory is taken before it is needed
+    std::vector<TraceEvent> pending;  // allocated when tracing is switched on
 };
 
 // Never destroyed: other threads may trace while the process exits.

@@ -1,6 +1,6 @@
 /*
  * Android trace sections on the desk. While tracing is on, the beginning and the end of every
- * section wait here, with time and thread, until somebody drains them.
+ * section are kept, with time and thread, until they are drained.
  */
 #pragma once
 
@@ -23,14 +23,14 @@ struct TraceEvent {
     std::string_view name() const { return nameBuffer.data(); }
 };
 
-// At most so many wait; later ones are dropped and counted.
+// At most so many are kept; later ones are dropped and counted.
 inline constexpr size_t kMaxPendingTraceEvents = 65536;
 
-// Switches the camera tag on or off. Off, nothing is collected; what waits can still be drained.
+// Switches the camera tag on or off. Off, nothing is collected; what was kept can still be drained.
 void setTracing(bool isOn);
 
-// Puts what waits into `events`, in order, in place of what was there. A caller that drains into
-// the same vector again and again does without new memory.
+// Replaces the content of `events` by what was kept, in order. Draining into the same vector again
+// needs no new memory.
 void drainTrace(std::vector<TraceEvent>& events);
 
 // How many were dropped since the process began.

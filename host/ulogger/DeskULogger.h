@@ -31,7 +31,7 @@ struct ULoggerSwitches {
     uint32_t normalDetailsMask = 0;  // groups of modules whose debug messages pass
 };
 
-// The most talkative switches, with messages going to the places of `mode`.
+// The switches that let every message pass, to the places of `mode`.
 constexpr ULoggerSwitches everyMessage(uint32_t mode) {
     return {mode, 5, 0xFFFFFFFF};
 }

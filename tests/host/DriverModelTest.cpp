@@ -179,7 +179,7 @@ constexpr HistoryCase kHistoryCases[] = {
          "ok\nok\nok\nnote: a critical span starts within another of its thread\nok\n"
          "note: end of a critical span that is not open\n"},
         {"", "init, control 3", "ok\nnote: the control names a task that was never registered\n"},
-        // What follows from a refusal on demand is nobody's fault.
+        // What an injected refusal leads to is not noted.
         {"taskInit=EIO*2", "init, reg 1, start 1, reg 1, start 1 @2, reg 1, control 1",
          "ok\ninjected\nok\ninjected\nok\nok\nok\n"},
         {"taskStart=EIO*1", "init, reg 1, start 1, scene 1, end 1, start 1, end 1",

@@ -286,7 +286,7 @@ TEST_F(Interposer, LeavesEveryOtherPathToTheCLibrary) {
     EXPECT_EQ(snapshot.closes.refused, 0U);
 }
 
-TEST_F(Interposer, RefusesAsToldWithoutLeakingADescriptor) {
+TEST_F(Interposer, InjectsRefusalsWithoutLeakingADescriptor) {
     const int before = open("/dev/null", O_RDONLY);
     ASSERT_EQ(close(before), 0);
     controlNode().injectFaults(InjectedFaults::parse("open=EACCES*1, init=EIO"));

@@ -1,5 +1,5 @@
 /*
- * What became of one call of the session, and who wants to hear of it.
+ * The outcome of one call of the session, and the interface of its listeners.
  */
 #pragma once
 

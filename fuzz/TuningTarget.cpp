@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "VELKJsonConvertor.h"
 #include "tuning/TuningLoader.h"
 #include "tuning/TuningPlatform.h"
 
@@ -29,7 +30,7 @@ void checkSource(const desk::TuningSource& source, bool isPlatform) {
         require(areLevels(variant.clusterLevels) && areLevels(variant.clusterDefaultLevels),
                 "levels of a variant");
         for (const auto& [task, tuning] : variant.tasks) {
-            require(isPlatform ? task < desk::kNoMansTask : task > desk::kNoMansTask, "task");
+            require(isPlatform ? task < VELK_TASK_ENUM_GAP : task > VELK_TASK_ENUM_GAP, "task");
             require(tuning.defaultUclamp >= 0 && tuning.defaultUclamp <= 1024, "uclamp of a task");
         }
     }

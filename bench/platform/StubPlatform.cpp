@@ -30,7 +30,9 @@ class StubConvertor final : public VELKJsonConvertor {
   public:
     void reserved3() override {}
     void reserved9() override {}
-    int32_t getTaskTargetTime(const int& task) override { return isKnown(task) ? 16 : -2; }
+    int32_t getTaskTargetTime(const int& task) override {
+        return isKnown(task) ? 16 : VELK_UNKNOWN_TASK_TARGET_TIME;
+    }
     int32_t getTaskDefaultUclamp(const int& task) override { return isKnown(task) ? 200 : 0; }
     int32_t getTaskSpecValue(const int& /*task*/) override { return 50; }
     bool isVIPTask(const int& /*task*/) override { return false; }

@@ -6,6 +6,7 @@
 #include <limits>
 #include <set>
 
+#include "VELKJsonConvertor.h"
 #include "foundation/CommandRecords.h"
 #include "tuning/ControlJson.h"
 
@@ -20,8 +21,8 @@ struct TaskRange {
     int min;
     int max;
 };
-constexpr TaskRange kPlatformTasks = {0, kNoMansTask - 1};
-constexpr TaskRange kCustomerTasks = {kNoMansTask + 1, std::numeric_limits<int>::max()};
+constexpr TaskRange kPlatformTasks = {0, VELK_TASK_ENUM_GAP - 1};
+constexpr TaskRange kCustomerTasks = {VELK_TASK_ENUM_GAP + 1, std::numeric_limits<int>::max()};
 
 template <typename Enum>
 std::optional<Enum> readSelector(const CheckedJson& json, const char* key) {

@@ -16,9 +16,6 @@
 
 namespace desk {
 
-// Task enums below belong to the platform's data, above to the customer's, and it to neither.
-inline constexpr int kNoMansTask = 21;
-
 struct TaskTuning {
     std::string name;
     int32_t targetTimeUs = 0;

@@ -39,9 +39,8 @@ class TuningConvertor : public VELKJsonConvertor {
     void reserved9() override {}
 
     int32_t getTaskTargetTime(const int& task) override {
-        constexpr int32_t kUnknownTask = -2;
         const TaskTuning* tuning = find(task);
-        return tuning != nullptr ? tuning->targetTimeUs : kUnknownTask;
+        return tuning != nullptr ? tuning->targetTimeUs : VELK_UNKNOWN_TASK_TARGET_TIME;
     }
 
     int32_t getTaskDefaultUclamp(const int& task) override {

@@ -433,9 +433,9 @@ int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
 
 namespace {
 
-// Names the critical tasks in the record by the unique task ids that exist for them.
-void nameCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, VELKRescManagement& resource,
-                       const ActiveSingleShots::CriticalTasks& criticalTasks) {
+// Adds the critical tasks to the record, by the unique task ids that exist for them.
+void addCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, VELKRescManagement& resource,
+                      const ActiveSingleShots::CriticalTasks& criticalTasks) {
     std::vector<unsigned> ids;
     std::vector<uint32_t> uclamps;
     for (const auto& [task, uclamp] : criticalTasks) {
@@ -484,7 +484,7 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     VELK_SINGLE_SHOT_PARAM record{};
     const auto criticalTasks = active.fillMergedRecord(record, control, control.isReset);
     if (!criticalTasks.empty()) {
-        nameCriticalTasks(record, *resource, criticalTasks);
+        addCriticalTasks(record, *resource, criticalTasks);
     }
     const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource->deviceFd(), record);
     takeBack.dismiss();
@@ -556,7 +556,7 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     VELK_SINGLE_SHOT_PARAM record{};
     const auto criticalTasks = active.fillMergedRecord(record, control, true);
     if (!criticalTasks.empty()) {
-        nameCriticalTasks(record, resource, criticalTasks);
+        addCriticalTasks(record, resource, criticalTasks);
     }
     record.isReset = 1;
     if (control.requestValue != -1) {

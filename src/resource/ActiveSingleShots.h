@@ -24,7 +24,7 @@ class VELK_INTERNAL ActiveSingleShots {
     // An entry of the stack. Its serial number tells it from an entry that is pushed later, which
     // may come to lie at the same address.
     struct StackEntry {
-        // NOLINTNEXTLINE(modernize-pass-by-value): moving the copy would cost as much as making it.
+        // NOLINTNEXTLINE(modernize-pass-by-value): a copy made in place saves a move.
         explicit StackEntry(const VELKSingleShotControl& handedOver) : control(handedOver) {}
         VELKSingleShotControl control;
         uint64_t serial = 0;
@@ -62,9 +62,10 @@ class VELK_INTERNAL ActiveSingleShots {
     void undoWithdrawal(const VELKSingleShotControl& control,
                         const WithdrawnCounts& counts) noexcept VELK_EXCLUDES(mMutex);
 
-    // Fills a zeroed record with the control, with the maximum over all active controls in place of
-    // each value that the control asks for. `isReset`: the control was withdrawn. Returns the
-    // control's critical tasks, merged likewise, which the record names by their unique task ids.
+    // Fills a zeroed record from the control, except for its critical tasks. Each value that the
+    // control asks for is replaced by the maximum over all active controls. `isReset`: the control
+    // was withdrawn. Returns the critical tasks with their merged uclamps; the caller knows their
+    // unique task ids and adds them to the record.
     CriticalTasks fillMergedRecord(VELK_SINGLE_SHOT_PARAM& record,
                                    const VELKSingleShotControl& control, bool isReset)
             VELK_EXCLUDES(mMutex);

@@ -67,6 +67,6 @@ class ErrorHandle {
     std::mutex mLock;
 };
 
-// The list of refused task registrations. Other modules use this exported code, not their own.
+// The list of refused task registrations. Exported, so that other modules link to this one.
 extern template class __attribute__((visibility("default")))
 ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>;

@@ -1,7 +1,7 @@
 /*
  * Which single-shot control a category stands for: the one that the platform's settings hold for
  * the current scenario, or, for a category that they do not know, the first control that a caller
- * notified for it.
+ * handed over for it.
  */
 #pragma once
 
@@ -31,7 +31,7 @@ class VELK_INTERNAL SingleShotSettings {
   private:
     // A default holds for every scenario.
     struct Default {
-        explicit Default(VELKSingleShotControl notified) : control(std::move(notified)) {}
+        explicit Default(VELKSingleShotControl handedOver) : control(std::move(handedOver)) {}
         VELKSingleShotControl control;
         uint64_t notifications = 1;
     };

@@ -17,8 +17,8 @@ struct VELK_INTERNAL TaskPair {
 
 struct VELK_INTERNAL TaskPairHash {
     // Keys are addresses, often at regular distances that share a factor with the number of
-    // buckets; multiplying leaves nothing of their pattern in the upper half. Not noexcept, because
-    // the table then stores each hash instead of computing it again while it walks a bucket.
+    // buckets. The upper half of the product does not show that pattern any more. Not noexcept: the
+    // table then stores each hash instead of computing it again while it walks a bucket.
     size_t operator()(const TaskPair& pair) const {
         const auto key = static_cast<uint64_t>(pair.key);
         const auto task = static_cast<uint64_t>(pair.task) << 32U;

@@ -1,6 +1,6 @@
 /*
- * Which threads run which task, and under which unique task id: per task enum a list of slots, one
- * for each thread that was running the task at the same time.
+ * Which threads run which task, and under which unique task id. Each task enum has a list of slots,
+ * as many as threads have ever run the task at the same time.
  */
 #pragma once
 

@@ -1,6 +1,7 @@
 /*
  * The resource manager: everything the library keeps while it is up. One instance exists from the
- * first init to the last uninit. Each table is a class with its own mutex; the manager owns them.
+ * first init to the last uninit. Each table is a class that guards its own data; the manager owns
+ * the tables.
  */
 #pragma once
 

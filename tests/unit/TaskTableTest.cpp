@@ -141,6 +141,8 @@ TEST_F(TaskTableTest, DumpIsRewrittenForEveryNewPair) {
         EXPECT_NE(std::string::npos, dump.find(part)) << part << dump;
     }
     EXPECT_EQ(std::string::npos, dump.find("1.getTaskName(24)")) << "asked only when needed";
+    call([this] { return manager->dumpTaskTable(), 0; });
+    EXPECT_NE(std::string::npos, heard(kNode).find("\n3 => \n")) << "on request";
 }
 
 TEST_F(TaskTableTest, FailuresOfTheDumpAreNotTheCallersProblem) {

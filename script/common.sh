@@ -32,28 +32,128 @@ show_help() {
     exit 0
 }
 
-# Runs a command, and shows what it printed only when it failed.
+# Makes a folder below build/, where everything lies that the scripts make.
+make_folder() {
+    if ! mkdir -p "$1" 2>/dev/null || [[ ! -w $1 ]]; then
+        fail "cannot write to $PWD/$1, where the scripts build. Copy the project to a folder that" \
+            "is yours to write to, or make this one so."
+    fi
+}
+
+# Fails when the file system of a folder has less space than the number of megabytes.
+need_space() {
+    local free
+    free=$(df --output=avail --block-size=1MB "$1" | tail -n 1)
+    ((free >= $2)) || fail "about $2 MB are needed in $1, where $((free)) MB are free"
+}
+
+# What the tools say about their progress, and apt besides on the descriptor that it is given.
+ninja_step='^\[([0-9]+)/([0-9]+)\] (.*)'
+apt_step='^(dl|pm)status:[^:]*:([0-9]+)[^:]*:(.*)'
+bootstrap_step='^I: (.*)'
+
+# Reads what a tool prints and shows how far it is: in one line of a terminal, which it leaves empty,
+# and elsewhere in a line every ten seconds.
+show_progress() {
+    local line text next shown='' columns=80 pause=10
+    if [[ -t 2 && ${TERM-dumb} != dumb ]]; then
+        pause=1
+        read -r _ columns < <(stty size <&2) || true
+    fi
+    next=$((SECONDS + pause))
+    while IFS= read -r line; do
+        if [[ $line =~ $ninja_step ]]; then
+            text="$((100 * BASH_REMATCH[1] / BASH_REMATCH[2])) % ${BASH_REMATCH[3]}"
+        elif [[ $line =~ $apt_step ]]; then
+            text="${BASH_REMATCH[2]} % ${BASH_REMATCH[3]}"
+        elif [[ $line =~ $bootstrap_step ]]; then
+            text=${BASH_REMATCH[1]}
+        else
+            continue
+        fi
+        ((SECONDS >= next)) || continue
+        next=$((SECONDS + pause))
+        text="  ${text:0:columns-3}"
+        if ((pause == 1)); then
+            printf '\r\033[K%s' "$text" >&2
+            shown=yes
+        else
+            say "$text"
+        fi
+    done
+    [[ -z $shown ]] || printf '\r\033[K' >&2
+}
+
+# Runs a command, shows its progress, and what it printed only when it failed.
 #   quietly LOG-FILE COMMAND...
 quietly() {
     local log=$1
     shift
-    mkdir -p "$(dirname "$log")"
-    if ! "$@" >"$log" 2>&1; then
-        cat "$log" >&2
+    make_folder "$(dirname "$log")"
+    if ! "$@" 2>&1 | tee "$log" | show_progress; then
+        grep -vE -e "$ninja_step" -e "$apt_step" "$log" >&2 || true
         fail "this failed, its output is above and in $log: $*"
     fi
 }
 
-# Configures and builds a preset of CMakePresets.json; without targets everything in it.
+# The build folder of a preset whose tree has been moved or copied is started anew, which CMake
+# would refuse. Sets configure_options.
+notice_moved_tree() {
+    local made_for
+    configure_options=()
+    made_for=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$1/CMakeCache.txt" 2>/dev/null || true)
+    if [[ -n $made_for && ! $made_for -ef . ]]; then
+        say "$1 was made for the project in $made_for, and is built anew for $PWD."
+        configure_options=(--fresh)
+    fi
+}
+
+# Prints a number of seconds as people would say it.
+duration() {
+    if (($1 < 100)); then
+        echo "$(($1 + 1)) s"
+    else
+        echo "$((($1 + 30) / 60)) min"
+    fi
+}
+
+# Says what a build will take. Measured with g++ 12 and no compiler cache: a step takes about three
+# seconds of a processor and leaves 2.5 MB, with sanitizers four seconds and 4 MB.
+announce_build() {
+    local preset=$1 steps seconds_a_step=3 kilobytes_a_step=2500 megabytes seconds
+    shift
+    steps=$(cmake --build --preset "$preset" "$@" -- -n | grep -cE "$ninja_step" || true)
+    ((steps > 0)) || return 0
+    case $preset in asan | tsan | fuzz | coverage) seconds_a_step=4 kilobytes_a_step=4000 ;; esac
+    seconds=$((steps * seconds_a_step / $(nproc)))
+    megabytes=$((steps * kilobytes_a_step / 1000))
+    say "Building preset '$preset' in build/$preset: steps: $steps, time: about" \
+        "$(duration "$seconds") on $(nproc) processors, disk: up to $megabytes MB."
+    need_space "build/$preset" "$megabytes"
+}
+
+# Configures and builds a preset of CMakePresets.json; without targets everything in it. Warnings
+# are errors where the preset says so, or the environment with VELK_WERROR=ON.
 #   build_preset PRESET [TARGET...]
 build_preset() {
-    local preset=$1 targets=()
+    local preset=$1 folder=build/$1 targets=() warnings build_lock configure_options
     shift
     [[ $# -eq 0 ]] || targets=(--target "$@")
-    say "Building preset '$preset' in build/$preset ..."
-    quietly "build/$preset/configure.log" cmake --preset "$preset"
-    quietly "build/$preset/build.log" "${without_randomisation[@]}" \
-        cmake --build --preset "$preset" "${targets[@]}" -- --quiet
+    make_folder "$folder"
+    exec {build_lock}>"$folder/lock"
+    if ! flock --nonblock "$build_lock"; then
+        say "Waiting for another build in $folder ..."
+        flock "$build_lock"
+    fi
+    notice_moved_tree "$folder"
+    [[ -z ${VELK_WERROR-} ]] || configure_options+=("-DVELK_WERROR=$VELK_WERROR")
+    quietly "$folder/configure.log" cmake --preset "$preset" "${configure_options[@]}"
+    announce_build "$preset" "${targets[@]}"
+    quietly "$folder/build.log" "${without_randomisation[@]}" \
+        cmake --build --preset "$preset" "${targets[@]}"
+    warnings=$(grep -cE '(: |^)warning: ' "$folder/build.log" || true)
+    ((warnings == 0)) || say "Warnings of the compiler: $warnings, see $folder/build.log."
+    exec {build_lock}>&-
 }
 
 # A command that runs another one without address randomisation. ThreadSanitizer needs it where the

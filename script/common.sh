@@ -63,7 +63,8 @@ show_progress() {
     next=$((SECONDS + pause))
     while IFS= read -r line; do
         if [[ $line =~ $ninja_step ]]; then
-            text="$((100 * BASH_REMATCH[1] / BASH_REMATCH[2])) % ${BASH_REMATCH[3]}"
+            text="$((100 * BASH_REMATCH[1] / BASH_REMATCH[2])) % ${BASH_REMATCH[3]%% *}"
+            text+=" ${BASH_REMATCH[3]##*/}"
         elif [[ $line =~ $apt_step ]]; then
             text="${BASH_REMATCH[2]} % ${BASH_REMATCH[3]}"
         elif [[ $line =~ $bootstrap_step ]]; then

@@ -65,6 +65,7 @@ show_progress() {
         if [[ $line =~ $ninja_step ]]; then
             text="$((100 * BASH_REMATCH[1] / BASH_REMATCH[2])) % ${BASH_REMATCH[3]%% *}"
             text+=" ${BASH_REMATCH[3]##*/}"
+            text=${text%.o}
         elif [[ $line =~ $apt_step ]]; then
             text="${BASH_REMATCH[2]} % ${BASH_REMATCH[3]}"
         elif [[ $line =~ $bootstrap_step ]]; then

@@ -26,8 +26,7 @@ void require(bool holds, const char* what, const std::string& detail) {
 
 void checkCall(const SessionCall& call, const SessionCall& before, const std::string& line) {
     const auto json = nlohmann::json::parse(line, nullptr, false);
-    require(json.is_object() && json["call"] == operationName(call.operation) &&
-                    json["at_us"] == call.atUs,
+    require(json.is_object() && json["call"] == call.info->name && json["at_us"] == call.atUs,
             "not the call of its line", line);
     require(call.line > before.line && call.endOffset > before.endOffset &&
                     call.atUs >= before.atUs,

@@ -69,10 +69,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     texts.settings = nextText(rest);
     const desk::TuningResult result = desk::parseTuning(texts);
     if (const auto* error = std::get_if<desk::TuningError>(&result)) {
-        require(error->file.ends_with(".json") && !error->problem.empty() &&
-                        !error->expected.empty() &&
-                        (error->path.empty() || error->path.front() == '/'),
-                error->text());
+        require(!error->faults.empty(), "an error without a fault");
+        for (const desk::TuningFault& fault : error->faults) {
+            require(fault.file.ends_with(".json") && !fault.problem.empty() &&
+                            !fault.expected.empty() &&
+                            (fault.path.empty() || fault.path.front() == '/'),
+                    fault.text());
+        }
         return 0;
     }
     const auto& tuning = std::get<0>(result);

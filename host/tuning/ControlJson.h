@@ -5,7 +5,7 @@
 #pragma once
 
 #include "VELKTypes.h"
-#include "tuning/CheckedJson.h"
+#include "tuning/JsonReader.h"
 
 namespace desk {
 
@@ -14,7 +14,7 @@ enum class ControlRule : uint8_t {
     Recorded  // whatever a caller can pass, also what the library will refuse
 };
 
-// Throws JsonFault.
-VELKSingleShotControl readControl(const CheckedJson& json, ControlRule rule);
+// False when there is a fault more.
+bool readControl(const JsonValue& json, ControlRule rule, VELKSingleShotControl& control);
 
 }  // namespace desk

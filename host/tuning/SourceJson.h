@@ -1,16 +1,16 @@
 /*
- * platform.json, customer.json and settings.json: from checked JSON to tuning data. All throw
- * JsonFault.
+ * platform.json, customer.json and settings.json: from JSON to tuning data. What is wrong is added
+ * to the faults of the document.
  */
 #pragma once
 
-#include "tuning/CheckedJson.h"
+#include "tuning/JsonReader.h"
 #include "tuning/TuningData.h"
 
 namespace desk {
 
-TuningSource readPlatform(const CheckedJson& json);
-TuningSource readCustomer(const CheckedJson& json);
-void readSettings(const CheckedJson& json, TuningData& data);
+void readPlatform(const JsonValue& json, TuningData& data);
+void readCustomer(const JsonValue& json, TuningData& data);
+void readSettings(const JsonValue& json, TuningData& data);
 
 }  // namespace desk

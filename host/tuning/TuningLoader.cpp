@@ -1,12 +1,12 @@
 #include "tuning/TuningLoader.h"
 
+#include <android-base/file.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
-#include <array>
-#include <fstream>
-#include <nlohmann/json.hpp>
+#include <cerrno>
+#include <cstring>
 
-#include "tuning/JsonText.h"
 #include "tuning/SourceJson.h"
 
 namespace desk {
@@ -18,72 +18,86 @@ constexpr const char* kCustomerFile = kTuningFiles[1];
 constexpr const char* kSettingsFile = kTuningFiles[2];
 
 // Parses one file's text and hands it to `read`; a fault gets the file's name.
-template <typename Reader>
-auto readText(const char* file, const std::string& text, Reader&& read) {
-    try {
-        return read(CheckedJson(parseJsonText(text)));
-    } catch (const JsonFault& fault) {
-        throw TuningError{file, fault.path, fault.problem, fault.expected};
+void readText(const char* file, const std::string& text,
+              void (*read)(const JsonValue& json, TuningData& data), TuningData& data,
+              TuningError& error) {
+    JsonFaults faults;
+    JsonDocument document;
+    if (document.parse(text, faults)) {
+        read(JsonValue(document, faults), data);
+    }
+    for (JsonFault& fault : faults) {
+        error.faults.push_back(
+                {file, std::move(fault.path), std::move(fault.problem), std::move(fault.expected)});
     }
 }
 
-std::string readFile(const std::filesystem::path& path) {
-    std::ifstream stream(path, std::ios::binary);
+std::string readFile(const std::filesystem::path& path, TuningError& error) {
     std::string text;
-    std::array<char, 4096> piece;
-    do {
-        stream.read(piece.data(), piece.size());
-        text.append(piece.data(), static_cast<size_t>(stream.gcount()));
-    } while (stream);
-    if (!stream.is_open() || stream.bad()) {
-        throw TuningError{path.filename(), "", "the file cannot be read", "a readable JSON file"};
+    constexpr bool kFollowLinks = true;
+    if (!android::base::ReadFileToString(path, &text, kFollowLinks)) {
+        error.faults.push_back({path, "",
+                                fmt::format("the file cannot be read ({})", std::strerror(errno)),
+                                "a readable JSON file"});
     }
     return text;
 }
 
-std::optional<std::string> readFileIfThere(const std::filesystem::path& path) {
-    return std::filesystem::exists(path) ? std::optional(readFile(path)) : std::nullopt;
+// A link that leads nowhere is there.
+std::optional<std::string> readFileIfThere(const std::filesystem::path& path, TuningError& error) {
+    std::error_code ignored;  // reading it tells why it cannot be looked at
+    const auto type = std::filesystem::symlink_status(path, ignored).type();
+    return type != std::filesystem::file_type::not_found ? std::optional(readFile(path, error))
+                                                         : std::nullopt;
 }
 
 }  // namespace
 
-std::string TuningError::text() const {
+std::string TuningFault::text() const {
     return path.empty() ? fmt::format("{}: {}, expected {}", file, problem, expected)
                         : fmt::format("{}: {}: {}, expected {}", file, path, problem, expected);
 }
 
-TuningResult parseTuning(const TuningTexts& texts) {
-    try {
-        auto data = std::make_shared<TuningData>();
-        data->platform = readText(kPlatformFile, texts.platform, readPlatform);
-        if (texts.customer) {
-            data->customer = readText(kCustomerFile, *texts.customer, readCustomer);
-        }
-        if (texts.settings) {
-            readText(kSettingsFile, *texts.settings,
-                     [&data](const CheckedJson& json) { readSettings(json, *data); });
-        }
-        return data;
-    } catch (TuningError& error) {
-        return std::move(error);
+std::string TuningError::text() const {
+    std::vector<std::string> lines;
+    for (const TuningFault& fault : faults) {
+        lines.push_back(fault.text());
     }
+    return fmt::format("{}", fmt::join(lines, "\n"));
+}
+
+TuningResult parseTuning(const TuningTexts& texts) {
+    auto data = std::make_shared<TuningData>();
+    TuningError error;
+    readText(kPlatformFile, texts.platform, readPlatform, *data, error);
+    if (texts.customer) {
+        readText(kCustomerFile, *texts.customer, readCustomer, *data, error);
+    }
+    if (texts.settings) {
+        readText(kSettingsFile, *texts.settings, readSettings, *data, error);
+    }
+    if (!error.faults.empty()) {
+        return error;
+    }
+    return data;
 }
 
 TuningResult loadTuning(const std::filesystem::path& folder) {
-    try {
-        TuningTexts texts;
-        texts.platform = readFile(folder / kPlatformFile);
-        texts.customer = readFileIfThere(folder / kCustomerFile);
-        texts.settings = readFileIfThere(folder / kSettingsFile);
-        TuningResult result = parseTuning(texts);
-        if (auto* error = std::get_if<TuningError>(&result)) {
-            error->file = folder / error->file;
-        }
-        return result;
-    } catch (TuningError& error) {
-        error.file = folder / error.file;
-        return std::move(error);
+    TuningError unreadable;
+    TuningTexts texts;
+    texts.platform = readFile(folder / kPlatformFile, unreadable);
+    texts.customer = readFileIfThere(folder / kCustomerFile, unreadable);
+    texts.settings = readFileIfThere(folder / kSettingsFile, unreadable);
+    if (!unreadable.faults.empty()) {
+        return unreadable;
     }
+    TuningResult result = parseTuning(texts);
+    if (auto* error = std::get_if<TuningError>(&result)) {
+        for (TuningFault& fault : error->faults) {
+            fault.file = folder / fault.file;
+        }
+    }
+    return result;
 }
 
 }  // namespace desk

@@ -10,18 +10,28 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "tuning/TuningData.h"
 
 namespace desk {
 
-struct TuningError {
+// One thing that is wrong with the data.
+struct TuningFault {
     std::string file;
     std::string path;     // JSON pointer, "" for the whole file
     std::string problem;  // what was found
     std::string expected;
 
     // "FILE: PATH: problem, expected ..."
+    std::string text() const;
+};
+
+// At least one, in the order of the files.
+struct TuningError {
+    std::vector<TuningFault> faults;
+
+    // A line for each.
     std::string text() const;
 };
 

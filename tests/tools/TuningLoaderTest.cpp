@@ -40,7 +40,7 @@ constexpr FaultCase kFaults[] = {
          "unknown key, expected one of task, name, targetTimeUs, defaultUclamp, specValue, "
          "vip, groupHead"},
         {kCustomer, "/variants/0/customization", "2",
-         "unknown key, expected one of tasks, scenario"},
+         "unknown key, expected one of scenario, tasks"},
         {kSettings, "/a~1b", "5",
          "unknown key, expected one of maxEfficientFreqsKhz, singleShotControls"},
         {kSettings, "/singleShotControls/1/control/category", "5",
@@ -48,12 +48,10 @@ constexpr FaultCase kFaults[] = {
          "releaseRequest, auxFlag, rangeLevels1, rangeLevels2, rangeLevels3, "
          "criticalTaskUclamps, limits, passFlag, sharedFlag, extraValues"},
         {kPlatform, "/variants/0/tasks/1/name", nullptr,
-         "missing, expected all of task, name, targetTimeUs, defaultUclamp"},
+         "missing, expected a text of 1 to 64 printable characters"},
         {kPlatform, "/variants/0/tasks/1/name", R"("")",
-         R"(found "", expected a text of 1 to 64 characters)"},
-        {kSettings, "", "[1, 2]",
-         "found [1,2], expected an object with the keys maxEfficientFreqsKhz, "
-         "singleShotControls"},
+         R"(found "", expected a text of 1 to 64 printable characters)"},
+        {kSettings, "", "[1, 2]", "found [1,2], expected an object"},
         {kPlatform, "/variants/0/tasks/0/targetTimeUs", R"("fast")",
          R"(found "fast", expected a whole number from 0 to 2147483647)"},
         {kPlatform, "/variants/0/tasks/0/specValue", "1.5",
@@ -141,11 +139,33 @@ TEST(TuningLoader, NamesWhatCannotBeReadAtAll) {
               "platform.json: no JSON at line 3, column 6, expected one JSON document");
     texts.platform = R"({"variants": 1e999})";
     EXPECT_EQ(errorOf(parseTuning(texts)),
-              "platform.json: a number is too large to be read, expected numbers of at most 64 "
-              "bits");
+              "platform.json: /variants: found a number that is too large, expected a number in "
+              "the range of a double");
     const size_t depth = 200'000;
-    texts.platform = R"({"variants": [)" + std::string(depth, '[') + std::string(depth, ']') + "]}";
-    EXPECT_TRUE(errorOf(parseTuning(texts)).starts_with("platform.json: /variants/0: found [[[["));
+    texts.platform = R"({"variants": [5, )" + std::string(depth, '[') + "]}";
+    EXPECT_TRUE(errorOf(parseTuning(texts)).starts_with("platform.json: /variants/1/0/0/0"));
+    EXPECT_TRUE(errorOf(parseTuning(texts))
+                        .ends_with("/0: nested too deeply, expected at most 100 levels"));
+}
+
+TEST(TuningLoader, NamesEveryFaultOfEveryFile) {
+    TuningTexts texts = smallTuning();
+    texts.platform = R"({"variants": [{"tasks": [
+        {"task": 1, "name": "A", "targetTimeUs": 5}, {"task": "1", "vip": 3}]}]})";
+    texts.settings = "{";
+    const std::string tasks = "platform.json: /variants/0/tasks/";
+    EXPECT_EQ(errorOf(parseTuning(texts)),
+              "platform.json: /variants/0/clusterLevels: missing, expected an array of 8 elements\n"
+              "platform.json: /variants/0/clusterDefaultLevels: missing, expected an array of 3 "
+              "elements\n" +
+                      tasks + "0/defaultUclamp: missing, expected a whole number from 0 to 1024\n" +
+                      tasks + "1/task: found \"1\", expected a whole number from 0 to 20\n" +
+                      tasks + "1/name: missing, expected a text of 1 to 64 printable characters\n" +
+                      tasks +
+                      "1/targetTimeUs: missing, expected a whole number from 0 to 2147483647\n" +
+                      tasks + "1/defaultUclamp: missing, expected a whole number from 0 to 1024\n" +
+                      tasks + "1/vip: found 3, expected true or false\n" +
+                      "settings.json: no JSON at column 2, expected one JSON document");
 }
 
 TEST(TuningLoader, NeedsThePlatformsFileAloneAndNamesFilesWithTheirFolder) {
@@ -153,13 +173,18 @@ TEST(TuningLoader, NeedsThePlatformsFileAloneAndNamesFilesWithTheirFolder) {
     const std::filesystem::path& folder = temporary.path();
     EXPECT_EQ(errorOf(loadTuning(folder)),
               (folder / "platform.json").string() +
-                      ": the file cannot be read, expected a readable JSON file");
+                      ": the file cannot be read (No such file or directory), expected a readable "
+                      "JSON file");
     std::ofstream(folder / "platform.json") << kPlatformText;
     EXPECT_EQ(errorOf(loadTuning(folder)), "loaded");
     std::ofstream(folder / "customer.json") << "";
     EXPECT_EQ(errorOf(loadTuning(folder)),
               (folder / "customer.json").string() +
-                      ": no JSON at line 1, column 1, expected one JSON document");
+                      ": no JSON at column 1, expected one JSON document");
+    std::filesystem::remove(folder / "customer.json");
+    std::filesystem::create_symlink("gone.json", folder / "customer.json");
+    EXPECT_NE(errorOf(loadTuning(folder)).find("customer.json: the file cannot be read (No such"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -3,12 +3,14 @@
  */
 #pragma once
 
+#include <android-base/unique_fd.h>
+
 #include <atomic>
 #include <csignal>
 #include <functional>
 #include <thread>
 
-#include "Descriptor.h"
+#include "Event.h"
 
 namespace desk {
 
@@ -35,7 +37,7 @@ class SignalWatcher {
     std::function<void()> mOnSignal;
     sigset_t mWatched;
     sigset_t mFormerMask;
-    Descriptor mSignals;
+    android::base::unique_fd mSignals;
     Event mEnd;
     std::atomic<int> mReceived = 0;
     std::thread mThread;

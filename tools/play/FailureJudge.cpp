@@ -2,7 +2,7 @@
 
 namespace desk {
 
-bool FailureJudge::isFailureInjected(const Operation& operation,
+bool FailureJudge::isFailureInjected(std::string_view call,
                                      std::span<const ReceivedCommand> commands) {
     bool isRefusalInjected = false;
     bool isOpenDenied = false;
@@ -16,7 +16,7 @@ bool FailureJudge::isFailureInjected(const Operation& operation,
             --mOpenDescriptors;
         }
     }
-    if (std::holds_alternative<InitCall>(operation)) {
+    if (call == kInitCall) {
         mIsInitDenied = isOpenDenied;
     }
     return isRefusalInjected || mIsInitDenied || (mIsNodeDenied && mOpenDescriptors == 0);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string_view>
 
 #include "play/PlayedCall.h"
 
@@ -17,8 +18,9 @@ namespace desk {
  */
 class FailureJudge {
   public:
-    // Takes in what the driver received during a call. True when its failure would be injected.
-    bool isFailureInjected(const Operation& operation, std::span<const ReceivedCommand> commands);
+    // Takes in what the driver received during a call of that name. True when its failure would be
+    // injected.
+    bool isFailureInjected(std::string_view call, std::span<const ReceivedCommand> commands);
 
   private:
     size_t mOpenDescriptors = 0;

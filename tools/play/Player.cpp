@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "driver/DriverModel.h"
-#include "play/CallRunner.h"
 
 namespace desk {
 
@@ -122,11 +121,11 @@ void Player::playCall(const Worker& self, const SessionCall& call) {
     played.thread = self.name;
     mCollector->clear();
     played.startNs = mClock.beginCall(call.atUs);
-    played.result = runCall(call.operation);
+    played.result = call.info->run(call.arguments);
     played.endNs = mClock.endCall();
     played.commands = mCollector->commands();
     played.isFailureInjected =
-            mJudge.isFailureInjected(call.operation, played.commands) && played.result != 0;
+            mJudge.isFailureInjected(call.info->name, played.commands) && played.result != 0;
     for (CallListener* listener : mListeners) {
         listener->onCall(played);
     }

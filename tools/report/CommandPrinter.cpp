@@ -51,7 +51,7 @@ ordered_json beginJson(const PlayedCall& played) {
     return {{"at_us", played.call->atUs},
             {"line", played.call->line},
             {"thread", std::string(played.thread)},
-            {"call", operationName(played.call->operation)}};
+            {"call", played.call->info->name}};
 }
 
 }  // namespace
@@ -109,7 +109,7 @@ void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedComma
 
 void CommandPrinter::printTableFailure(const PlayedCall& played) {
     const std::string what =
-            fmt::format("{} in line {}{}", operationName(played.call->operation), played.call->line,
+            fmt::format("{} in line {}{}", played.call->info->name, played.call->line,
                         played.isFailureInjected ? ", injected" : "");
     mOutput->writeLine(
             fmt::format(kRowFormat, timeMs(played), played.thread, "-", "returned -1", what));

@@ -21,8 +21,8 @@ void Statistics::onCall(const PlayedCall& played) {
 void Statistics::countCall(const PlayedCall& played) {
     ++mCalls;
     mLastUs = played.call->atUs;
-    CallStatistics& operation = mOperations[played.call->operation.index()];
-    operation.name = operationName(played.call->operation);
+    CallStatistics& operation = mOperations[played.call->info];
+    operation.name = played.call->info->name;
     ++operation.calls;
     if (played.result == 0) {
         return;
@@ -76,12 +76,12 @@ void Statistics::takeCommand(const PlayedCall& played, const ReceivedCommand& co
 }
 
 void Statistics::registerTask(const PlayedCall& played, const VELK_TASK_INIT_PARAM& record) {
-    const auto* call = std::get_if<TaskStartCall>(&played.call->operation);
-    if (call == nullptr) {
+    const std::optional<int32_t>& started = played.call->arguments.task;
+    if (!started) {
         return;
     }
-    TaskStatistics& task = mTasks[call->task];
-    task.task = call->task;
+    TaskStatistics& task = mTasks[*started];
+    task.task = *started;
     task.name = taskNameOf(record);
     task.targetTimeUs = record.targetTime;
     mRegistered[record.uniqueTaskId].statistics = &task;
@@ -113,27 +113,8 @@ void Statistics::endTask(const PlayedCall& played, const VELK_TASK_PARAM& record
 
 std::vector<CallStatistics> Statistics::byOperation() const {
     std::vector<CallStatistics> result;
-    for (const CallStatistics& kind : mOperations) {
-        if (kind.calls == 0) {
-            continue;
-        }
-        const auto same =
-                std::find_if(result.begin(), result.end(), [&kind](const CallStatistics& other) {
-                    return std::string_view(kind.name) == other.name;
-                });
-        if (same == result.end()) {
-            result.push_back(kind);
-            continue;
-        }
-        // Two overloads are one operation to the reader of a report.
-        same->calls += kind.calls;
-        same->failedInjected += kind.failedInjected;
-        if (kind.failed > 0) {
-            same->firstFailedLine = same->failed == 0
-                                            ? kind.firstFailedLine
-                                            : std::min(same->firstFailedLine, kind.firstFailedLine);
-            same->failed += kind.failed;
-        }
+    for (const auto& [info, operation] : mOperations) {
+        result.push_back(operation);
     }
     return result;
 }

@@ -3,12 +3,11 @@
  */
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
-#include <variant>
 #include <vector>
 
 #include "play/PlayedCall.h"
@@ -17,7 +16,7 @@ namespace desk {
 
 // The calls of one operation.
 struct CallStatistics {
-    const char* name = "";
+    std::string_view name;
     uint64_t calls = 0;
     uint64_t failedInjected = 0;
     uint64_t failed = 0;           // unexpectedly
@@ -81,8 +80,8 @@ class Statistics : public CallListener {
 
     uint64_t mCalls = 0;
     int64_t mLastUs = 0;
-    std::array<CallStatistics, std::variant_size_v<Operation>> mOperations = {};
-    std::vector<Thread> mThreads;  // by the session's thread number
+    std::map<const CallInfo*, CallStatistics> mOperations;  // in the order of the table
+    std::vector<Thread> mThreads;                           // by the session's thread number
     std::map<int, TaskStatistics> mTasks;
     std::unordered_map<uint32_t, RegisteredTask> mRegistered;  // by unique task id
 };

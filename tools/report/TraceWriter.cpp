@@ -203,8 +203,8 @@ std::string TraceWriter::taskName(const PlayedCall& played, uint32_t uniqueTaskI
     if (known != mTaskNames.end() && !known->second.empty()) {
         return known->second;
     }
-    const auto* call = std::get_if<TaskStartCall>(&played.call->operation);
-    return call != nullptr ? fmt::format("task {}", call->task) : "task";
+    const std::optional<int32_t>& task = played.call->arguments.task;
+    return task ? fmt::format("task {}", *task) : "task";
 }
 
 void TraceWriter::write(std::string_view event) {

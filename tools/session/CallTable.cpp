@@ -1,153 +1,149 @@
 #include "session/CallTable.h"
 
+#include <cutils/properties.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <vector>
+
+#include "VELKInfoNotifier.h"
+#include "VELKMachine.h"
 
 namespace desk {
 
 namespace {
 
-using enum Argument;
+static_assert(kMaxPropertyLength == PROPERTY_VALUE_MAX - 1);
 
-Operation makeInit(const Arguments& arguments) {
-    InitCall call;
-    call.params.driverParam = arguments.integer<uint32_t>(DriverParam);
-    call.params.scenario = arguments.integer<VELKScenario>(Scenario);
-    call.params.customization = arguments.integer<VELKFeatureCustomization>(Customization);
-    call.params.queryMaxEfficientFreq = arguments.boolean(QueryMaxEfficientFreq);
-    call.params.tuningParam1 = arguments.integer(TuningParam1);
-    call.params.tuningParam2 = arguments.integer(TuningParam2);
-    call.params.applyExtraDefaultControl = arguments.boolean(ApplyExtraDefaultControl);
-    return call;
+using Arguments = CallArguments;
+
+// Of an argument that is required, or that is 0 when it is left out.
+template <typename T>
+T valueOf(const std::optional<T>& argument) {
+    return argument.value_or(T{});
 }
 
-Operation makeTaskStart(const Arguments& arguments) {
-    TaskStartCall call = {arguments.integer<uint64_t>(Key), arguments.integer(Task), std::nullopt};
-    if (arguments.has(GroupHead) || arguments.has(ExtraFlag0) || arguments.has(ExtraFlag1)) {
-        VELKTaskExtraParams extra;
-        extra.groupHead = arguments.optional(GroupHead).value_or(extra.groupHead);
-        extra.extraFlag0 = arguments.integer<uint8_t>(ExtraFlag0);
-        extra.extraFlag1 = arguments.integer<uint8_t>(ExtraFlag1);
-        call.extra = extra;
+int runInit(const Arguments& a) {
+    VELKInitParams params = {};
+    params.driverParam = valueOf(a.driverParam);
+    params.scenario = static_cast<VELKScenario>(valueOf(a.scenario));
+    params.customization = static_cast<VELKFeatureCustomization>(valueOf(a.customization));
+    params.queryMaxEfficientFreq = valueOf(a.queryMaxEfficientFreq);
+    params.tuningParam1 = valueOf(a.tuningParam1);
+    params.tuningParam2 = valueOf(a.tuningParam2);
+    params.applyExtraDefaultControl = valueOf(a.applyExtraDefaultControl);
+    return VELKMachine::init(params);
+}
+
+int runTaskStart(const Arguments& a) {
+    const void* key = valueOf(a.key);
+    const int task = valueOf(a.task);
+    if (!a.groupHead && !a.extraFlag0 && !a.extraFlag1) {
+        return VELKMachine::notifyTaskStart(key, task);
     }
-    return call;
+    VELKTaskExtraParams extra;
+    extra.groupHead = a.groupHead.value_or(extra.groupHead);
+    extra.extraFlag0 = valueOf(a.extraFlag0);
+    extra.extraFlag1 = valueOf(a.extraFlag1);
+    return VELKMachine::notifyTaskStart(key, task, extra);
 }
 
-Operation makeTaskEnd(const Arguments& arguments) {
-    return TaskEndCall{arguments.integer<uint64_t>(Key), arguments.integer(Task)};
+int runSceneChange(const Arguments& a) {
+    return VELKMachine::notifyTaskSceneChange(valueOf(a.task),
+                                              static_cast<VELKSceneChangeMode>(valueOf(a.mode)));
 }
 
-Operation makeSceneChange(const Arguments& arguments) {
-    return SceneChangeCall{arguments.integer(Task), arguments.integer<VELKSceneChangeMode>(Mode)};
+int runControl(const Arguments& a) {
+    return a.control != nullptr ? VELKMachine::notifySingleShotControl(*a.control)
+                                : VELKMachine::notifySingleShotControl(valueOf(a.category));
 }
 
-// Exactly one of the two is there, which the reader has checked.
-Operation makeControl(const Arguments& arguments) {
-    if (arguments.has(Control)) {
-        return RecordControlCall{
-                std::make_unique<const VELKSingleShotControl>(arguments.control())};
-    }
-    return CategoryControlCall{arguments.integer(Category)};
+int runReset(const Arguments& a) {
+    return a.category ? VELKMachine::notifyResetSingleShotControl(*a.category)
+                      : VELKMachine::notifyResetSingleShotControl();
 }
 
-Operation makeResetControl(const Arguments& arguments) {
-    return ResetControlCall{arguments.optional(Category)};
+int runMarkCritical(const Arguments& a) {
+    return a.user ? VELKMachine::markCriticalTask(*a.user) : VELKMachine::markCriticalTask();
 }
 
-Operation makeMarkCritical(const Arguments& arguments) {
-    return MarkCriticalCall{arguments.optional(User)};
+int runSetProperty(const Arguments& a) {
+    return property_set(valueOf(a.name).c_str(), valueOf(a.value).c_str());
 }
 
-template <typename Call>
-Operation makePlain(const Arguments& /*arguments*/) {
-    return Call{};
+// Calls an operation that is not overloaded with required arguments.
+template <auto operation, auto... arguments>
+int run(const Arguments& a) {
+    return operation(valueOf(a.*arguments)...);
 }
 
-template <typename Call>
-Operation makeSpan(const Arguments& arguments) {
-    return Call{arguments.integer(Task)};
-}
-
-template <typename Call>
-Operation makeAnchor(const Arguments& arguments) {
-    return Call{arguments.integer(Anchor), arguments.integer<uint32_t>(Serial)};
-}
-
-Operation makeCamFps(const Arguments& arguments) {
-    return CamFpsCall{static_cast<float>(arguments.fps())};
-}
-
-Operation makeSetProperty(const Arguments& arguments) {
-    return SetPropertyCall{arguments.text(Name), arguments.text(Value)};
-}
-
-ArgumentSet setOf(std::initializer_list<Argument> arguments) {
-    ArgumentSet set;
-    for (const Argument argument : arguments) {
-        set.set(static_cast<size_t>(argument));
-    }
-    return set;
-}
-
-const std::vector<CallInfo>& callTable() {
-    static const std::vector<CallInfo> table = {
-            {.name = InitCall::kName,
-             .required = setOf({Scenario, Customization}),
-             .optional = setOf({DriverParam, QueryMaxEfficientFreq, TuningParam1, TuningParam2,
-                                ApplyExtraDefaultControl}),
-             .make = makeInit},
-            {.name = UninitCall::kName, .make = makePlain<UninitCall>},
-            {.name = TaskStartCall::kName,
-             .required = setOf({Key, Task}),
-             .optional = setOf({GroupHead, ExtraFlag0, ExtraFlag1}),
-             .make = makeTaskStart},
-            {.name = TaskEndCall::kName, .required = setOf({Key, Task}), .make = makeTaskEnd},
-            {.name = SceneChangeCall::kName,
-             .required = setOf({Task, Mode}),
-             .make = makeSceneChange},
-            {.name = CategoryControlCall::kName,
-             .oneOf = setOf({Category, Control}),
-             .make = makeControl},
-            {.name = ResetControlCall::kName,
-             .optional = setOf({Category}),
-             .make = makeResetControl},
-            {.name = MarkCriticalCall::kName, .optional = setOf({User}), .make = makeMarkCritical},
-            {.name = UnsetCriticalCall::kName, .make = makePlain<UnsetCriticalCall>},
-            {.name = SpanStartCall::kName,
-             .required = setOf({Task}),
-             .make = makeSpan<SpanStartCall>},
-            {.name = SpanEndCall::kName, .required = setOf({Task}), .make = makeSpan<SpanEndCall>},
-            {.name = AnchorStartCall::kName,
-             .required = setOf({Anchor, Serial}),
-             .make = makeAnchor<AnchorStartCall>},
-            {.name = AnchorEndCall::kName,
-             .required = setOf({Anchor, Serial}),
-             .make = makeAnchor<AnchorEndCall>},
-            {.name = VSyncCall::kName, .make = makePlain<VSyncCall>},
-            {.name = CamFpsCall::kName, .required = setOf({Fps}), .make = makeCamFps},
-            {.name = SetPropertyCall::kName,
-             .required = setOf({Name, Value}),
-             .make = makeSetProperty},
-    };
-    return table;
-}
+constexpr std::array kCalls = {
+        CallInfo{
+                .name = kInitCall,
+                .required = ArgumentList::of("scenario", "customization"),
+                .optional = ArgumentList::of("driverParam", "queryMaxEfficientFreq", "tuningParam1",
+                                             "tuningParam2", "applyExtraDefaultControl"),
+                .run = runInit},
+        CallInfo{.name = "uninit", .run = run<VELKMachine::uninit>},
+        CallInfo{.name = "notifyTaskStart",
+                 .required = ArgumentList::of("key", "task"),
+                 .optional = ArgumentList::of("groupHead", "extraFlag0", "extraFlag1"),
+                 .run = runTaskStart},
+        CallInfo{.name = "notifyTaskEnd",
+                 .required = ArgumentList::of("key", "task"),
+                 .run = run<VELKMachine::notifyTaskEnd, &Arguments::key, &Arguments::task>},
+        CallInfo{.name = "notifyTaskSceneChange",
+                 .required = ArgumentList::of("task", "mode"),
+                 .run = runSceneChange},
+        CallInfo{.name = "notifySingleShotControl",
+                 .oneOf = ArgumentList::of("category", "control"),
+                 .run = runControl},
+        CallInfo{.name = "notifyResetSingleShotControl",
+                 .optional = ArgumentList::of("category"),
+                 .run = runReset},
+        CallInfo{.name = "markCriticalTask",
+                 .optional = ArgumentList::of("user"),
+                 .run = runMarkCritical},
+        CallInfo{.name = "unsetCriticalTask", .run = run<VELKMachine::unsetCriticalTask>},
+        CallInfo{.name = "notifySingleShotCriticalTaskStart",
+                 .required = ArgumentList::of("task"),
+                 .run = run<VELKMachine::notifySingleShotCriticalTaskStart, &Arguments::task>},
+        CallInfo{.name = "notifySingleShotCriticalTaskEnd",
+                 .required = ArgumentList::of("task"),
+                 .run = run<VELKMachine::notifySingleShotCriticalTaskEnd, &Arguments::task>},
+        CallInfo{.name = "notifyAnchorPointStart",
+                 .required = ArgumentList::of("anchor", "serial"),
+                 .run = run<VELKMachine::notifyAnchorPointStart, &Arguments::anchor,
+                            &Arguments::serial>},
+        CallInfo{.name = "notifyAnchorPointEnd",
+                 .required = ArgumentList::of("anchor", "serial"),
+                 .run = run<VELKMachine::notifyAnchorPointEnd, &Arguments::anchor,
+                            &Arguments::serial>},
+        CallInfo{.name = "notifyVSync", .run = run<VELKInfoNotifier::notifyVSync>},
+        CallInfo{.name = "notifyCamFps",
+                 .required = ArgumentList::of("fps"),
+                 .run = run<VELKInfoNotifier::notifyCamFps, &Arguments::fps>},
+        CallInfo{.name = "setProperty",
+                 .required = ArgumentList::of("name", "value"),
+                 .run = runSetProperty},
+};
 
 }  // namespace
 
+std::span<const CallInfo> callTable() {
+    return kCalls;
+}
+
 const CallInfo* findCall(std::string_view name) {
-    const auto& table = callTable();
-    const auto found = std::find_if(table.begin(), table.end(),
-                                    [name](const CallInfo& info) { return info.name == name; });
-    return found != table.end() ? &*found : nullptr;
+    const auto* found = std::find_if(kCalls.begin(), kCalls.end(),
+                                     [name](const CallInfo& info) { return info.name == name; });
+    return found != kCalls.end() ? found : nullptr;
 }
 
 std::string listCalls() {
     std::vector<std::string_view> names;
-    for (const CallInfo& info : callTable()) {
+    for (const CallInfo& info : kCalls) {
         names.push_back(info.name);
     }
     return fmt::format("{}", fmt::join(names, ", "));

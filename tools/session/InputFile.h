@@ -3,12 +3,14 @@
  */
 #pragma once
 
+#include <android-base/unique_fd.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
-#include "Descriptor.h"
+#include "Event.h"
 
 namespace desk {
 
@@ -29,7 +31,7 @@ class InputFile {
 
   private:
     std::string mName;
-    Descriptor mOwned;  // not of standard input
+    android::base::unique_fd mOwned;  // not of standard input
     int mInput;
     Event mStop;
     std::optional<uint64_t> mSize;

@@ -6,8 +6,6 @@
 #include <system_error>
 #include <utility>
 
-#include "session/Arguments.h"
-
 namespace desk {
 
 namespace {
@@ -16,12 +14,20 @@ bool isBlank(std::string_view line) {
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
 }
 
+// The path without the slash ahead of it.
+std::string_view fieldOf(const JsonFault& fault) {
+    const std::string_view path = fault.path;
+    return path.empty() ? "line" : path == "/" ? "\"\"" : path.substr(1);
+}
+
 }  // namespace
 
 SessionReader::SessionReader(InputFile& input) : mInput(&input), mBuffer(kChunkSize) {}
 
 SessionBlock SessionReader::next() {
+    constexpr size_t kUsualLine = 100;  // bytes
     SessionBlock block;
+    block.calls.reserve(kChunkSize / kUsualLine);
     while (block.calls.empty() && !block.isLast) {
         try {
             const bool hasMore = fill();
@@ -64,38 +70,39 @@ void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
     ++mLine;
     mOffset += line.size() + 1;
     if (line.size() > kMaxLineLength) {
-        end({"line", "too long", fmt::format("at most {} bytes", kMaxLineLength)}, block);
+        end("line", "too long", fmt::format("at most {} bytes", kMaxLineLength), block);
         return;
     }
     if (isBlank(line)) {
         return;
     }
-    auto parsed = mParser.parse(line);
-    if (auto* fault = std::get_if<LineFault>(&parsed)) {
-        end(std::move(*fault), block);
+    SessionCall call;
+    std::string_view thread;
+    if (const auto fault = mLineReader.read(line, call, thread)) {
+        end(fieldOf(*fault), fault->problem, fault->expected, block);
         return;
     }
-    auto& call = std::get<ParsedLine>(parsed);
     if (call.atUs < mLastUs) {
-        end({"at_us", fmt::format("found {}, before the call ahead of it", call.atUs),
-             fmt::format("at least {}", mLastUs)},
-            block);
+        end("at_us", fmt::format("found {}, before the call ahead of it", call.atUs),
+            fmt::format("at least {}", mLastUs), block);
         return;
     }
     mLastUs = call.atUs;
-    const uint32_t thread = threadNumber(call.thread, block);
-    if (thread >= kMaxThreads) {
-        end({"thread", "one thread too many", fmt::format("at most {} threads", kMaxThreads)},
-            block);
+    call.line = mLine;
+    call.endOffset = mOffset;
+    call.thread = threadNumber(thread, block);
+    if (call.thread >= kMaxThreads) {
+        end("thread", "one thread too many", fmt::format("at most {} threads", kMaxThreads), block);
         return;
     }
-    block.calls.push_back({mLine, mOffset, call.atUs, thread, std::move(call.operation)});
+    block.calls.push_back(std::move(call));
 }
 
-void SessionReader::end(LineFault fault, SessionBlock& block) {
+void SessionReader::end(std::string_view field, std::string_view problem, std::string_view expected,
+                        SessionBlock& block) {
     block.isLast = true;
-    block.error = fmt::format("{}:{}: {}: {}, expected {}", mInput->name(), mLine, fault.field,
-                              fault.problem, fault.expected);
+    block.error = fmt::format("{}:{}: {}: {}, expected {}", mInput->name(), mLine, field, problem,
+                              expected);
 }
 
 uint32_t SessionReader::threadNumber(std::string_view name, SessionBlock& block) {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "session/InputFile.h"
-#include "session/LineParser.h"
+#include "session/LineReader.h"
 #include "session/SessionCall.h"
 
 namespace desk {
@@ -42,11 +42,12 @@ class SessionReader {
     // Reads one more chunk behind what is left of the one before. False at the end of the input.
     bool fill();
     void takeLine(std::string_view line, SessionBlock& block);
-    void end(LineFault fault, SessionBlock& block);
+    void end(std::string_view field, std::string_view problem, std::string_view expected,
+             SessionBlock& block);
     uint32_t threadNumber(std::string_view name, SessionBlock& block);
 
     InputFile* mInput;
-    LineParser mParser;
+    LineReader mLineReader;
     std::vector<char> mBuffer;
     size_t mUsed = 0;  // bytes of the buffer that hold text not yet taken
     uint64_t mLine = 0;

@@ -1,4 +1,4 @@
-#include "Descriptor.h"
+#include "Event.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -8,12 +8,6 @@
 #include <system_error>
 
 namespace desk {
-
-Descriptor::~Descriptor() {
-    if (mValue >= 0) {
-        ::close(mValue);
-    }
-}
 
 Event::Event() : mDescriptor(::eventfd(0, EFD_CLOEXEC)) {
     if (mDescriptor.get() < 0) {

@@ -1,6 +1,7 @@
 /*
- * Reads bytes as a session. A second reader of JSON judges each line that was taken for a call, and
- * a session that is not taken to its end has to say where and why.
+ * Reads bytes as a session. A second reader of JSON judges each line that was taken for a call, the
+ * call is written and read again, and a session that is not taken to its end has to say where and
+ * why.
  */
 #include <sys/mman.h>
 #include <unistd.h>
@@ -10,7 +11,9 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
+#include "session/SessionLine.h"
 #include "session/SessionReader.h"
 
 namespace {
@@ -33,6 +36,20 @@ void checkCall(const SessionCall& call, const SessionCall& before, const std::st
             "out of order", line);
 }
 
+// The line is read as the call that it was written from when it is written from that in turn.
+void checkLine(const SessionCall& call, std::string_view thread) {
+    std::string line;
+    appendSessionLine(line, call.atUs, thread, call.info->name, call.arguments);
+    SessionCall readCall;
+    std::string_view readThread;
+    desk::LineReader reader;
+    const auto fault = reader.read(line, readCall, readThread);
+    require(!fault, fault ? fault->problem.c_str() : "", line);
+    std::string again;
+    appendSessionLine(again, readCall.atUs, readThread, readCall.info->name, readCall.arguments);
+    require(again == line, "not the line that was read", again + line);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -45,18 +62,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     desk::InputFile input(path);
     desk::SessionReader reader(input);
     SessionCall before;
-    size_t threads = 0;
+    std::vector<std::string> threads;
     for (bool isLast = false; !isLast;) {
         const desk::SessionBlock block = reader.next();
         isLast = block.isLast;
-        threads += block.newThreads.size();
+        threads.insert(threads.end(), block.newThreads.begin(), block.newThreads.end());
         for (const SessionCall& call : block.calls) {
             const size_t end = std::min<size_t>(call.endOffset - 1, text.size());
             const size_t newline = text.rfind('\n', end == 0 ? 0 : end - 1);
             const size_t start = newline == std::string::npos ? 0 : newline + 1;
             checkCall(call, before, text.substr(start, end - start));
-            require(call.thread < threads && threads <= desk::SessionReader::kMaxThreads, "thread",
-                    path);
+            require(call.thread < threads.size() &&
+                            threads.size() <= desk::SessionReader::kMaxThreads,
+                    "thread", path);
+            checkLine(call, threads[call.thread]);
             before.line = call.line;
             before.endOffset = call.endOffset;
             before.atUs = call.atUs;

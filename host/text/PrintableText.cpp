@@ -90,6 +90,17 @@ std::string printableText(std::string_view text, char quote) {
     return result;
 }
 
+bool isPrintable(std::string_view text) {
+    while (!text.empty()) {
+        const size_t size = characterSize(text);
+        if (size == 0 || isControl(text.substr(0, size))) {
+            return false;
+        }
+        text.remove_prefix(size);
+    }
+    return true;
+}
+
 std::string_view cutToBytes(std::string_view text, size_t bytes) {
     if (text.size() <= bytes) {
         return text;

@@ -14,6 +14,9 @@ namespace desk {
 // other than zero that character and the backslash get a backslash as well.
 std::string printableText(std::string_view text, char quote = '\0');
 
+// Whether printableText leaves the text as it is.
+bool isPrintable(std::string_view text);
+
 // The longest start of the text that has at most so many bytes and no part of a character.
 std::string_view cutToBytes(std::string_view text, size_t bytes);
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tuning/ControlMembers.h"
+#include "tuning/ControlTable.h"
 
 namespace desk {
 

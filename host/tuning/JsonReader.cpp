@@ -9,26 +9,9 @@
 #include <cmath>
 #include <set>
 
+#include "text/PrintableText.h"
+
 namespace desk {
-
-namespace {
-
-// Without the control characters of ASCII, and without those from U+0080 to U+009F.
-bool isPrintable(std::string_view text) {
-    constexpr unsigned char kDelete = 0x7F;
-    constexpr unsigned char kLead = 0xC2;
-    constexpr unsigned char kFirstBeyond = 0xA0;
-    unsigned char before = 0;
-    return std::all_of(text.begin(), text.end(), [&before](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isControl =
-                byte < ' ' || byte == kDelete || (before == kLead && byte < kFirstBeyond);
-        before = byte;
-        return !isControl;
-    });
-}
-
-}  // namespace
 
 void JsonValue::fail(std::string problem, std::string expected) const {
     constexpr size_t kMaxFaults = 20;
@@ -56,13 +39,15 @@ bool JsonValue::read(bool& value) const {
 }
 
 bool JsonValue::read(float& value) const {
+    constexpr double kMax = std::numeric_limits<float>::max();
+    constexpr double kTooLarge = 0x1.ffffffp127;  // half a step further: is not rounded to kMax
     const bool isNumber = is(JsonType::Integer) || is(JsonType::Unsigned) || is(JsonType::Float);
-    if (!isNumber ||
-        std::abs(mDocument->number(mValue)) > double{std::numeric_limits<float>::max()}) {
+    const double number = isNumber ? mDocument->number(mValue) : 0;
+    if (!isNumber || std::abs(number) >= kTooLarge) {
         failAsFound("a number in the range of a 32-bit float");
         return false;
     }
-    value = static_cast<float>(mDocument->number(mValue));
+    value = static_cast<float>(std::clamp(number, -kMax, kMax));
     return true;
 }
 

@@ -113,8 +113,8 @@ constexpr CallFaultCase kCallFaults[] = {
         {"notifyTaskEnd", R"(, "key": "0x10000000000000000")",
          R"(key: found "0x10000000000000000", expected a text such as "0x55fd" with at most 16 )"
          "hexadecimal digits"},
-        {"notifyCamFps", R"(, "fps": 1e39)",
-         "fps: found 1e+39, expected a number in the range of a 32-bit float"},
+        {"notifyCamFps", R"(, "fps": 3.4028236e38)",
+         "fps: found 3.4028236e+38, expected a number in the range of a 32-bit float"},
         {"notifySingleShotControl", "", "category: missing, expected one of category or control"},
         {"notifySingleShotControl", R"(, "category": 5, "control": {})",
          "category: not alone, expected one of category or control"},

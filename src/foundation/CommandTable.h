@@ -239,10 +239,10 @@ constexpr bool isVELKCommandDescribedWhole(const VELKCommand& command) {
     }
     return next == command.recordSize;
 }
-static_assert(std::ranges::all_of(VELK_COMMANDS, isVELKCommandDescribedWhole));
+static_assert(std::all_of(VELK_COMMANDS.begin(), VELK_COMMANDS.end(), isVELKCommandDescribedWhole));
 
 constexpr bool isVELKCommandInItsPlace(const VELKCommand& command) {
     return findVELKCommand(command.request) == &command &&
            command.request == (0x40000000 | command.recordSize << 16 | 'g' << 8 | command.number);
 }
-static_assert(std::ranges::all_of(VELK_COMMANDS, isVELKCommandInItsPlace));
+static_assert(std::all_of(VELK_COMMANDS.begin(), VELK_COMMANDS.end(), isVELKCommandInItsPlace));

@@ -120,9 +120,9 @@ void Player::playCall(const Worker& self, const SessionCall& call) {
     played.call = &call;
     played.thread = self.name;
     mCollector->clear();
-    played.startNs = mClock.beginCall(call.atUs);
+    played.startNs = SessionClock::beginCall(call.atUs);
     played.result = call.info->run(call.arguments);
-    played.endNs = mClock.endCall();
+    played.endNs = SessionClock::endCall();
     played.commands = mCollector->commands();
     played.isFailureInjected =
             mJudge.isFailureInjected(call.info->name, played.commands) && played.result != 0;

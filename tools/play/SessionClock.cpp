@@ -35,7 +35,7 @@ int64_t SessionClock::beginCall(int64_t atUs) {
     return recordedNs;
 }
 
-int64_t SessionClock::endCall() const {
+int64_t SessionClock::endCall() {
     return sessionNowNs();
 }
 

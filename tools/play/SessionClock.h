@@ -19,8 +19,8 @@ class SessionClock {
     SessionClock& operator=(const SessionClock&) = delete;
 
     // Both return the session's time in nanoseconds.
-    int64_t beginCall(int64_t atUs);
-    int64_t endCall() const;
+    static int64_t beginCall(int64_t atUs);
+    static int64_t endCall();
 };
 
 }  // namespace desk

@@ -10,9 +10,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <iterator>
 #include <limits>
 #include <set>
@@ -96,6 +98,18 @@ TEST_F(Interposer, TakesEveryWayToOpenTheNode) {
     EXPECT_EQ(open(VELK_NODE_PATH, O_RDONLY | O_DIRECTORY), -1);
     EXPECT_EQ(errno, ENOTDIR);
     EXPECT_EQ(controlNode().snapshot().closes.accepted, std::size(cases));
+}
+
+// Growing the table of descriptors while there are threads would hold the first open up.
+TEST_F(Interposer, GrowsTheDescriptorTableAtTheStart) {
+    rlimit limit = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word && word != "FDSize:";) {
+    }
+    rlim_t size = 0;
+    status >> size;
+    EXPECT_GE(size, std::min<rlim_t>(limit.rlim_cur, 1024));
 }
 
 TEST_F(Interposer, AnswersBadPointersAsAKernelDoes) {

@@ -1,5 +1,5 @@
-// Feeds the files of the folders named on the command line to one fuzz target, so that everything
-// fuzzing has ever found stays found in builds without a fuzzer.
+// Feeds the files of the folders named on the command line to one fuzz target, so that builds
+// without a fuzzer test every input that fuzzing has found.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

@@ -1,8 +1,8 @@
 /*
  * Runs every operation of the library in its steady state, for a profiler that counts instructions.
- * Around each single call that is measured collecting is switched on, and each measurement ends in
- * a profile of its own, whose trigger says what it is about: MEASURE|what|size|operation|limit|
- * allocations|calls. Run on its own the program only checks that every call succeeds.
+ * Collecting is on during each measured call alone. Each measurement writes a profile of its own,
+ * whose trigger describes it: MEASURE|what|size|operation|limit|allocations|calls. Without a
+ * profiler the program only checks that every call succeeds.
  */
 #include <malloc.h>
 #include <valgrind/callgrind.h>
@@ -22,7 +22,7 @@
 
 namespace {
 
-// Enough to meet many pairs; few where a call takes as long as copying all the settings does.
+// Enough to use many pairs; fewer where a call copies all the settings.
 constexpr int kCalls = 1000;
 constexpr int kLongCalls = 20;
 constexpr int kWarmUpCalls = 10;
@@ -34,9 +34,9 @@ constexpr int kFirstOtherThread = 2;
 constexpr int kPairsByDefault = 10;
 
 int gKnownPairs = kPairsByDefault;
-int gTurn = 0;
+int gRound = 0;
 
-// Addresses of objects as they lie on a heap: all different, in no regular distance.
+// Addresses like those of heap objects: all different, at irregular distances.
 const void* keyOf(int pair) {
     constexpr uintptr_t kHeap = 0x7f5500000000;
     constexpr uintptr_t kAlignment = 16;
@@ -45,16 +45,16 @@ const void* keyOf(int pair) {
     return reinterpret_cast<const void*>(kHeap + kAlignment * place);
 }
 
-// Each turn is about another pair, spread over all that are known.
-int pairOfTurn() {
-    return static_cast<int>(int64_t{gTurn} * 7919 % gKnownPairs);
+// Each round uses another pair, spread over all known ones.
+int pairOfRound() {
+    return static_cast<int>(int64_t{gRound} * 7919 % gKnownPairs);
 }
 
 int startTask() {
-    return VELKMachine::notifyTaskStart(keyOf(pairOfTurn()), kTask);
+    return VELKMachine::notifyTaskStart(keyOf(pairOfRound()), kTask);
 }
 int endTask() {
-    return VELKMachine::notifyTaskEnd(keyOf(pairOfTurn()), kTask);
+    return VELKMachine::notifyTaskEnd(keyOf(pairOfRound()), kTask);
 }
 
 VELKSingleShotControl controlWithLevels(uint32_t level) {
@@ -88,7 +88,7 @@ struct Operation {
     int limit;        // instructions a call
     int allocations;  // allowed a call
     int (*call)();
-    // What the measured call needs before it and leaves behind, not measured.
+    // Prepare the measured call and clean up after it; not measured.
     int (*before)() = nothing;
     int (*after)() = nothing;
 };
@@ -138,7 +138,7 @@ void takeTurns(const Operation& operation, int calls) {
         CALLGRIND_TOGGLE_COLLECT;
         require(result, operation.name);
         require(operation.after(), operation.name);
-        ++gTurn;
+        ++gRound;
     }
 }
 
@@ -162,7 +162,7 @@ void knowPairs(int pairs) {
     gKnownPairs = pairs;
 }
 
-// Other threads run the task all the while, each with a key that is none of the measured ones.
+// Other threads run the task meanwhile, with keys that are not measured.
 void occupySlots(int slots) {
     for (int slot = 0; slot < slots; ++slot) {
         bench::setThread(kFirstOtherThread + slot);

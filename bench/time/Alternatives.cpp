@@ -41,7 +41,7 @@ int clampOnAndOff() {
     return setUtilMin(512) | setUtilMin(0);
 }
 
-// A file of one number in a folder of the kernel's, written as a boost and as its end.
+// A file of the kernel that holds one number: the values that start and end a boost.
 struct Knob {
     const char* file;
     std::string_view on, off;
@@ -51,7 +51,7 @@ constexpr std::array<Knob, 3> kGroupKnobs = {{{"cpu.uclamp.min", "50.00", "0.00"
                                               {"cpu.shares", "2048", "1024"}}};
 constexpr Knob kStandIn = {"/proc/self/timerslack_ns", "40000", "50000"};
 
-// The folder of a control group, which only goes when it is empty of processes, as this one is.
+// The folder of a control group. It can be removed because no process is put into the group.
 class Group {
   public:
     ~Group() { rmdir(mPath.c_str()); }

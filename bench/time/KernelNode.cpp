@@ -4,7 +4,8 @@
  * 0 and that reads its argument from the caller's memory, as a driver reads a record. A driver that
  * does more makes the library's own share smaller.
  *
- * The program's own calls take this way too, so that both sides of a ratio pay for it.
+ * The program's own calls go through these functions too, so that both sides of a ratio include
+ * their cost.
  *
  * The two functions have names of their own in the source, because C libraries declare theirs with
  * different types.

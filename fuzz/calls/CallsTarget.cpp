@@ -1,12 +1,12 @@
 /*
- * Turns bytes into calls of the library and into changes of the world between them, and compares
- * every call with the model.
+ * Turns bytes into calls of the library and, between them, changes of tuning data, properties, log
+ * switches and injected faults. Every call is compared with the model.
  *
- * One sequence in four may run out of memory within a call. The same call gets through when it is
- * made again, and has the effect that it had without the failure. What init, uninit, task starts
- * and ends, and marking before init leave behind depends on where they failed, so after these the
- * model is silent, and what must hold at all times is left: sections balance, no lock is held,
- * descriptors are used while they are open alone, and nothing is left after the last uninit.
+ * One sequence in four may run out of memory within a call. The same call succeeds when it is made
+ * again, with the effect that it has without the failure. What init, uninit, task starts and ends,
+ * and marking before init leave behind depends on where they failed. After these the model is no
+ * longer compared; what is still checked always holds: sections balance, no lock is held,
+ * descriptors are only used while open, and nothing is left after the last uninit.
  */
 #include <unistd.h>
 
@@ -52,7 +52,7 @@ constexpr size_t kMaxSteps = 2000;
 class Sequence {
   public:
     Sequence(const uint8_t* bytes, size_t size) : mNext(bytes), mEnd(bytes + size) {
-        fake::recorder().turn(false);
+        fake::recorder().enable(false);
         node().reset();
         node().observer = [this](unsigned number, const void* record, int result) {
             mModel.observe(number, record, result);
@@ -224,8 +224,8 @@ class Sequence {
         }
     }
 
-    // Takes every user back in a world that obeys, after which nothing may be left. An absent node
-    // is forgotten by a last uninit alone, so the library goes up and down once more.
+    // Takes every user back with no fault injected; nothing may be left then. Only a last uninit
+    // forgets an absent node, so the library goes up and down once more.
     void drain() {
         mFailingAllocation = 0;
         platform().set(fake::kForceOff, 0);

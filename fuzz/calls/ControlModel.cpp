@@ -9,7 +9,7 @@ using fake::platform;
 
 namespace {
 
-// Places of active values.
+// Places: active values of the same place are merged.
 constexpr int64_t kPercent = 0;
 constexpr int64_t kLimit = 1;
 constexpr int64_t kLevel = 2;            // and the position

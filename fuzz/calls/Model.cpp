@@ -31,7 +31,7 @@ void fail(const char* format, ...) {
     std::abort();
 }
 
-// --- The way to the driver -----------------------------------------------------------------------
+// --- Comparing commands --------------------------------------------------------------------------
 
 void Model::observe(unsigned number, const void* record, int result) {
     Effect& effect = mEffects.emplace_back(Effect{Record(number), result});

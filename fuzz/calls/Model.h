@@ -21,7 +21,7 @@ namespace fuzz {
 
 [[noreturn]] void fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-// The thread that the library believes to run on.
+// What gettid() returns to the library.
 extern int32_t gThread;
 
 // A command as the driver gets it, built by offsets.
@@ -59,9 +59,9 @@ class Model {
 
     // What the library did in a call: a command with the driver's answer, or an open of the node.
     void observe(unsigned number, const void* record, int result);
-    // Of a call that is made again.
+    // Before a call is made again.
     void forgetEffects() { mEffects.clear(); }
-    // After all that has to happen in a call: that nothing else did, unless anything may.
+    // Fails when the library did more than the model expected, unless that is not compared.
     void checkComplete(bool isSilent);
 
   private:
@@ -80,7 +80,7 @@ class Model {
         int tid;
         uint32_t id;
     };
-    // One value that an active control asks for. The place says with what it is merged.
+    // One value that an active control asks for; it is merged with those of the same place.
     struct Active {
         int64_t place, value;
         bool operator==(const Active&) const = default;
@@ -103,7 +103,7 @@ class Model {
     int target(int anchor, size_t element) const;
     int anchor(int anchor, uint32_t serial, int phase);
 
-    // What the library knows while it is up.
+    // The library's state while it is up.
     struct Tables {
         VELKScenario scenario;
         bool hasCustomer;

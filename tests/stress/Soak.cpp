@@ -27,7 +27,7 @@ constexpr int kTasks[] = {5, 6, 20, 22, 24};
 constexpr int kKeysPerTask = 4;
 constexpr int kPairsPerOpening = 5 * kKeysPerTask;
 constexpr int kParts = 12;
-// A hash node with its share of buckets that have just been doubled, allocator's overhead included.
+// A hash node and its share of just doubled buckets, with the allocator's overhead.
 constexpr size_t kMaxBytesPerPair = 96;
 
 uint64_t gCalls = 0;
@@ -79,7 +79,7 @@ void playFrame(uintptr_t firstKey, int frame) {
     call(VELKInfoNotifier::notifyCamFps, 29.97F);
 }
 
-void takePicture() {
+void capture() {
     const VELKSingleShotControl control = {.uclampLevels = {512, 640},
                                            .percentLevel = 80,
                                            .criticalTaskUclamps = {{5, 600}, {24, 800}},
@@ -105,7 +105,7 @@ void openCamera(int opening, int frames) {
         playFrame(firstKey, frame);
     }
     require(allocations() == before, "a frame allocates");
-    takePicture();
+    capture();
     call(VELKMachine::uninit);
 }
 
@@ -138,13 +138,13 @@ int main(int argc, char** argv) {
     const int openings = argc > 1 ? std::atoi(argv[1]) : 1200;
     const int frames = argc > 2 ? std::atoi(argv[2]) : 900;
     require(openings >= kParts && frames > 0, "Usage: velk_soak [OPENINGS (at least 12) [FRAMES]]");
-    fake::recorder().turn(false);
+    fake::recorder().enable(false);
     platform().reset();
     fake::setLogSwitches(0);
     platform().anchors[VELKScenario{3}][1] = {4000, 50};
     platform().singleShots[4][VELK_SCENARIO_FALLBACK] = {.percentLevel = 60, .requestValue = 1};
     FILE* const nowhere = std::fopen("/dev/null", "w");
-    playDay(kParts, 1, nowhere);  // what the platform and the C library make once
+    playDay(kParts, 1, nowhere);  // what the platform and the C library allocate once
     const size_t before = liveBytes();
     playDay(openings, frames, stdout);
     require(liveBytes() == before, "memory is left after the last uninit");

@@ -25,7 +25,7 @@ void* operator new(size_t size) {
     void* const memory = std::malloc(size);
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
-// The forms that a sanitizer's runtime would otherwise keep to itself.
+// Replaced too: a sanitizer's runtime would otherwise serve these forms itself.
 void* operator new[](size_t size) {
     return operator new(size);
 }

@@ -1,5 +1,6 @@
 /*
- * The fixture of every test of the library: a fresh world before, nothing left over after.
+ * The fixture of every test of the library. It resets all fakes before a test, and checks after it
+ * that nothing is left over.
  *
  * Tests are independent of order and of process. The debug-log switch is read once in a process, so
  * no test may count on changing it: the whole suite runs once with the environment variable
@@ -106,21 +107,21 @@ class LibraryTest : public ::testing::Test {
     // Brings the library up, silently.
     static void up(const VELKInitParams& params = kParams) {
         ASSERT_EQ(0, init(params));
-        heard();
+        takeTranscript();
     }
 
-    static std::string heard(uint32_t shown = kUsual) { return recorder().take(shown); }
+    static std::string takeTranscript(uint32_t shown = kUsual) { return recorder().take(shown); }
 
-    // Expects what was heard so far to be this, and forgets it.
-    static void hears(std::string_view text, uint32_t shown = kUsual,
-                      const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    // Expects the transcript so far to be this, and forgets it.
+    static void expectTranscript(std::string_view text, uint32_t shown = kUsual,
+                                 const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
         const ::testing::ScopedTrace trace(file, line, "");
-        EXPECT_EQ(expected(text), heard(shown));
+        EXPECT_EQ(expected(text), takeTranscript(shown));
     }
 
-    // The lines heard so far that begin like this.
-    static std::string heardLines(std::string_view beginning, uint32_t shown = kUsual) {
-        std::istringstream transcript(heard(shown));
+    // The lines of the transcript so far that begin like this; all are forgotten.
+    static std::string takeLines(std::string_view beginning, uint32_t shown = kUsual) {
+        std::istringstream transcript(takeTranscript(shown));
         std::string lines;
         for (std::string line; std::getline(transcript, line);) {
             lines += line.starts_with(beginning) ? line + '\n' : "";

@@ -13,7 +13,7 @@
 namespace fake {
 namespace {
 
-// So that the fakes order nothing between the library's threads.
+// Relaxed: ordering by the fakes would hide races between the library's threads.
 constexpr auto kRelaxed = std::memory_order_relaxed;
 
 bool isNodePath(const char* path) {

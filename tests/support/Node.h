@@ -2,9 +2,9 @@
  * The control node and the dump file as the library's open, ioctl, write and close see them (the
  * linker wraps the four). Every other path and descriptor goes to the C library.
  *
- * The node accepts everything until it is told otherwise. It hands out the descriptors 100, 101,
- * ... and never one twice, so that any use after a close is noticed as a violation, as is a request
- * that is none of the twelve.
+ * The node accepts everything until a fault is injected. It hands out the descriptors 100, 101, ...
+ * and never one twice. A use after a close is a violation, as is a request that is none of the
+ * twelve.
  */
 #pragma once
 

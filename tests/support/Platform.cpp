@@ -126,7 +126,7 @@ int readProperty(const char* name, int defaultValue) {
     for (size_t i = 0; i < kProperties; ++i) {
         if (std::strcmp(name, kNames.at(i)) == 0) {
             recorder().record(kProperty, std::string("property ") + name);
-            // The message that asks for it may be about a failed call.
+            // The message that is about to be logged must keep the errno of the failed call.
             errno = i == kDebugLog ? EILSEQ : errno;
             const int64_t value = platform().properties.at(i).load(std::memory_order_relaxed);
             return value == kUnset ? defaultValue : static_cast<int>(value);
@@ -287,7 +287,7 @@ int __wrap_vsnprintf(char* text, size_t size, const char* format, va_list argume
     }
     const int length = __real_vsnprintf(text, size, format, arguments);
     if (fake::tInLibrary && length >= static_cast<int>(size)) {
-        text[size - 1] = '!';  // some formatters end a text that they cut with nothing
+        text[size - 1] = '!';  // some formatters do not terminate a cut text
     }
     return length;
 }

@@ -10,7 +10,7 @@
 namespace fake {
 namespace {
 
-// The recorder's own mutex is none of the library's, whoever calls.
+// Locks the recorder's own mutex, which is not recorded as one of the library's.
 struct Guard {
     explicit Guard(std::mutex& mutex) : lock(mutex) {}
     Side side{false};

@@ -1,6 +1,6 @@
 /*
- * The one recorder of everything that the library does to the world around it, in order, and the
- * transcript form in which tests state what they expect: one line of text per event.
+ * Records every effect of the library in order: system calls, messages, trace sections, mutexes,
+ * calls of the platform. Tests state what they expect as a transcript, one line of text per event.
  *
  *   {NAME ... }                      trace section "VELK::NAME"
  *   open PATH FLAGS MODE = RESULT    "node" stands for the control node, read-only
@@ -74,14 +74,14 @@ class Recorder {
     // Forgets everything; the calling thread becomes the first.
     void reset();
 
-    // Notes an event, then runs the hook, which may change the world, block or throw.
+    // Notes an event, then runs the hook, which may change the fakes, block or throw.
     void record(Event event);
     void record(Kind kind, std::string text) {
         record(Event{.kind = kind, .text = std::move(text)});
     }
     bool isOn() const { return mIsOn.load(std::memory_order_relaxed); }
-    // Off while threads race, so that the recorder orders nothing.
-    void turn(bool on) { mIsOn = on; }
+    // Disabled while threads race: its mutex would order them.
+    void enable(bool on) { mIsOn = on; }
     // Something that must never happen, whatever the test is about.
     void violation(std::string text);
     std::vector<std::string> violations();

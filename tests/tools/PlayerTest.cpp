@@ -23,18 +23,18 @@
 namespace desk {
 namespace {
 
-struct HeardCall {
+struct RecordedCall {
     uint64_t line = 0;
     std::string thread;
     pid_t tid = 0;
 
-    bool operator==(const HeardCall&) const = default;
+    bool operator==(const RecordedCall&) const = default;
 };
 
-class Hearer : public CallListener {
+class CallRecorder : public CallListener {
   public:
     void onCall(const PlayedCall& played) override {
-        heard.push_back({played.call->line, std::string(played.thread), gettid()});
+        calls.push_back({played.call->line, std::string(played.thread), gettid()});
         for (const ReceivedCommand& command : played.commands) {
             EXPECT_EQ(command.tid, static_cast<uint32_t>(gettid()));
         }
@@ -46,7 +46,7 @@ class Hearer : public CallListener {
         }
     }
 
-    std::vector<HeardCall> heard;
+    std::vector<RecordedCall> calls;
     std::vector<int> results;
     std::optional<uint64_t> onLine;
     std::function<void()> act;
@@ -86,7 +86,7 @@ class PlayerTest : public testing::Test {
     int64_t mAtUs = 0;
     int64_t mStepUs = 1;
     BlockQueue mQueue;
-    Hearer mHearer;
+    CallRecorder mRecorder;
 };
 
 TEST_F(PlayerTest, CallsComeInTheOrderOfTheFileOnOneThreadForEachName) {
@@ -96,18 +96,18 @@ TEST_F(PlayerTest, CallsComeInTheOrderOfTheFileOnOneThreadForEachName) {
         }
         mQueue.push(lastBlock());
     });
-    Player player(mQueue, std::nullopt, {&mHearer});
+    Player player(mQueue, std::nullopt, {&mRecorder});
     const PlayResult result = player.play();
     reader.join();
 
     EXPECT_FALSE(result.isStopped);
     EXPECT_FALSE(result.error);
-    ASSERT_EQ(mHearer.heard.size(), 1000U);
+    ASSERT_EQ(mRecorder.calls.size(), 1000U);
     std::map<std::string, pid_t> tids;
     for (uint64_t line = 1; line <= 1000; ++line) {
-        const HeardCall& call = mHearer.heard[line - 1];
-        ASSERT_EQ(call, (HeardCall{line, call.thread,
-                                   tids.try_emplace(call.thread, call.tid).first->second}));
+        const RecordedCall& call = mRecorder.calls[line - 1];
+        ASSERT_EQ(call, (RecordedCall{line, call.thread,
+                                      tids.try_emplace(call.thread, call.tid).first->second}));
     }
     EXPECT_EQ(tids.size(), 5U);
     std::set<pid_t> distinct = {gettid()};
@@ -120,42 +120,42 @@ TEST_F(PlayerTest, WithASpeedNoCallComesBeforeItsTime) {
     mStepUs = 2000;
     mQueue.push(makeBlock(11));
     mQueue.push(lastBlock());
-    Player player(mQueue, 2.0, {&mHearer});
+    Player player(mQueue, 2.0, {&mRecorder});
     const auto start = std::chrono::steady_clock::now();
     player.play();
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(10));
-    EXPECT_EQ(mHearer.heard.size(), 11U);
+    EXPECT_EQ(mRecorder.calls.size(), 11U);
 }
 
 TEST_F(PlayerTest, AStopEndsAfterTheCallThatIsUnderWay) {
     mQueue.push(makeBlock(100));
-    Player player(mQueue, std::nullopt, {&mHearer});
-    mHearer.onLine = 40;
-    mHearer.act = [&player] { player.stop(); };
+    Player player(mQueue, std::nullopt, {&mRecorder});
+    mRecorder.onLine = 40;
+    mRecorder.act = [&player] { player.stop(); };
     EXPECT_TRUE(player.play().isStopped);
-    EXPECT_EQ(mHearer.heard.size(), 40U);
+    EXPECT_EQ(mRecorder.calls.size(), 40U);
     EXPECT_FALSE(mQueue.push(makeBlock(1)));
 }
 
 TEST_F(PlayerTest, AStopEndsTheWaitForTheTimeOfACall) {
     mQueue.push(makeBlock(2));
     constexpr double kBeyondEveryClock = 1e-300;
-    Player player(mQueue, kBeyondEveryClock, {&mHearer});
-    mHearer.onLine = 1;
+    Player player(mQueue, kBeyondEveryClock, {&mRecorder});
+    mRecorder.onLine = 1;
     std::thread stopper;
-    mHearer.act = [&] { stopper = std::thread([&player] { player.stop(); }); };
+    mRecorder.act = [&] { stopper = std::thread([&player] { player.stop(); }); };
     EXPECT_TRUE(player.play().isStopped);
     stopper.join();
-    EXPECT_EQ(mHearer.heard.size(), 1U);
+    EXPECT_EQ(mRecorder.calls.size(), 1U);
 }
 
 TEST_F(PlayerTest, WhatAListenerThrowsComesOutOfPlay) {
     mQueue.push(makeBlock(100));
-    Player player(mQueue, std::nullopt, {&mHearer});
-    mHearer.onLine = 30;
-    mHearer.act = [] { throw std::runtime_error("disk full"); };
+    Player player(mQueue, std::nullopt, {&mRecorder});
+    mRecorder.onLine = 30;
+    mRecorder.act = [] { throw std::runtime_error("disk full"); };
     EXPECT_THROW(player.play(), std::runtime_error);
-    EXPECT_EQ(mHearer.heard.size(), 30U);
+    EXPECT_EQ(mRecorder.calls.size(), 30U);
 }
 
 TEST_F(PlayerTest, ThePlayedPartOfABrokenSessionComesWithItsError) {
@@ -163,10 +163,10 @@ TEST_F(PlayerTest, ThePlayedPartOfABrokenSessionComesWithItsError) {
     block.isLast = true;
     block.error = "s:4: task: missing";
     mQueue.push(std::move(block));
-    Player player(mQueue, std::nullopt, {&mHearer});
+    Player player(mQueue, std::nullopt, {&mRecorder});
     EXPECT_EQ(player.play().error, "s:4: task: missing");
-    EXPECT_EQ(mHearer.heard.size(), 3U);
-    EXPECT_EQ(mHearer.results, (std::vector<int>{-1, -1, -1}));  // the library is down
+    EXPECT_EQ(mRecorder.calls.size(), 3U);
+    EXPECT_EQ(mRecorder.results, (std::vector<int>{-1, -1, -1}));  // the library is down
 }
 
 TEST(FailureJudge, KnowsWhatFollowsFromARefusedNode) {

@@ -19,7 +19,7 @@ struct DriverCase {
     const char* failures;  // what the summary says of calls that returned -1, blanks apart
 };
 
-TEST_F(Replay, FailuresAsToldAreToldFromOthers) {
+TEST_F(Replay, CountsInjectedFailuresApartFromOthers) {
     for (const DriverCase& c : {
                  DriverCase{"", "none "},
                  {"taskInit=EINVAL*3", "none "},

@@ -92,7 +92,7 @@ TEST_F(Replay, PrintsEveryCommandAndTheSummary) {
     EXPECT_EQ(outcome.status, 1);
 }
 
-TEST_F(Replay, PrintsJsonLinesThatEndWithTheSum) {
+TEST_F(Replay, PrintsJsonLinesThatEndWithTheSummary) {
     const ToolOutcome outcome =
             runTool(with({"--format", "jsonl", "--driver", "29=EINVAL*1"}), kSession);
     std::vector<json> rows;

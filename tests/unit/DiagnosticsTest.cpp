@@ -10,20 +10,20 @@ namespace {
 
 class DiagnosticsTest : public LibraryTest {
   protected:
-    // Messages of all four levels, gated and not: the library comes up without node and customer.
-    static std::string speak() {
+    // Logs messages of all four levels, gated and not: init without node and customer data.
+    static std::string logMessages() {
         platform().sources[VELK_JSON_SOURCE_CUSTOMER].isMissing = true;
         node().fail(kOpenNode, ENOENT);
         init();
-        std::string text = heard(kLog);
+        std::string text = takeTranscript(kLog);
         while (uninit() == 0) {
         }
-        heard();
+        takeTranscript();
         return text;
     }
 
-    // What is spoken, as far as it passes, with a word before each line.
-    static std::string spoken(const std::string& sink, const std::function<bool(char)>& passes) {
+    // The messages of logMessages() that pass, with the sink before each line.
+    static std::string messages(const std::string& sink, const std::function<bool(char)>& passes) {
         std::istringstream all(expected(R"(
             D: queryStaticData | E: mpCustomJsonConvertor is nullptr @queryStaticData
             I: velk created | D*: send ioctl command: 1076127515
@@ -51,27 +51,27 @@ TEST_F(DiagnosticsTest, LevelsAndMaskDecideWhichMessagesPass) {
                        (letter == 'I' && level >= 3) ||
                        (letter == 'D' && level >= 5 && (mask & 0x1001000) == 0x1001000);
             };
-            EXPECT_EQ(spoken("", passes), speak()) << level << ' ' << mask;
+            EXPECT_EQ(messages("", passes), logMessages()) << level << ' ' << mask;
         }
     }
 }
 
 TEST_F(DiagnosticsTest, ModeSelectsTheSinks) {
     const auto all = [](char) { return true; };
-    const std::string both = spoken("", all), android = spoken("android ", all),
-                      ulogger = spoken("ulogger ", all);
+    const std::string both = messages("", all), android = messages("android ", all),
+                      ulogger = messages("ulogger ", all);
     const std::pair<uint32_t, std::string> cases[] = {
             {0, ""},      {1, android}, {2, ulogger}, {8, ulogger},     {0xA, ulogger}, {4, ""},
             {5, android}, {3, both},    {9, both},    {0xFFFFFFF4, ""}, {~0U, both}};
     for (const auto& [mode, text] : cases) {
         setLogSwitches(mode);
-        EXPECT_EQ(text, speak()) << mode;
+        EXPECT_EQ(text, logMessages()) << mode;
     }
     setLogger(false);
-    EXPECT_EQ(android, speak()) << "no logger object";
+    EXPECT_EQ(android, logMessages()) << "no logger object";
     setLogger(true);
     platform().formatterFails = true;
-    EXPECT_EQ(android, speak()) << "the formatter fails";
+    EXPECT_EQ(android, logMessages()) << "the formatter fails";
 }
 
 TEST_F(DiagnosticsTest, LongMessageKeepsItsLengthAndLosesItsTail) {
@@ -80,25 +80,27 @@ TEST_F(DiagnosticsTest, LongMessageKeepsItsLengthAndLosesItsTail) {
         platform().errorText = std::string(length - head.size(), 'x');
         call([] { return checkIOctlValid(-1); });
         const std::string whole = head + platform().errorText;
-        hears(length == 1023 ? "W: " + whole + " | = 0"
-                             : "android W: " + whole + " | ulogger W: " + whole.substr(0, 1023) +
-                                       " [length " + std::to_string(length) + "] | = 0");
+        expectTranscript(length == 1023 ? "W: " + whole + " | = 0"
+                                        : "android W: " + whole +
+                                                  " | ulogger W: " + whole.substr(0, 1023) +
+                                                  " [length " + std::to_string(length) + "] | = 0");
     }
 }
 
 TEST_F(DiagnosticsTest, DebugLogPropertyIsReadOnceInAProcess) {
     vsync();
     EXPECT_LE(recorder().count("property vendor.debug.velk.debuglog"), 1U);
-    heard();
+    takeTranscript();
     platform().set(kDebugLog, isDebugLogOn() ? 0 : 1);
     vsync();
-    hears("D*: no VELKResource exists, may haven't process init() | = -1", kUsual | kProperty);
-    // The debug log is a condition more, not another way.
+    expectTranscript("D*: no VELKResource exists, may haven't process init() | = -1",
+                     kUsual | kProperty);
+    // The debug log is one more condition; level and mode still apply.
     setLogSwitches(3, 4);
     vsync();
     setLogSwitches(0);
     vsync();
-    hears("= -1 | = -1");
+    expectTranscript("= -1 | = -1");
 }
 
 TEST_F(DiagnosticsTest, EveryStateOfADescriptor) {
@@ -122,10 +124,10 @@ TEST_F(DiagnosticsTest, EveryStateOfADescriptor) {
         node().fail(kOpenNode, c.error, c.error == 0 ? 0 : 1);
         int32_t descriptor = c.before;
         call([&] { return openVELKDevice(descriptor); });
-        hears(c.opened);
+        expectTranscript(c.opened);
         EXPECT_EQ(c.after, descriptor);
         call([&] { return errno = EIO, checkIOctlValid(descriptor); });
-        hears(c.valid);
+        expectTranscript(c.valid);
     }
     node().reset();
 }
@@ -170,15 +172,15 @@ TEST_F(DiagnosticsTest, EveryCommandSaysWhyItFailed) {
                 start(2, 6);
                 control(VELKSingleShotControl{});
             }
-            heard();
+            takeTranscript();
             node().fail(number, failure.error, 1, failure.result);
             EXPECT_EQ(number == 28 ? 0 : -1, operation()) << "a registration is only owed";
-            EXPECT_EQ(message, heardLines("D: [sendIOCtl]")) << "never retried";
+            EXPECT_EQ(message, takeLines("D: [sendIOCtl]")) << "never retried";
             EXPECT_EQ(0, operation());
             EXPECT_EQ(0U, recorder().count("open"));
             EXPECT_EQ(0, uninit());
             node().reset();
-            heard();
+            takeTranscript();
         }
     }
 }

@@ -33,7 +33,7 @@ struct Case {
     Steps before;
     std::function<int()> operation;
     Steps after;
-    // Made again after a failure; empty when the failed call has done its work all the same.
+    // Made again after a failure; empty when a failed call has its effect all the same.
     bool isRepeated = true;
 };
 
@@ -49,7 +49,7 @@ class FaultTest : public LibraryTest {
         for (const auto& step : c.before) {
             step();
         }
-        heard();
+        takeTranscript();
     }
 
     static Control full(int category) {
@@ -120,8 +120,8 @@ class FaultTest : public LibraryTest {
         return result;
     }
 
-    // What can be seen of what is active, without changing it.
-    static std::string look() {
+    // The active values, as records show them; they stay as they are.
+    static std::string activeValues() {
         sceneChange(5, 0);
         control(Control{.uclampLevels = {0, 0, 0},
                         .percentLevel = 0,
@@ -129,28 +129,28 @@ class FaultTest : public LibraryTest {
                         .limits = {1},
                         .sharedFlag = true});
         reset();
-        return heard(kNode | kResult);
+        return takeTranscript(kNode | kResult);
     }
 
-    // So that descriptors are no difference.
+    // Descriptors shall not differ between runs.
     static void handOutFromTheFirst() {
         if (node().openDescriptors().empty()) {
             node().handOut(kFirstDescriptor);
         }
     }
 
-    // How many faults were survived.
+    // Returns how many faults the operation met.
     static int everyFault(const Case& c, void (*fail)(int)) {
         SCOPED_TRACE(c.name);
         prepare(c);
-        const std::string before = look();
+        const std::string before = activeValues();
         const int expectedResult = c.operation();
         if (!c.isRepeated) {
-            heard();
+            takeTranscript();
             handOutFromTheFirst();
         }
         run(c.after);
-        const std::string reference = canonical(heard(kNode | kResult));
+        const std::string reference = canonical(takeTranscript(kNode | kResult));
         for (int n = 1; n < 1000; ++n) {
             SCOPED_TRACE(n);
             prepare(c);
@@ -158,7 +158,7 @@ class FaultTest : public LibraryTest {
             const int result = c.operation();
             failAllocation(0);
             recorder().hook = nullptr;
-            const std::string failed = heard(kNode | kLock | kTrace | kResult);
+            const std::string failed = takeTranscript(kNode | kLock | kTrace | kResult);
             mutexesAreFree(failed);
             EXPECT_EQ(0, platform().openSections) << failed;
             if (result != kThrew) {
@@ -166,7 +166,7 @@ class FaultTest : public LibraryTest {
                 return n - 1;
             }
             if (c.isRepeated) {
-                EXPECT_EQ(before, look()) << failed;
+                EXPECT_EQ(before, activeValues()) << failed;
             }
             handOutFromTheFirst();
             std::string registered;
@@ -177,7 +177,7 @@ class FaultTest : public LibraryTest {
                 EXPECT_EQ(expectedResult, c.operation());
             }
             run(c.after);
-            const std::string again = heard(kNode | kResult);
+            const std::string again = takeTranscript(kNode | kResult);
             idsAreNew(failed + again);
             EXPECT_EQ(reference, canonical(c.isRepeated ? registered + again : again)) << failed;
         }

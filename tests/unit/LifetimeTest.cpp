@@ -75,13 +75,13 @@ TEST_F(LifetimeTest, LastUninitWaitsForTheCallsInside) {
             last->awaitBlocked();
             EXPECT_EQ(-1, VELKInfoNotifier::notifyVSync()) << "newcomers find the library down";
         });
-        heard();
+        takeTranscript();
         EXPECT_EQ(0, c.operation());
         last.reset();
-        const std::string transcript = heard(kNode | kTrace | kResult);
+        const std::string transcript = takeTranscript(kNode | kTrace | kResult);
         EXPECT_LT(transcript.find("\n}\n"), transcript.find("\nT2 close 100\n")) << transcript;
         EXPECT_EQ(-1, vsync());
-        heard();
+        takeTranscript();
     }
 }
 
@@ -129,7 +129,7 @@ TEST_F(LifetimeTest, MarkingBehindTheLastUninitFindsNothing) {
     marking.reset();
     EXPECT_EQ(expected(R"(T2 {markCriticalTask
         T2 D: no VELKResource exists, may haven't process init() | T2 } | T2 = -1)"),
-              heardLines("T2 "));
+              takeLines("T2 "));
 }
 
 // The second of two notifications of a new category fails inside the first, then the first does:
@@ -184,15 +184,15 @@ TEST_F(LifetimeTest, FailedNotificationRemovesNobodyElsesControl) {
         }
     };
     EXPECT_EQ(kThrew, control(Control{.percentLevel = 7, .auxValue = 1}));
-    heard();
+    takeTranscript();
     EXPECT_EQ(0, control(Control{.percentLevel = 3}));
     EXPECT_EQ(0, reset());
     EXPECT_EQ(0, reset());
-    hears(R"(
+    expectTranscript(R"(
   ioctl 35 tid=caller percentLevel=7 requestValue=-1 extraValues=-1,-1,-1
   ioctl 35 tid=caller percentLevel=7 requestValue=-1 isReset=1 extraValues=-1,-1,-1
   ioctl 35 tid=caller percentLevel=-2 requestValue=-1 auxValue=2 isReset=1 extraValues=-1,-1,-1)",
-          kNode);
+                     kNode);
 }
 
 TEST_F(LifetimeTest, ProcessExitClosesTheNodeUnlessACallIsInside) {

@@ -18,7 +18,7 @@ class RollbackTest : public LibraryTest {
                          const std::function<void()>& checkFailed) {
         int failures = 0;
         const auto fails = [&] {
-            heard();
+            takeTranscript();
             failAllocation(failures + 1);
             const int result = call([&] { return operation(), 0; });
             failAllocation(0);
@@ -37,7 +37,7 @@ TEST_F(RollbackTest, ErrorListKeepsNothingThatItCannotWarnOf) {
         list.addToErrorList(key, key);
     }
     failEach([&] { list.addToErrorList(6, 6); }, [&] { EXPECT_FALSE(list.isInErrorList(6)); });
-    hears("W: too many Error, error number: 6 | = 0");
+    expectTranscript("W: too many Error, error number: 6 | = 0");
     failEach([&] { list.addToErrorList(6, 7); }, [&] { EXPECT_TRUE(list.isInErrorList(6)); });
 }
 
@@ -67,7 +67,8 @@ TEST_F(RollbackTest, PairThatCannotBeDumpedIsForgotten) {
             [] {});
     EXPECT_EQ(1U, id) << "an id that nobody got is not spent";
     EXPECT_TRUE(isNew);
-    EXPECT_NE(std::string::npos, heard(kNode).find("=> VELKMonitorTask\n1 => TASK_SCALE\nclose"));
+    EXPECT_NE(std::string::npos,
+              takeTranscript(kNode).find("=> VELKMonitorTask\n1 => TASK_SCALE\nclose"));
 }
 
 TEST_F(RollbackTest, LastUninitGoesDownThoughEveryMessageFails) {

@@ -20,16 +20,15 @@ TEST_F(StaticDataTest, MissingConvertors) {
                                {.scenario = VELKScenario{-4},
                                 .customization = VELKFeatureCustomization{9}}) != nullptr;
             });
-            hears(R"(open node = 100 | D: queryStaticData
+            expectTranscript(R"(open node = 100 | D: queryStaticData
                 fetch convertor 0 scenario -4 customization 9
                 fetch convertor 1 scenario -4 customization 0
-                )" +
-                  (isOwn ? "load convertor 0" : noOwn) + " | " +
-                  (isCustomer ? "load convertor 1" : noCustomer) + R"(
+                )" + (isOwn ? "load convertor 0" : noOwn) +
+                             " | " + (isCustomer ? "load convertor 1" : noCustomer) + R"(
                 fetch anchors customization 9 | fetch customer anchors customization 9
                 close 100 | )" +
-                  (isCustomer ? "destroy convertor 1 | " : "") +
-                  (isOwn ? "destroy convertor 0 | = 1" : "= 0"));
+                             (isCustomer ? "destroy convertor 1 | " : "") +
+                             (isOwn ? "destroy convertor 0 | = 1" : "= 0"));
         }
     }
 }
@@ -45,7 +44,7 @@ TEST_F(StaticDataTest, DefaultsStandInWhereNoConvertorAnswers) {
         EXPECT_FALSE(bare.isVIPTask(task));
         EXPECT_EQ("", bare.nameOf(task));
     }
-    hears("");
+    expectTranscript("");
 }
 
 // The convertor of a query is chosen by the task enum alone, but for the name.
@@ -53,7 +52,7 @@ TEST_F(StaticDataTest, TaskEnumChoosesTheConvertor) {
     platform().sources[0].tasks[24].name = "OWN_NAME";
     StaticData data;
     data.load(kParams);
-    heard();
+    takeTranscript();
     const struct {
         int task;
         const char* source;
@@ -77,10 +76,11 @@ TEST_F(StaticDataTest, TaskEnumChoosesTheConvertor) {
         data.specValueOf(c.task);
         data.isVIPTask(c.task);
         EXPECT_EQ(c.name, data.nameOf(c.task));
-        hears(asked(c.source, "getTaskTargetTime") + asked(c.source, "getTaskDefaultUclamp") +
-                      asked(c.source, "getTaskSpecValue") + asked(c.source, "isVIPTask") +
-                      asked(c.nameSources, "getTaskName"),
-              kQuery);
+        expectTranscript(asked(c.source, "getTaskTargetTime") +
+                                 asked(c.source, "getTaskDefaultUclamp") +
+                                 asked(c.source, "getTaskSpecValue") +
+                                 asked(c.source, "isVIPTask") + asked(c.nameSources, "getTaskName"),
+                         kQuery);
     }
 }
 

@@ -15,7 +15,7 @@ class TaskTableTest : public LibraryTest {
   protected:
     TaskTableTest() {
         call([&] { return manager = VELKRescManagement::createInstance(kParams), 0; });
-        heard();
+        takeTranscript();
     }
     void TearDown() override {
         manager.reset();
@@ -59,7 +59,7 @@ TEST_F(TaskTableTest, IdsAreHandedOutInOrderAndNeverTwice) {
     EXPECT_EQ(5U, manager->getUniqueTaskId(keyOf(3), 5));
     EXPECT_EQ(-6, id(~uintptr_t{0}, 5));
     EXPECT_EQ(6, id(~uintptr_t{0}, 5));
-    hears("", kUsual & ~kResult);
+    expectTranscript("", kUsual & ~kResult);
 }
 
 TEST_F(TaskTableTest, EndedSlotsAreReusedFromTheFront) {
@@ -84,12 +84,12 @@ TEST_F(TaskTableTest, EndedSlotsAreReusedFromTheFront) {
     EXPECT_EQ(4U, manager->findTaskIdFromTid(5, 200)) << "the first";
     update(5, 4, 1, false);
     EXPECT_EQ(8U, manager->findTaskIdFromTid(5, 200)) << "an end is for all slots of the id";
-    hears(R"(D: check mTaskState(5) size: 0 | D: check mTaskState(5) size: 0
+    expectTranscript(R"(D: check mTaskState(5) size: 0 | D: check mTaskState(5) size: 0
         D: check mTaskState(5) size: 1 | D: check mTaskState(6) size: 1
         D: check mTaskState(5) size: 2 | D: check mTaskState(5) size: 2
         D: check mTaskState(5) size: 2 | D: check mTaskState(5) size: 2
         D: check mTaskState(5) size: 2)",
-          kLog);
+                     kLog);
 }
 
 TEST_F(TaskTableTest, GroupHeadsAreFoundThroughTheTuningData) {
@@ -110,13 +110,14 @@ TEST_F(TaskTableTest, GroupHeadsAreFoundThroughTheTuningData) {
             return static_cast<int>(manager->lookupGroupHead(task, {.groupHead = group}));
         });
     }
-    hears(R"(= -1 | = -1 | 0.getGroupHeadTask(5, 0) | = 11 | 0.getGroupHeadTask(5, 1) | = 13
+    expectTranscript(
+            R"(= -1 | = -1 | 0.getGroupHeadTask(5, 0) | = 11 | 0.getGroupHeadTask(5, 1) | = 13
         1.getGroupHeadTask(22, 1) | = 15 | 0.getGroupHeadTask(-7, 4) | = 16
         0.getGroupHeadTask(5, 2) | D: GroupHead 6 is not recorded | = -1
         0.getGroupHeadTask(6, 1) | D: GroupHead 0 is not recorded | = -1
         D: GroupHead 0 is not recorded | = -1
         0.getGroupHeadTask(20, 1) | D: GroupHead 8 is not recorded | = -1)",
-          kUsual | kQuery);
+            kUsual | kQuery);
 }
 
 TEST_F(TaskTableTest, DumpIsRewrittenForEveryNewPair) {
@@ -124,40 +125,40 @@ TEST_F(TaskTableTest, DumpIsRewrittenForEveryNewPair) {
     platform().set(kDumpTaskTable, 1);
     id(1, 24);
     id(1, 24);
-    hears(R"(property vendor.debug.velk.dumptasktable.enable | = -1
+    expectTranscript(R"(property vendor.debug.velk.dumptasktable.enable | = -1
         property vendor.debug.velk.dumptasktable.enable
         I: remember to apply "adb shell setenforce 0" before dump
         I: save to /data/vendor/camera_dump/velk_task
         open /data/vendor/camera_dump/velk_task rewrite 448 = 101
         write 101 61 = 61 | UniqueTaskId => VELKMonitorTask | 2 => TASK_CUSTOM_ABCDEFGHIJK
         close 101 | = -2 | = 2)",
-          kUsual | kProperty);
+                     kUsual | kProperty);
     platform().sources[0].tasks[24].name = "FROM_OWN";
     node().fail(kWrite, 0, 1, 5);
     id(1, 40);
-    const std::string dump = heard(kNode | kQuery);
+    const std::string dump = takeTranscript(kNode | kQuery);
     for (const char* part : {"0.getTaskName(24)\n", "0.getTaskName(40)\n1.getTaskName(40)\n",
                              "\n2 => FROM_OWN\n", "\n3 => \n", " = 5\n", "close 102\n"}) {
         EXPECT_NE(std::string::npos, dump.find(part)) << part << dump;
     }
     EXPECT_EQ(std::string::npos, dump.find("1.getTaskName(24)")) << "asked only when needed";
     call([this] { return manager->dumpTaskTable(), 0; });
-    EXPECT_NE(std::string::npos, heard(kNode).find("\n3 => \n")) << "on request";
+    EXPECT_NE(std::string::npos, takeTranscript(kNode).find("\n3 => \n")) << "on request";
 }
 
-TEST_F(TaskTableTest, FailuresOfTheDumpAreNotTheCallersProblem) {
+TEST_F(TaskTableTest, FailuresOfTheDumpDoNotFailTheCall) {
     platform().set(kDumpTaskTable, 1);
     for (const int error : {ENOENT, EACCES, EMFILE, EINTR}) {
         node().fail(kOpenDump, error, 1);
         id(static_cast<uintptr_t>(error), 5);
         EXPECT_EQ("E: fail to open /data/vendor/camera_dump/velk_task: " +
                           std::string(strerror(error)) + " @dumpTaskTable\n",
-                  heardLines("E: "));
+                  takeLines("E: "));
     }
     node().fail(kWrite, ENOSPC);
     node().fail(kClose, EIO);
     EXPECT_EQ(-5, id(100, 5));
-    EXPECT_EQ("", heardLines("E: "));
+    EXPECT_EQ("", takeLines("E: "));
 }
 
 // The template is for any key and value; the library uses it for refused registrations.
@@ -179,14 +180,14 @@ TEST_F(TaskTableTest, ErrorListKeepsTheFirstRefusedValue) {
     for (const int key : {2, 3, 4, 5}) {
         list.addToErrorList(key, "more");
     }
-    hears("");
+    expectTranscript("");
     for (const int key : {6, 6, 7}) {
         list.addToErrorList(key, "last");
     }
     list.removeFromErrorList(1);
     list.removeFromErrorList(2);
     list.addToErrorList(3, "known");
-    hears(R"(W: too many Error, error number: 6 | W: too many Error, error number: 6
+    expectTranscript(R"(W: too many Error, error number: 6 | W: too many Error, error number: 6
         W: too many Error, error number: 7)");
     EXPECT_TRUE(list.isInErrorList(7));
     EXPECT_FALSE(list.isInErrorList(1));

@@ -1,5 +1,5 @@
-// Every operation on several threads against cycling init and uninit. Nothing is recorded, so that
-// the fakes order nothing: the node watches its descriptors, the thread sanitizer the rest.
+// Every operation on several threads against cycling init and uninit. Recording is off, because it
+// would order the threads; the node checks its descriptors, the thread sanitizer the rest.
 #include <thread>
 
 #include "support/LibraryTest.h"
@@ -12,8 +12,8 @@ class ThreadTest : public LibraryTest {
     ThreadTest() {
         platform().anchors[kScenario] = {{1, {4000, 50}}};
         platform().singleShots[4] = {{VELK_SCENARIO_FALLBACK, {.auxValue = 1}}};
-        VELKMachine::uninit();  // the debug-log property is read before anything is quiet
-        recorder().turn(false);
+        VELKMachine::uninit();  // reads the debug-log property, which is read once
+        recorder().enable(false);
     }
 
     using Work = std::function<void(int round)>;

@@ -11,6 +11,7 @@
 #include <linux/atomic.h>
 #include <linux/hashtable.h>
 #include <linux/list.h>
+#include <linux/pid.h>
 #include <linux/rbtree.h>
 #include <linux/rtmutex.h>
 #include <linux/sched.h>

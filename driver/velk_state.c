@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0
 /* /proc/velk/state: what the driver knows, a line for each thing, for people and programs. */
-#include <linux/pid.h>
 #include <linux/sched/task.h>
 #include <linux/seq_file.h>
 #include <linux/timekeeping.h>

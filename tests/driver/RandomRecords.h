@@ -35,7 +35,7 @@ class RandomRecords {
                 put(words, VELK_INIT_PARAM{1, {level(), level(), level()}, {}, 10, 65});
                 break;
             case VELK_IOC_TASK_INIT:
-                put(words, VELK_TASK_INIT_PARAM{id(), 0, value(), 33, -1, 0, 1, 2, 3, "task", {}});
+                put(words, registration());
                 break;
             case VELK_IOC_SCENE_CHANGE:
             case VELK_IOC_TASK_START:
@@ -87,11 +87,19 @@ class RandomRecords {
         return values[number(std::size(values))];
     }
 
+    VELK_TASK_INIT_PARAM registration() {
+        VELK_TASK_INIT_PARAM record = {id(), 0, value(), 33, -1, 0, 1, 2, 3, "task", {}};
+        if (!pick(8)) {  // not terminated, or with something behind its end
+            std::memcpy(record.taskName, pick(2) ? "abcdefghij" : "abc\0efghi", 10);
+        }
+        return record;
+    }
+
     VELK_SINGLE_SHOT_PARAM control(uint32_t tid) {
         VELK_SINGLE_SHOT_PARAM record = {};
         record.tid = static_cast<int32_t>(tid);
         record.uclampLevels[number(8)] = level();
-        record.percentLevel = static_cast<int32_t>(number(103)) - 2;
+        record.percentLevel = static_cast<int32_t>(number(105)) - 3;
         record.requestValue = static_cast<int32_t>(number(5)) - 2;
         record.isReset = number(2) != 0;
         record.limits[0] = pick(2) ? VELK_LIMIT_NONE_ACTIVE : level();

@@ -9,10 +9,10 @@
 #include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "clock/DeskClock.h"
 #include "driver/DriverSession.h"
+#include "driver/OpenDescriptors.h"
 #include "driver/RecordCheck.h"
 
 namespace desk {
@@ -75,34 +75,20 @@ bool canChangeControl(uint32_t request) {
 }  // namespace
 
 struct DriverModel::State {
-    struct Descriptor {
-        int number = -1;
-        uint64_t file = 0;  // one for each open, shared by its duplicates
-    };
-
     mutable std::mutex mutex;
     std::atomic<bool> isSlow = false;
     InjectedFaults faults;
     std::shared_ptr<DriverObserver> observer;
-    std::vector<Descriptor> descriptors;
-    uint64_t lastFile = 0;
+    OpenDescriptors descriptors;
     uint64_t lastSequence = 0;
     DriverSession session;
     DriverSnapshot totals;  // its counters and findings; the rest is not used
 
-    // Null when it is not open.
-    const Descriptor* find(int descriptor) const {
-        const auto found = std::ranges::find(descriptors, descriptor, &Descriptor::number);
-        return found != descriptors.end() ? &*found : nullptr;
-    }
-    size_t eraseDescriptor(int descriptor) {
-        return std::erase_if(descriptors, [descriptor](const Descriptor& each) {
-            return each.number == descriptor;
-        });
-    }
     // Closes the descriptor when its file has others. False when it has none.
-    bool closeDuplicate(int descriptor);
-
+    bool closeDuplicate(int descriptor) {
+        const std::lock_guard lock(mutex);
+        return descriptors.isDuplicate(descriptor) && descriptors.remove(descriptor);
+    }
     void judgeCommand(DriverEvent& event);
     void judgeKnownCommand(DriverEvent& event);
     void countFinding(const DriverEvent& event);
@@ -111,14 +97,6 @@ struct DriverModel::State {
     int handle(DriverEvent& event, CallCounters& counters, Judge&& judge);
     void injectDelay(const VELKCommand& command) const;
 };
-
-bool DriverModel::State::closeDuplicate(int descriptor) {
-    const std::lock_guard lock(mutex);
-    const Descriptor* closed = find(descriptor);
-    const bool isDuplicate = closed != nullptr &&
-                             std::ranges::count(descriptors, closed->file, &Descriptor::file) > 1;
-    return isDuplicate && eraseDescriptor(descriptor) != 0;
-}
 
 template <typename Judge>
 int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge&& judge) {
@@ -150,7 +128,7 @@ void DriverModel::State::countFinding(const DriverEvent& event) {
 }
 
 void DriverModel::State::judgeCommand(DriverEvent& event) {
-    if (find(event.descriptor) == nullptr) {
+    if (!descriptors.contains(event.descriptor)) {
         refuse(event, EBADF, "a command on a descriptor that is not open");
     } else if (event.command == nullptr) {
         refuse(event, ENOTTY, "a request of no known command");
@@ -210,10 +188,10 @@ int DriverModel::open(int descriptor, uint32_t tid) {
             return;
         }
         open.descriptor = descriptor;
-        if (state.eraseDescriptor(descriptor) != 0) {
+        if (state.descriptors.remove(descriptor)) {
             note(open, "the descriptor was open already");
         }
-        state.descriptors.push_back({descriptor, ++state.lastFile});
+        state.descriptors.add(descriptor);
     });
 }
 
@@ -239,12 +217,7 @@ int DriverModel::command(int descriptor, uint32_t request, const void* record, u
 
 int DriverModel::duplicate(int descriptor, int copy) {
     const std::lock_guard lock(mState->mutex);
-    const State::Descriptor* original = mState->find(descriptor);
-    if (original == nullptr) {
-        return -EBADF;
-    }
-    mState->descriptors.push_back({copy, original->file});
-    return 0;
+    return mState->descriptors.addDuplicate(descriptor, copy) ? 0 : -EBADF;
 }
 
 int DriverModel::close(int descriptor, uint32_t tid) {
@@ -257,7 +230,7 @@ int DriverModel::close(int descriptor, uint32_t tid) {
     event.tid = tid;
     event.descriptor = descriptor;
     return state.handle(event, state.totals.closes, [&state](DriverEvent& close) {
-        if (state.eraseDescriptor(close.descriptor) == 0) {
+        if (!state.descriptors.remove(close.descriptor)) {
             refuse(close, EBADF, "a close of a descriptor that is not open");
         }
     });

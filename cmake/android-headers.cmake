@@ -13,7 +13,10 @@ set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET aarch64-linux-android29)
 set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-android29)
+execute_process(COMMAND clang -print-resource-dir OUTPUT_VARIABLE VELK_CLANG_RESOURCES
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+cmake_path(SET VELK_LIBCXX NORMALIZE "${VELK_CLANG_RESOURCES}/../../../include/c++/v1")
 # Nothing of /usr/include, where the desk's libraries are.
 set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem /usr/aarch64-linux-gnu/include")
 set(CMAKE_CXX_FLAGS_INIT
-    "-nostdlibinc -nostdinc++ -isystem /usr/lib/llvm-14/include/c++/v1 -isystem /usr/aarch64-linux-gnu/include")
+    "-nostdlibinc -nostdinc++ -isystem ${VELK_LIBCXX} -isystem /usr/aarch64-linux-gnu/include")

@@ -98,18 +98,6 @@ quietly() {
     fi
 }
 
-# The build folder of a preset whose tree has been moved or copied is started anew, which CMake
-# would refuse. Sets configure_options.
-notice_moved_tree() {
-    local made_for
-    configure_options=()
-    made_for=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$1/CMakeCache.txt" 2>/dev/null || true)
-    if [[ -n $made_for && ! $made_for -ef . ]]; then
-        say "$1 was made for the project in $made_for, and is built anew for $PWD."
-        configure_options=(--fresh)
-    fi
-}
-
 # Prints a number of seconds as people would say it.
 duration() {
     if (($1 < 100)); then
@@ -134,11 +122,27 @@ announce_build() {
     need_space "build/$preset" "$megabytes"
 }
 
-# Configures and builds a preset of CMakePresets.json; without targets everything in it. Warnings
-# are errors where the preset says so, or the environment with VELK_WERROR=ON.
+# Configures a preset of CMakePresets.json. Warnings are errors where it says so, or the environment
+# with VELK_WERROR=ON. A folder that was made for a tree which has moved is started anew, as CMake
+# would refuse it.
+#   configure_preset PRESET [ARGUMENT OF cmake...]
+configure_preset() {
+    local preset=$1 folder=build/$1 made_for options=()
+    shift
+    make_folder "$folder"
+    made_for=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$folder/CMakeCache.txt" 2>/dev/null || true)
+    if [[ -n $made_for && ! $made_for -ef . ]]; then
+        say "$folder was made for the project in $made_for, and is built anew for $PWD."
+        options=(--fresh)
+    fi
+    [[ -z ${VELK_WERROR-} ]] || options+=("-DVELK_WERROR=$VELK_WERROR")
+    quietly "$folder/configure.log" cmake --preset "$preset" "${options[@]}" "$@"
+}
+
+# Configures and builds a preset; without targets everything in it.
 #   build_preset PRESET [TARGET...]
 build_preset() {
-    local preset=$1 folder=build/$1 targets=() warnings build_lock configure_options
+    local preset=$1 folder=build/$1 targets=() warnings build_lock
     shift
     [[ $# -eq 0 ]] || targets=(--target "$@")
     make_folder "$folder"
@@ -147,15 +151,25 @@ build_preset() {
         say "Waiting for another build in $folder ..."
         flock "$build_lock"
     fi
-    notice_moved_tree "$folder"
-    [[ -z ${VELK_WERROR-} ]] || configure_options+=("-DVELK_WERROR=$VELK_WERROR")
-    quietly "$folder/configure.log" cmake --preset "$preset" "${configure_options[@]}"
+    configure_preset "$preset"
     announce_build "$preset" "${targets[@]}"
     quietly "$folder/build.log" "${without_randomisation[@]}" \
         cmake --build --preset "$preset" "${targets[@]}"
     warnings=$(grep -cE '(: |^)warning: ' "$folder/build.log" || true)
     ((warnings == 0)) || say "Warnings of the compiler: $warnings, see $folder/build.log."
     exec {build_lock}>&-
+}
+
+# Whether a tool has the major version that a figure or a text of the project was made with. Says so
+# when it has another one, with which nothing can be compared.
+#   has_version TOOL VERSION WHAT
+has_version() {
+    local version
+    version=$("$1" --version | grep -oE '[0-9]+(\.[0-9]+)+' | head -n 1)
+    if [[ ${version%%.*} != "$2" ]]; then
+        say "Not compared: $3 are those of $1 $2, and this is $1 $version."
+        return 1
+    fi
 }
 
 # A command that runs another one without address randomisation. ThreadSanitizer needs it where the

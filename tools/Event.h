@@ -5,19 +5,24 @@
 
 #include <android-base/unique_fd.h>
 
+#include <mutex>
+
 namespace desk {
 
-// Once set it stays set.
+// Once set it stays set. Any thread.
 class Event {
   public:
     // Throws std::system_error.
     Event();
 
-    void set() const;
-    int get() const { return mDescriptor.get(); }
+    void set();
+    int get() const { return mReading.get(); }
 
   private:
-    android::base::unique_fd mDescriptor;
+    // Ends of a pipe. Closing one end is seen at the other, and unlike a write it cannot fail.
+    android::base::unique_fd mReading;
+    std::mutex mMutex;
+    android::base::unique_fd mWriting;
 };
 
 }  // namespace desk

@@ -1,5 +1,6 @@
 #include "Replay.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -76,6 +77,18 @@ PlayResult readAndPlay(InputFile& input, BlockQueue& queue, Player& player) {
     }
 }
 
+// A session without a call is an error unless it is empty, and then it is to be said.
+void judgeSilence(const InputFile& input, uint64_t calls, PlayResult& result) {
+    if (calls > 0 || result.isStopped || result.error) {
+        return;
+    }
+    if (input.hasContent()) {
+        result.error = fmt::format("{}: no call in it, expected one a line", input.name());
+    } else {
+        sayError(kProgram, fmt::format("{}: empty, there is no call to play", input.name()));
+    }
+}
+
 int exitStatus(const Summary& summary, int signal) {
     if (summary.error) {
         return kExitBadInput;
@@ -83,7 +96,7 @@ int exitStatus(const Summary& summary, int signal) {
     if (signal != 0) {
         return exitStatusOfSignal(signal);
     }
-    return summary.isAsExpected() ? kExitAsExpected : kExitUnexpected;
+    return summary.unexpected().empty() ? kExitAsExpected : kExitUnexpected;
 }
 
 }  // namespace
@@ -98,15 +111,19 @@ int replay(const Options& options) {
     const SignalWatcher signals([&player] { player.stop(); });
 
     const auto start = steady_clock::now();
-    const PlayResult result = readAndPlay(input, queue, player);
+    PlayResult result = readAndPlay(input, queue, player);
     const std::chrono::duration<double> played = steady_clock::now() - start;
 
+    judgeSilence(input, outputs.statistics().calls(), result);
     const Summary summary = summarize(input.name(), outputs.statistics(), controlNode().snapshot(),
                                       result, played.count());
     outputs.printSummary(summary);
     const std::vector<std::string> failures = outputs.finish();
     if (summary.error) {
         sayError(kProgram, *summary.error);
+    }
+    if (const std::string unexpected = summary.unexpected(); !unexpected.empty()) {
+        sayError(kProgram, unexpected);
     }
     for (const std::string& failure : failures) {
         sayError(kProgram, failure);

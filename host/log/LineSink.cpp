@@ -43,12 +43,15 @@ std::shared_ptr<LineSink> LineSink::toStandardError() {
 }
 
 LineSink::LineSink(int descriptor, std::string name, Keeping keeping)
-    : mDescriptor(descriptor), mName(std::move(name)), mKeeping(keeping) {
+    : mDescriptor(descriptor),
+      mIsStandardStream(descriptor <= STDERR_FILENO),
+      mName(std::move(name)),
+      mKeeping(keeping) {
     mBuffer.reserve(kBufferSize);
 }
 
 LineSink::~LineSink() {
-    if (mDescriptor > STDERR_FILENO) {
+    if (!mIsStandardStream) {
         close();
     } else {
         flush();
@@ -82,7 +85,8 @@ bool LineSink::flush() noexcept {
 bool LineSink::close() noexcept {
     const std::lock_guard lock(mMutex);
     flushBuffer();
-    if (mDescriptor >= 0 && ::close(std::exchange(mDescriptor, -1)) != 0 && mError == 0) {
+    if (mDescriptor >= 0 && mDescriptor != STDERR_FILENO &&
+        ::close(std::exchange(mDescriptor, -1)) != 0 && mError == 0) {
         mError = errno;
     }
     return mError == 0;
@@ -91,6 +95,11 @@ bool LineSink::close() noexcept {
 int LineSink::error() const noexcept {
     const std::lock_guard lock(mMutex);
     return mError;
+}
+
+bool LineSink::isAbandoned() const noexcept {
+    const std::lock_guard lock(mMutex);
+    return mError == EPIPE && mIsStandardStream;
 }
 
 void LineSink::append(std::string_view text) noexcept {

@@ -32,13 +32,15 @@ class LineSink {
     // Hands on what is kept back. False when something could not be written at any time so far.
     bool flush() noexcept;
     // Flushes, and closes what it writes to; a file system may report a failed write only then.
-    // Nothing is written any more. False as for flush().
+    // Nothing is written any more. Standard error is left open for messages. False as for flush().
     bool close() noexcept;
 
     // The file as its user named it, "standard output" or "standard error".
     const std::string& name() const { return mName; }
     // The errno of the first failure, 0 when there was none.
     int error() const noexcept;
+    // Whether the reader of a standard stream has gone; nobody is to be told of that.
+    bool isAbandoned() const noexcept;
 
   private:
     enum class Keeping : uint8_t { Lines, Nothing };
@@ -51,6 +53,7 @@ class LineSink {
 
     mutable std::mutex mMutex;
     int mDescriptor;  // -1 once it is closed
+    const bool mIsStandardStream;
     std::string mName;
     Keeping mKeeping;
     std::string mBuffer;  // its memory is taken before it is needed

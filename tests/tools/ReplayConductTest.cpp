@@ -66,6 +66,15 @@ TEST_F(Replay, AMalformedLineEndsItAndThePlayedPartIsReported) {
     EXPECT_EQ(outcome.status, 2);
 }
 
+TEST_F(Replay, ASessionWithoutACallIsAnErrorUnlessItIsEmpty) {
+    const ToolOutcome empty = runTool(with({"-q"}), "");
+    EXPECT_EQ(empty.status, 0);
+    EXPECT_EQ(empty.err, "velk-replay: standard input: empty, there is no call to play\n");
+    const ToolOutcome blank = runTool(with({"-q"}), " \n\n");
+    EXPECT_EQ(blank.status, 2);
+    EXPECT_EQ(blank.err, "velk-replay: standard input: no call in it, expected one a line\n");
+}
+
 TEST_F(Replay, CtrlCReportsWhatWasPlayedSoFar) {
     ToolRun run(with({}));
     run.write(std::string(kInit) + kStart);

@@ -88,7 +88,7 @@ Still active at the end
 TEST_F(Replay, PrintsEveryCommandAndTheSummary) {
     const ToolOutcome outcome = runTool(with({}), kSession);
     EXPECT_EQ(normalise(outcome.out), std::string(kTable) + "\n" + kSummary);
-    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.err, "velk-replay: 1 call returned -1 unexpectedly, the first in line 8\n");
     EXPECT_EQ(outcome.status, 1);
 }
 

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "common/StandardStreams.h"
 
 namespace desk {
@@ -68,16 +66,14 @@ std::vector<std::string> Outputs::finish() {
     if (mTrace != nullptr) {
         mTrace->finish();
     }
-    std::vector<std::string> failures;
-    if (!mStandardOutput->close() && mStandardOutput->error() != EPIPE) {
-        failures.push_back(describeFailure(*mStandardOutput));
-    }
     std::vector<std::shared_ptr<LineSink>> files = mLogs.sinks();
+    files.push_back(mStandardOutput);
     if (mTraceFile != nullptr) {
         files.push_back(mTraceFile);
     }
+    std::vector<std::string> failures;
     for (const auto& file : files) {
-        if (!file->close()) {
+        if (!file->close() && !file->isAbandoned()) {
             failures.push_back(describeFailure(*file));
         }
     }

@@ -35,7 +35,7 @@ class Outputs {
 
     void printSummary(const Summary& summary);
     // Ends and closes every output. Returns "FILE: REASON" for each that could not be written in
-    // full. Standard output whose reader has gone counts as written.
+    // full. A standard stream whose reader has gone counts as written.
     std::vector<std::string> finish();
 
   private:

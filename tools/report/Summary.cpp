@@ -1,6 +1,10 @@
 #include "report/Summary.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+
+#include "report/CountText.h"
 
 namespace desk {
 
@@ -32,16 +36,29 @@ std::vector<ActiveSpan> activeSpansOf(const Statistics& statistics, const Driver
 
 }  // namespace
 
-bool Summary::isAsExpected() const {
-    const bool hasFailed =
-            std::any_of(operations.begin(), operations.end(),
-                        [](const CallStatistics& operation) { return operation.failed > 0; });
-    const bool hasFault =
-            driver.opens.refused > 0 || driver.closes.refused > 0 ||
-            driver.otherRequests.refused > 0 ||
-            std::any_of(driver.commands.begin(), driver.commands.end(),
-                        [](const CallCounters& counters) { return counters.refused > 0; });
-    return !hasFailed && !hasFault;
+std::string Summary::unexpected() const {
+    uint64_t failed = 0;
+    uint64_t firstLine = 0;
+    for (const CallStatistics& operation : operations) {
+        if (operation.failed > 0) {
+            firstLine = failed == 0 ? operation.firstFailedLine
+                                    : std::min(firstLine, operation.firstFailedLine);
+            failed += operation.failed;
+        }
+    }
+    uint64_t refused = driver.opens.refused + driver.closes.refused + driver.otherRequests.refused;
+    for (const CallCounters& counters : driver.commands) {
+        refused += counters.refused;
+    }
+    std::vector<std::string> parts;
+    if (failed > 0) {
+        parts.push_back(fmt::format("{} returned -1 unexpectedly, the first in line {}",
+                                    countOf(failed, "call"), firstLine));
+    }
+    if (refused > 0) {
+        parts.push_back(fmt::format("the driver found fault with {}", countOf(refused, "command")));
+    }
+    return fmt::format("{}", fmt::join(parts, "; "));
 }
 
 Summary summarize(const std::string& session, const Statistics& statistics,

@@ -42,9 +42,9 @@ struct Summary {
     std::vector<ActiveRun> activeRuns;
     std::vector<ActiveSpan> activeSpans;
 
-    // True when every call succeeded or failed as the driver was told to, and the driver found no
-    // fault of its own.
-    bool isAsExpected() const;
+    // What went wrong other than as the driver was told to: calls that failed, commands that it
+    // found fault with. Empty when nothing did.
+    std::string unexpected() const;
 };
 
 Summary summarize(const std::string& session, const Statistics& statistics,

@@ -47,6 +47,7 @@ InputFile::InputFile(const std::string& path)
     }
     if (S_ISREG(status.st_mode)) {
         mSize = static_cast<uint64_t>(status.st_size);
+        mHasContent = mOwned.get() >= 0 && status.st_size > 0;
     }
 }
 
@@ -64,6 +65,7 @@ size_t InputFile::read(char* buffer, size_t size) {
         }
         const ssize_t count = ::read(mInput, buffer, size);
         if (count >= 0) {
+            mHasContent = mHasContent || count > 0;
             return static_cast<size_t>(count);
         }
         if (errno != EINTR) {

@@ -23,6 +23,9 @@ class InputFile {
     // Of a regular file.
     std::optional<uint64_t> size() const { return mSize; }
 
+    // Whether there was a byte to read, when it was opened or since. Not while read() runs.
+    bool hasContent() const { return mHasContent; }
+
     // Waits for at least one byte. 0 at the end of the file and after a stop. Throws
     // std::system_error.
     size_t read(char* buffer, size_t size);
@@ -35,6 +38,7 @@ class InputFile {
     int mInput;
     Event mStop;
     std::optional<uint64_t> mSize;
+    bool mHasContent = false;
 };
 
 }  // namespace desk

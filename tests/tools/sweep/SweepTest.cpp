@@ -1,0 +1,308 @@
+/*
+ * Every tool under faults of its input and output: each call of the C library fails in turn, each
+ * output is what it should not be, each signal comes at each stage. Whatever happens, no input
+ * changes, the tool neither crashes nor hangs, and it says by its exit status whether its outputs
+ * are complete. A new tool joins with a row.
+ */
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "sweep/SweptTool.h"
+
+namespace desk {
+
+void PrintTo(const ToolRow& row, std::ostream* stream) {
+    *stream << row.name;
+}
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr const char* kSession = "session.jsonl";
+
+constexpr const char* kFailingLine =
+        R"({"at_us": 6000000, "thread": "service", "call": "notifyTaskEnd", "key": "0x1", "task": 2})"
+        "\n";
+
+std::string firstLines(const std::string& text, int lines) {
+    size_t end = 0;
+    while (lines-- > 0) {
+        end = text.find('\n', end) + 1;
+    }
+    return text.substr(0, end);
+}
+
+std::map<std::string, std::string> inputsOfReplay(int lines, const std::string& more = "") {
+    std::map<std::string, std::string> inputs = {
+            {kSession, firstLines(contentOf(VELK_SAMPLES "/capture-5s.jsonl"), lines) + more}};
+    for (const std::string file : {"platform.json", "customer.json", "settings.json"}) {
+        inputs["tuning/" + file] = contentOf(VELK_SAMPLES "/tuning/" + file);
+    }
+    return inputs;
+}
+
+const ToolRow kTools[] = {
+        {"replay",
+         VELK_REPLAY_PROGRAM,
+         {kSession, "--tuning", "tuning", "--trace", "trace", "--log", "log", "--ulog", "ulog"},
+         inputsOfReplay(500),
+         "",
+         {{"--trace", "trace"}, {"--log", "log"}, {"--ulog", "ulog"}},
+         0},
+        {"replayOfStandardInput",
+         VELK_REPLAY_PROGRAM,
+         {"-", "--tuning", "tuning", "--format", "jsonl", "--log", "-", "--driver", "29=EIO*3"},
+         inputsOfReplay(7),
+         kSession,
+         {},
+         0},
+        {"replayThatFails",
+         VELK_REPLAY_PROGRAM,
+         {kSession, "--tuning", "tuning"},
+         inputsOfReplay(7, kFailingLine),
+         "",
+         {},
+         1},
+};
+
+struct Kind {
+    const char* name;
+    int error;
+    bool isTransient = false;  // to be tried again: nobody may notice
+};
+
+constexpr Kind kKinds[] = {{"open", EROFS},         {"read", EIO},
+                           {"write", ENOSPC},       {"close", EIO},
+                           {"mmap", ENOMEM},        {"fcntl", EMFILE},
+                           {"poll", ENOMEM},        {"pipe2", EMFILE},
+                           {"signalfd", EMFILE},    {"pthread_create", EAGAIN},
+                           {"read", EINTR, true},   {"write", EINTR, true},
+                           {"write", EAGAIN, true}, {"poll", EINTR, true}};
+
+class Sweep : public testing::TestWithParam<ToolRow> {
+  protected:
+    // What holds of every run.
+    void expectNoHarm(const SweepOutcome& outcome) const {
+        EXPECT_FALSE(outcome.isHung);
+        EXPECT_EQ(mTool.changedInputs(), Words());
+    }
+
+    // The outputs that are not as those of a run without faults.
+    Words differences(const SweepOutcome& outcome) const {
+        Words names;
+        for (const auto& [name, content] : mWhole.outputs) {
+            if (outcome.outputs.at(name) != content) {
+                names.push_back(name);
+            }
+        }
+        return names;
+    }
+
+    // Either the run ends as without faults, its outputs complete, or with a message.
+    void expectHonesty(const SweepOutcome& outcome) const {
+        EXPECT_EQ(outcome.signal, 0) << strsignal(outcome.signal);
+        if (outcome.status != mWhole.status || !differences(outcome).empty()) {
+            EXPECT_TRUE(outcome.status == 1 || outcome.status == 2) << outcome.status;
+            EXPECT_NE(outcome.err.find("velk-replay: "), std::string::npos) << outcome.err;
+        }
+    }
+
+    // What went to the test itself is no part of a comparison.
+    Words differencesBut(const SweepOutcome& outcome, const std::string& output) const {
+        Words names = differences(outcome);
+        std::erase(names, output);
+        return names;
+    }
+
+    // The tool's arguments with another path for an output.
+    static Words withOutput(const std::string& option, const std::string& path) {
+        Words arguments = GetParam().arguments;
+        for (size_t i = 0; i + 1 < arguments.size(); ++i) {
+            if (arguments[i] == option) {
+                arguments[i + 1] = path;
+            }
+        }
+        return arguments;
+    }
+
+    Sweep() { EXPECT_EQ(mWhole.status, GetParam().status) << mWhole.err; }
+
+    SweptTool mTool{GetParam()};
+    const SweepOutcome mWhole = mTool.run();  // without faults
+};
+
+TEST_P(Sweep, EachCallFailsInTurn) {
+    for (const Kind& kind : kKinds) {
+        bool hasHappened = true;
+        for (int number = 1; hasHappened; ++number) {
+            SCOPED_TRACE(testing::Message() << kind.name << " " << number
+                                            << " fails: " << strerrorname_np(kind.error));
+            const SweepOutcome outcome = mTool.run(Fault{kind.name, number, kind.error});
+            hasHappened = outcome.hasFaultHappened;
+            expectNoHarm(outcome);
+            expectHonesty(outcome);
+            const bool isOfOneFile = kind.error == ENOSPC || strcmp(kind.name, "close") == 0;
+            EXPECT_LE(differences(outcome).size(), isOfOneFile ? 1U : 99U);
+            if (kind.isTransient || !hasHappened) {
+                EXPECT_EQ(outcome.status, mWhole.status);
+            }
+        }
+    }
+}
+
+TEST_P(Sweep, EachSignalComesAtEachStage) {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        bool hasHappened = true;
+        for (int number = 1; hasHappened; ++number) {
+            SCOPED_TRACE(testing::Message() << strsignal(signal) << " ahead of call " << number);
+            const SweepOutcome outcome = mTool.run(Fault{"any", number, -signal});
+            hasHappened = outcome.hasFaultHappened;
+            expectNoHarm(outcome);
+            if (outcome.signal == 0 && outcome.status == mWhole.status) {
+                EXPECT_EQ(differences(outcome), Words());
+            } else if (outcome.signal == 0) {
+                EXPECT_EQ(outcome.status, 128 + signal);
+                EXPECT_TRUE(outcome.outputs.at("out").find("nterrupted") != std::string::npos ||
+                            differences(outcome).empty());
+                if (const auto trace = outcome.outputs.find("trace");
+                    trace != outcome.outputs.end()) {
+                    EXPECT_TRUE(nlohmann::json::accept(trace->second));
+                }
+            } else {
+                // Before it has begun, or when there is nothing left to do.
+                EXPECT_EQ(outcome.signal, signal);
+                EXPECT_TRUE(outcome.outputs.at("out").empty() || differences(outcome).empty());
+            }
+        }
+    }
+}
+
+TEST_P(Sweep, AnOutputThatIsAnInputIsRefused) {
+    std::filesystem::create_symlink(kSession, mTool.path("link"));
+    std::filesystem::create_hard_link(mTool.path(kSession), mTool.path("other name"));
+    Words ofInputs = {"link", "other name", "./tuning/../session.jsonl"};
+    for (const auto& [name, content] : GetParam().inputs) {
+        ofInputs.push_back(name);
+    }
+    for (const auto& [option, output] : GetParam().outputs) {
+        std::filesystem::create_symlink(output, mTool.path("to " + output));  // leads nowhere yet
+    }
+    for (const auto& [option, output] : GetParam().outputs) {
+        Words shared = ofInputs;
+        for (const auto& [other, otherOutput] : GetParam().outputs) {
+            if (other != option) {
+                shared.push_back(otherOutput);
+                shared.push_back("to " + otherOutput);
+            }
+        }
+        for (const std::string& path : shared) {
+            SCOPED_TRACE(option + " " + path);
+            const SweepOutcome outcome = mTool.run(withOutput(option, path));
+            expectNoHarm(outcome);
+            EXPECT_EQ(outcome.status, 2);
+            EXPECT_NE(outcome.err.find("velk-replay: --"), std::string::npos) << outcome.err;
+            EXPECT_NE(outcome.err.find("is the same file as"), std::string::npos) << outcome.err;
+            for (const auto& [name, content] : outcome.outputs) {
+                EXPECT_EQ(content, "") << name;
+            }
+        }
+    }
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        const SweepOutcome outcome =
+                mTool.run(GetParam().arguments, {{stream, {kSession, O_WRONLY | O_APPEND}}});
+        EXPECT_EQ(outcome.status, 2);
+        // Standard error is where it has to be said.
+        EXPECT_EQ(mTool.changedInputs(), stream == STDERR_FILENO ? Words{kSession} : Words());
+        mTool.restoreInputs();
+    }
+}
+
+struct BadStream {
+    const char* name;
+    Stream stream;
+    int error;
+};
+
+TEST_P(Sweep, AStandardStreamIsFullClosedOrReadOnly) {
+    for (const auto& [name, stream, error] :
+         {BadStream{"full", {"/dev/full", O_WRONLY}, ENOSPC},
+          BadStream{"closed", {"", 0, -1, true}, EBADF},
+          BadStream{"read-only", {"/dev/zero", O_RDONLY}, EBADF}}) {
+        SCOPED_TRACE(name);
+        const SweepOutcome withoutOutput =
+                mTool.run(GetParam().arguments, {{STDOUT_FILENO, stream}});
+        expectNoHarm(withoutOutput);
+        EXPECT_EQ(withoutOutput.status, 2);
+        EXPECT_NE(withoutOutput.err.find("standard output: " + std::string(strerror(error))),
+                  std::string::npos)
+                << withoutOutput.err;
+        EXPECT_EQ(differencesBut(withoutOutput, "out"), Words());
+
+        const SweepOutcome withoutError =
+                mTool.run(GetParam().arguments, {{STDERR_FILENO, stream}});
+        expectNoHarm(withoutError);
+        const bool isAskedFor = std::ranges::count(GetParam().arguments, "--log") > 0 &&
+                                !GetParam().outputs.contains("--log");
+        EXPECT_EQ(withoutError.status, isAskedFor ? 2 : mWhole.status);
+        EXPECT_EQ(differences(withoutError), Words());
+
+        const SweepOutcome withoutBoth =
+                mTool.run(GetParam().arguments, {{STDOUT_FILENO, stream}, {STDERR_FILENO, stream}});
+        expectNoHarm(withoutBoth);
+        EXPECT_EQ(withoutBoth.status, 2);
+        EXPECT_EQ(differencesBut(withoutBoth, "out"), Words());
+    }
+}
+
+TEST_P(Sweep, AFileIsFull) {
+    for (const auto& [option, output] : GetParam().outputs) {
+        SCOPED_TRACE(option);
+        const SweepOutcome outcome = mTool.run(withOutput(option, "/dev/full"));
+        expectNoHarm(outcome);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.err, "velk-replay: /dev/full: No space left on device\n");
+        EXPECT_EQ(differencesBut(outcome, output), Words());
+    }
+}
+
+TEST_P(Sweep, AReaderThatLeavesEndsThePrintingAlone) {
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    close(ends[0]);
+    Stream abandoned;
+    abandoned.descriptor = ends[1];
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        const SweepOutcome outcome = mTool.run(GetParam().arguments, {{stream, abandoned}});
+        expectNoHarm(outcome);
+        EXPECT_EQ(outcome.status, mWhole.status) << outcome.err;
+        EXPECT_EQ(differencesBut(outcome, stream == STDOUT_FILENO ? "out" : ""), Words());
+    }
+    for (const auto& [option, output] : GetParam().outputs) {
+        const SweepOutcome outcome =
+                mTool.run(withOutput(option, "/dev/fd/" + std::to_string(STDOUT_FILENO)),
+                          {{STDOUT_FILENO, abandoned}});
+        expectNoHarm(outcome);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.err.find(std::to_string(STDOUT_FILENO) + ": Broken pipe\n"),
+                  std::string::npos)
+                << outcome.err;
+    }
+    close(ends[1]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Tools, Sweep, testing::ValuesIn(kTools),
+                         [](const auto& row) { return row.param.name; });
+
+}  // namespace
+}  // namespace desk

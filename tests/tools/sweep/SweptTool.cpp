@@ -1,0 +1,165 @@
+#include "sweep/SweptTool.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+namespace desk {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMark = "fault-mark";
+constexpr int kPatienceMs = 60000;
+
+std::vector<char*> pointers(std::vector<std::string>& words) {
+    std::vector<char*> result;
+    for (std::string& word : words) {
+        result.push_back(word.data());
+    }
+    result.push_back(nullptr);
+    return result;
+}
+
+std::vector<std::string> environmentWith(const std::optional<Fault>& fault) {
+    std::vector<std::string> variables;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        variables.emplace_back(*variable);
+    }
+    if (fault) {
+        variables.push_back("LD_PRELOAD=" VELK_FAULT_LIBRARY);
+        variables.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
+        variables.push_back("VELK_FAULT=" + fault->kind + " " + std::to_string(fault->number) +
+                            " " + std::to_string(fault->error));
+        variables.push_back(std::string("VELK_FAULT_MARK=") + kMark);
+    }
+    return variables;
+}
+
+// The end of the process, or its end by force when it does not come.
+void await(pid_t process, SweepOutcome& outcome) {
+    const auto watched = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+    pollfd waiting = {watched, POLLIN, 0};
+    if (poll(&waiting, 1, kPatienceMs) != 1) {
+        outcome.isHung = true;
+        kill(process, SIGKILL);
+    }
+    close(watched);
+    int status = 0;
+    EXPECT_EQ(waitpid(process, &status, 0), process);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    outcome.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+}  // namespace
+
+SweptTool::SweptTool(const ToolRow& row) : mRow(row) {
+    std::string folder = testing::TempDir() + "sweep-XXXXXX";
+    EXPECT_NE(mkdtemp(folder.data()), nullptr);
+    mFolder = folder;
+    restoreInputs();
+}
+
+void SweptTool::restoreInputs() const {
+    for (const auto& [name, content] : mRow.inputs) {
+        fs::create_directories((mFolder / name).parent_path());
+        std::ofstream(mFolder / name) << content;
+    }
+}
+
+SweptTool::~SweptTool() {
+    fs::remove_all(mFolder);
+}
+
+SweepOutcome SweptTool::run(const std::optional<Fault>& fault) {
+    return start(mRow.arguments, fault, {});
+}
+
+SweepOutcome SweptTool::run(const std::vector<std::string>& arguments,
+                            const std::map<int, Stream>& streams) {
+    return start(arguments, std::nullopt, streams);
+}
+
+SweepOutcome SweptTool::start(const std::vector<std::string>& arguments,
+                              const std::optional<Fault>& fault,
+                              const std::map<int, Stream>& streams) {
+    fs::remove(mFolder / kMark);
+    for (const auto& [option, output] : mRow.outputs) {
+        fs::remove(mFolder / output);
+    }
+    const std::string input = mRow.standardInput.empty() ? "/dev/null" : mRow.standardInput;
+    std::map<int, Stream> all = streams;  // those that are given come before the usual ones
+    all.insert({{STDIN_FILENO, {input, O_RDONLY}},
+                {STDOUT_FILENO, {"out", O_WRONLY | O_CREAT | O_TRUNC}},
+                {STDERR_FILENO, {"err", O_WRONLY | O_CREAT | O_TRUNC}}});
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addchdir_np(&actions, mFolder.c_str());
+    for (const auto& [number, each] : all) {
+        if (each.isClosed) {
+            posix_spawn_file_actions_addclose(&actions, number);
+        } else if (each.descriptor >= 0) {
+            posix_spawn_file_actions_adddup2(&actions, each.descriptor, number);
+        } else {
+            posix_spawn_file_actions_addopen(&actions, number, each.path.c_str(), each.flags, 0600);
+        }
+    }
+    std::vector<std::string> words = {mRow.program};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables = environmentWith(fault);
+    pid_t process = -1;
+    EXPECT_EQ(posix_spawn(&process, mRow.program.c_str(), &actions, nullptr, pointers(words).data(),
+                          pointers(variables).data()),
+              0);
+    posix_spawn_file_actions_destroy(&actions);
+
+    SweepOutcome outcome;
+    await(process, outcome);
+    outcome.hasFaultHappened = fs::exists(mFolder / kMark);
+    outcome.outputs["out"] = withoutNumbers(contentOf(mFolder / "out"));
+    for (const auto& [option, output] : mRow.outputs) {
+        outcome.outputs[output] = withoutNumbers(contentOf(mFolder / output));
+    }
+    outcome.err = contentOf(mFolder / "err");
+    return outcome;
+}
+
+std::vector<std::string> SweptTool::changedInputs() const {
+    std::vector<std::string> changed;
+    for (const auto& [name, content] : mRow.inputs) {
+        if (contentOf(mFolder / name) != content) {
+            changed.push_back(name);
+        }
+    }
+    return changed;
+}
+
+std::string contentOf(const fs::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+std::string withoutNumbers(const std::string& text) {
+    std::string result;
+    bool isInNumber = false;
+    for (const char character : text) {
+        const bool isDigit = character >= '0' && character <= '9';
+        if (!isDigit || !isInNumber) {
+            result += isDigit ? '0' : character;
+        }
+        isInNumber = isDigit;
+    }
+    return result;
+}
+
+}  // namespace desk

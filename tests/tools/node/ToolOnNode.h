@@ -1,0 +1,39 @@
+/*
+ * Runs a tool with another driver in the place of the kernel's.
+ */
+#pragma once
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+namespace desk {
+
+struct NodeOutcome {
+    int status = -1;
+    std::string output;  // standard error as well
+};
+
+// `libraries` are preloaded, in this order. `environment` are NAME=VALUE words.
+inline NodeOutcome runOnNode(const std::string& libraries, const std::string& environment,
+                             const std::string& command) {
+    // The address sanitizer wants to be loaded first, and works all the same.
+    const std::string line = "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 env " +
+                             environment + " LD_PRELOAD='" + libraries + "' " + command + " 2>&1";
+    NodeOutcome outcome;
+    FILE* const pipe = popen(line.c_str(), "r");
+    if (pipe == nullptr) {
+        return outcome;
+    }
+    std::array<char, 4096> part = {};
+    for (size_t size = 0; (size = fread(part.data(), 1, part.size(), pipe)) > 0;) {
+        outcome.output.append(part.data(), size);
+    }
+    const int status = pclose(pipe);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return outcome;
+}
+
+}  // namespace desk

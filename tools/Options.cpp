@@ -6,6 +6,9 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 
+#include "common/ExitStatus.h"
+#include "common/StandardStreams.h"
+
 namespace desk {
 
 namespace {
@@ -21,12 +24,15 @@ Examples:
   A device without the control node, with everything that the library says about it:
     velk-replay capture-5s.jsonl --tuning tuning --driver absent --log - \
         --property vendor.debug.velk.debuglog=1
+  The driver of this machine's kernel, and every answer that is not the model's:
+    velk-replay capture-5s.jsonl --tuning tuning --quiet --node real
 )";
 
 constexpr const char* kExitStatus = R"(
 Exit status:
   0    every call succeeded, or failed as the driver was told to
-  1    calls failed unexpectedly, or the driver found fault with a command
+  1    calls failed unexpectedly, the driver found fault with a command, or the kernel's driver
+       answered otherwise than the model
   2    bad usage, a malformed session or tuning file, or a file that cannot be read or written
   129  ended by SIGHUP, 130 by Ctrl-C, 143 by SIGTERM; what was played so far is reported)";
 
@@ -40,6 +46,13 @@ std::optional<double> parseSpeed(const std::string& text) {
                                    fmt::format("\"{}\" is neither a number above 0 nor max", text));
     }
     return speed;
+}
+
+bool parseNode(const std::string& text) {
+    if (text != "model" && text != "real") {
+        throw CLI::ValidationError("--node", fmt::format("\"{}\" is neither model nor real", text));
+    }
+    return text == "real";
 }
 
 }  // namespace
@@ -59,11 +72,22 @@ std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
                "--speed", [&options](const std::string& text) { options.speed = parseSpeed(text); },
                "1 keeps the recorded time, 2 takes half of it; max, the default, does not wait")
             ->type_name("N|max");
+    app.add_option_function<std::string>(
+               "--node",
+               [&options](const std::string& text) { options.isOnKernelNode = parseNode(text); },
+               "Who answers: the model, by default, or the kernel's node, with the model watching")
+            ->type_name("model|real");
     addCommonOptions(app, options.common);
     app.get_option("--tuning")->required();
 
     if (const std::optional<int> status = parseCommandLine(app, argc, argv)) {
         return *status;
+    }
+    if (options.isOnKernelNode && app.count("--driver") > 0) {
+        sayError("velk-replay",
+                 "--driver: a real node cannot be told to fail, expected no --node "
+                 "real beside it");
+        return kExitBadInput;
     }
     return options;
 }

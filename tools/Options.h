@@ -14,6 +14,7 @@ namespace desk {
 struct Options {
     std::string session;          // "-" is standard input
     std::optional<double> speed;  // none: as fast as it goes
+    bool isOnKernelNode = false;  // else the model answers alone
     CommonOptions common;
 };
 

@@ -4,7 +4,6 @@
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,6 +15,7 @@
 
 #include "clock/DeskClock.h"
 #include "driver/DriverModel.h"
+#include "node/KernelNode.h"
 #include "node/RealCalls.h"
 #include "node/SafeCopy.h"
 
@@ -85,8 +85,7 @@ bool isOpen(int descriptor) {
 // Somebody may have closed and taken the number by system calls that nobody has seen.
 bool isStandIn(int descriptor) {
     struct stat status = {};
-    return fstat(descriptor, &status) == 0 && S_ISCHR(status.st_mode) &&
-           status.st_rdev == makedev(1, 3);
+    return fstat(descriptor, &status) == 0 && isBehindNode(status);
 }
 
 // As a system call: errno on failure, untouched otherwise.
@@ -127,7 +126,7 @@ int moveUp(int low, int first, int flags) {
 
 // A real descriptor that stands for the node, or -1 with errno.
 int makeDescriptor(int flags) {
-    const int low = real::openat(AT_FDCWD, "/dev/null", flags, 0);
+    const int low = real::openat(AT_FDCWD, pathBehindNode(), flags, 0);
     if (low < 0) {
         return -1;
     }
@@ -228,7 +227,7 @@ int commandNode(int descriptor, unsigned long request, const void* record) {
     const SafeCopy copy(record, _IOC_SIZE(number));
     const int reply = ask(
             [&] { return controlNode().command(descriptor, number, copy.get(), currentTid()); });
-    return answer(reply, callersErrno);
+    return answer(answerOfKernel(descriptor, number, record, copy.get(), reply), callersErrno);
 }
 
 int closeNode(int descriptor) {

@@ -1,6 +1,7 @@
 /*
  * The descriptors that stand for the control node, and what its users do with them. Each is a real
- * descriptor of /dev/null, so its number is taken, can be duplicated and is inherited by a fork.
+ * descriptor of /dev/null, or of the kernel's node, so its number is taken, can be duplicated and
+ * is inherited by a fork.
  *
  * Everything keeps errno unless it fails. Any thread may call, also while other threads close what
  * it uses. In the child of a vfork, which runs in its parent's memory, the calls that close or

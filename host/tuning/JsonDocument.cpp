@@ -35,41 +35,42 @@ std::string describePlace(std::string_view text, size_t byte) {
 }  // namespace
 
 // Takes the events of the parser.
-class JsonDocument::Builder {
+class JsonDocument::Builder final : public nlohmann::json_sax<json> {
   public:
     Builder(JsonDocument& document, std::string_view text) : mDocument(document), mInput(text) {}
 
     JsonFault takeFault() { return std::move(mFault); }
 
-    bool null() { return add(JsonType::Null); }
-    bool boolean(bool value) { return add(JsonType::Boolean, value ? 1 : 0); }
-    bool number_integer(int64_t value) {
+    bool null() override { return add(JsonType::Null); }
+    bool boolean(bool value) override { return add(JsonType::Boolean, value ? 1 : 0); }
+    bool number_integer(int64_t value) override {
         return add(JsonType::Integer, static_cast<uint64_t>(value));
     }
-    bool number_unsigned(uint64_t value) {
+    bool number_unsigned(uint64_t value) override {
         constexpr auto kMax = uint64_t{std::numeric_limits<int64_t>::max()};
         return add(value <= kMax ? JsonType::Integer : JsonType::Unsigned, value);
     }
-    bool number_float(double value, const std::string& /*text*/) {
+    bool number_float(double value, const std::string& /*text*/) override {
         return add(JsonType::Float, std::bit_cast<uint64_t>(value));
     }
-    bool string(const std::string& text) {
+    bool string(std::string& text) override {
         add(JsonType::Text);
         mDocument.mValues.back().text = keep(text);
         return true;
     }
-    bool binary(const json::binary_t& /*value*/) { return add(JsonType::Null); }  // not in JSON
+    bool binary(json::binary_t& /*value*/) override { return false; }  // not in JSON
 
-    bool start_object(size_t /*members*/) { return open(JsonType::Object); }
-    bool start_array(size_t /*elements*/) { return open(JsonType::Array); }
-    bool end_array() { return close(); }
-    bool end_object() { return close(); }
-    bool key(const std::string& name) {
+    bool start_object(size_t /*members*/) override { return open(JsonType::Object); }
+    bool start_array(size_t /*elements*/) override { return open(JsonType::Array); }
+    bool end_array() override { return close(); }
+    bool end_object() override { return close(); }
+    bool key(std::string& name) override {
         mKey = keep(name);
         return true;
     }
 
-    bool parse_error(size_t byte, const std::string& /*token*/, const json::exception& error) {
+    bool parse_error(size_t byte, const std::string& /*token*/,
+                     const json::exception& error) override {
         // A number beyond the range of a double is well-formed, and there is no place for it.
         constexpr int kNumberOverflow = 406;
         if (error.id == kNumberOverflow) {

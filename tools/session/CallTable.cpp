@@ -1,11 +1,8 @@
 #include "session/CallTable.h"
 
 #include <cutils/properties.h>
-#include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <vector>
 
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
@@ -142,11 +139,11 @@ const CallInfo* findCall(std::string_view name) {
 }
 
 std::string listCalls() {
-    std::vector<std::string_view> names;
+    std::string names;
     for (const CallInfo& info : kCalls) {
-        names.push_back(info.name);
+        names.append(names.empty() ? "" : ", ").append(info.name);
     }
-    return fmt::format("{}", fmt::join(names, ", "));
+    return names;
 }
 
 }  // namespace desk

@@ -46,9 +46,9 @@ void append(std::string& text, const void* key) {
 }
 
 void appendText(std::string& text, std::string_view value, size_t maxLength) {
-    const std::string printable = printableText(value);
+    const std::string changed = isPrintable(value) ? std::string() : printableText(value);
     text += '"';
-    for (const char c : cutToBytes(printable, maxLength)) {
+    for (const char c : cutToBytes(changed.empty() ? value : changed, maxLength)) {
         if (c == '"' || c == '\\') {
             text += '\\';
         }
@@ -123,8 +123,7 @@ void appendSessionLine(std::string& text, int64_t atUs, std::string_view thread,
     append(text, atUs);
     appendKey(text, "thread");
     appendText(text, thread.empty() ? "?" : thread, kMaxNameLength);
-    appendKey(text, "call");
-    appendText(text, call, kMaxNameLength);
+    text.append(", \"call\": \"").append(call).append("\"");
     for (const ArgumentInfo& info : kArguments) {
         std::visit([&](auto field) { appendArgument(text, info, arguments.*field); }, info.field);
     }

@@ -159,11 +159,13 @@ const SessionCall* Player::nextCall() {
         mBlock = std::move(*block);
         mNextCall = 0;
         mResult.error = std::move(mBlock.error);
+        mResult.cutOff = std::move(mBlock.cutOff);
         addThreads(std::move(mBlock.newThreads));
     }
     if (mIsStopping.load(std::memory_order_relaxed)) {
         mResult.isStopped = true;
-        mResult.error.reset();  // it lies behind calls that are not played
+        mResult.error.reset();  // they lie behind calls that are not played
+        mResult.cutOff.reset();
         return nullptr;
     }
     return mNextCall < mBlock.calls.size() ? &mBlock.calls[mNextCall] : nullptr;

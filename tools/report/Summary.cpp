@@ -71,6 +71,7 @@ Summary summarize(const std::string& session, const Statistics& statistics,
     summary.playedSeconds = playedSeconds;
     summary.isStopped = result.isStopped;
     summary.error = result.error;
+    summary.cutOff = result.cutOff;
     summary.driver = driver;
     summary.operations = statistics.byOperation();
     for (const auto& [number, task] : statistics.byTask()) {

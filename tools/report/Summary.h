@@ -35,6 +35,7 @@ struct Summary {
     double playedSeconds = 0;
     bool isStopped = false;
     std::optional<std::string> error;
+    std::optional<std::string> cutOff;  // where the recording breaks off
 
     DriverSnapshot driver;
     std::vector<CallStatistics> operations;

@@ -128,6 +128,9 @@ std::string formatSummaryJson(const Summary& summary) {
     if (summary.error) {
         body["error"] = *summary.error;
     }
+    if (summary.cutOff) {
+        body["cutOff"] = *summary.cutOff;
+    }
     body["commands"] = commandsToJson(driver);
     body["tasks"] = tasksToJson(summary.tasks);
     body["registrations"] = {{"refused", driver.refusedRegistrations},

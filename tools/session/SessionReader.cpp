@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 #include <system_error>
 #include <utility>
@@ -12,6 +13,19 @@ namespace {
 
 bool isBlank(std::string_view line) {
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+// Zeros fill what a recorder had reserved and not used yet. One of them tells as much as all, so of
+// a text that ends in zeros only the first is kept.
+size_t sizeWithOneZero(std::string_view text) {
+    const size_t end = text.find_last_not_of('\0');
+    const size_t used = end == std::string_view::npos ? 0 : end + 1;
+    return std::min(used + 1, text.size());
+}
+
+// What a recording ends in that was cut off: zeros, or a line without its end.
+bool isCutOff(std::string_view rest) {
+    return rest.ends_with('\0') || (rest.starts_with('{') && !rest.ends_with('}'));
 }
 
 // The path without the slash ahead of it.
@@ -40,9 +54,10 @@ SessionBlock SessionReader::next() {
             }
             if (!hasMore && !block.isLast) {
                 block.isLast = true;
-                takeLine(text.substr(start), block);
+                takeRest(text.substr(start), block);
                 start = mUsed;
             }
+            mUsed = start + sizeWithOneZero(text.substr(start));
             std::memmove(mBuffer.data(), mBuffer.data() + start, mUsed - start);
             mUsed -= start;
             if (mUsed > kMaxLineLength && !block.isLast) {
@@ -96,6 +111,14 @@ void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
         return;
     }
     block.calls.push_back(std::move(call));
+}
+
+void SessionReader::takeRest(std::string_view rest, SessionBlock& block) {
+    if (isCutOff(rest)) {
+        block.cutOff = fmt::format("{}:{}", mInput->name(), mLine + 1);
+    } else {
+        takeLine(rest, block);
+    }
 }
 
 void SessionReader::end(std::string_view field, std::string_view problem, std::string_view expected,

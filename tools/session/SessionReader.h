@@ -24,6 +24,9 @@ struct SessionBlock {
     // Why the session ends here: "FILE:LINE: FIELD: PROBLEM, expected EXPECTED". The calls of this
     // block are those before.
     std::optional<std::string> error;
+    // Where a recording breaks off, because the program that was recorded ended abruptly:
+    // "FILE:LINE". The calls are those before.
+    std::optional<std::string> cutOff;
 };
 
 class SessionReader {
@@ -42,6 +45,8 @@ class SessionReader {
     // Reads one more chunk behind what is left of the one before. False at the end of the input.
     bool fill();
     void takeLine(std::string_view line, SessionBlock& block);
+    // The text behind the last line's end, when there is no more to come.
+    void takeRest(std::string_view rest, SessionBlock& block);
     void end(std::string_view field, std::string_view problem, std::string_view expected,
              SessionBlock& block);
     uint32_t threadNumber(std::string_view name, SessionBlock& block);

@@ -1,0 +1,60 @@
+/*
+ * What sees the calls that the program makes to the library. A library that is preloaded brings its
+ * observer and links Interposer.cpp, which tells it of every call.
+ */
+#pragma once
+
+#include "session/CallArguments.h"
+
+namespace desk {
+
+// A call that is under way. Its arguments are those of the caller, so they are read only when they
+// are asked for, and only before the call has ended.
+class ObservedCall {
+  public:
+    ObservedCall(const ObservedCall&) = delete;
+    ObservedCall& operator=(const ObservedCall&) = delete;
+
+    const char* name() const { return mName; }
+    // May throw std::bad_alloc.
+    virtual CallArguments arguments() const = 0;
+
+  protected:
+    explicit ObservedCall(const char* name) : mName(name) {}
+    ~ObservedCall() = default;
+
+  private:
+    const char* mName;
+};
+
+/*
+ * Told of each call from outside the library once; the calls that the library makes of its own
+ * operations are part of it. All members run on the caller's thread, and several threads may be
+ * inside at a time.
+ */
+class CallObserver {
+  public:
+    CallObserver() = default;
+    CallObserver(const CallObserver&) = delete;
+    CallObserver& operator=(const CallObserver&) = delete;
+
+    // Before the library is entered.
+    virtual void onCallBegin(const ObservedCall& call) noexcept = 0;
+    // Before the first command of the call goes to the driver. Not every call has one.
+    virtual void onFirstCommand(const ObservedCall& call) noexcept = 0;
+    // After the library has been left. `result` is null when it was left by an exception.
+    virtual void onCallEnd(const ObservedCall& call, const int* result,
+                           bool hadCommand) noexcept = 0;
+    // A command goes to the driver, and no call is under way on this thread.
+    virtual void onForeignCommand() noexcept = 0;
+    // The operation is not to be found behind this library. Its call returns -1.
+    virtual void onMissingOperation(const char* name) noexcept = 0;
+
+  protected:
+    ~CallObserver() = default;
+};
+
+// The observer of this library, or null when there is nothing to observe. Any thread.
+CallObserver* callObserver() noexcept;
+
+}  // namespace desk

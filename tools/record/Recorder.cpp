@@ -1,0 +1,220 @@
+/*
+ * libvelkrecord.so: preloaded into a program, it writes the calls that the program makes to the
+ * library into the session file that VELK_RECORD names.
+ *
+ * The line of a call is written when the first command of the call goes to the driver, for that is
+ * the order which a replay has to repeat, or at its end when it sends none. VELK_RECORD_ORDER=exact
+ * lets one call at a time into the library instead.
+ */
+#include <pthread.h>
+#include <sys/prctl.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "record/CallObserver.h"
+#include "record/Messages.h"
+#include "record/RecordingFile.h"
+#include "record/ThreadNames.h"
+#include "session/SessionLine.h"
+#include "text/PrintableText.h"
+
+namespace desk {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr size_t kMaxThreads = 256;  // that a session may have
+
+// The place of this thread's name.
+constinit thread_local size_t threadName = ThreadNames::kNone;
+
+class Recorder final : public CallObserver {
+  public:
+    Recorder(std::string path, bool isExact) : mPath(std::move(path)), mIsExact(isExact) {
+        pthread_key_create(&mThreadEnd, [](void* recorder) {
+            static_cast<Recorder*>(recorder)->forgetThread();
+        });
+    }
+
+    bool isOn() const { return mIsOn.load(std::memory_order_relaxed); }
+
+    // In a child process: the recording is the parent's.
+    void leaveToParent() { mIsOn.store(false); }
+
+    void trim() noexcept {
+        if (!isOn()) {
+            return;  // in a child process the mutex may be held for ever
+        }
+        const std::lock_guard lock(mMutex);
+        if (mFile) {
+            tryTo([this] { mFile->trim(); });
+        }
+    }
+
+    void onCallBegin(const ObservedCall& /*call*/) noexcept override {
+        if (mIsExact) {
+            mOneCall.lock();
+        }
+    }
+
+    void onFirstCommand(const ObservedCall& call) noexcept override { write(call); }
+
+    void onCallEnd(const ObservedCall& call, const int* /*result*/,
+                   bool hadCommand) noexcept override {
+        if (!hadCommand) {
+            write(call);
+        }
+        if (mIsExact) {
+            mOneCall.unlock();
+        }
+    }
+
+    void onForeignCommand() noexcept override {
+        sayOnce(mForeignCommandSaid,
+                "commands go to the driver outside of the library's calls, which are not recorded: "
+                "the program links the library statically, or sends them itself");
+    }
+
+    void onMissingOperation(const char* name) noexcept override {
+        sayOnce(mMissingOperationSaid,
+                std::string(name) + " is not to be found in libvelkperfctrl.so.1");
+    }
+
+  private:
+    static void sayOnce(std::atomic<bool>& isSaid, const std::string& message) noexcept {
+        if (!isSaid.exchange(true)) {
+            say(message);
+        }
+    }
+
+    // Whatever goes wrong ends the recording, never the program.
+    template <typename Action>
+    void tryTo(const Action& action) noexcept {
+        const int callersErrno = errno;
+        try {
+            action();
+        } catch (const std::exception& error) {
+            mIsOn.store(false);
+            say(std::string("the recording ends here: ") + error.what());
+        }
+        errno = callersErrno;
+    }
+
+    void write(const ObservedCall& call) noexcept {
+        if (!isOn()) {
+            return;
+        }
+        const std::lock_guard lock(mMutex);
+        if (isOn()) {
+            tryTo([&] { append(call); });
+        }
+    }
+
+    void append(const ObservedCall& call) {
+        const auto now = steady_clock::now();
+        if (!mFile) {
+            mFile.emplace(mPath);
+            mStart = now;
+        }
+        if (threadName == ThreadNames::kNone && !nameThread()) {
+            return;
+        }
+        const auto atUs = std::chrono::duration_cast<std::chrono::microseconds>(now - mStart);
+        mLine.clear();
+        appendSessionLine(mLine, atUs.count(), mNames[threadName], call.name(), call.arguments());
+        mFile->append(mLine);
+    }
+
+    bool nameThread() {
+        std::array<char, 17> name = {};
+        prctl(PR_GET_NAME, name.data());
+        const std::string text = printableText(name.data());
+        threadName = mNames.take(text.empty() ? "?" : text, kMaxThreads);
+        if (threadName == ThreadNames::kNone) {
+            sayOnce(mManyThreadsSaid,
+                    "more threads at a time than a session can hold, 256: the "
+                    "calls of those that are too many are not recorded");
+            return false;
+        }
+        pthread_setspecific(mThreadEnd, this);
+        return true;
+    }
+
+    void forgetThread() {
+        if (isOn()) {
+            const std::lock_guard lock(mMutex);
+            mNames.giveBack(std::exchange(threadName, ThreadNames::kNone));
+        }
+    }
+
+    const std::string mPath;
+    const bool mIsExact;
+    std::atomic<bool> mIsOn = true;
+    std::atomic<bool> mForeignCommandSaid = false;
+    std::atomic<bool> mMissingOperationSaid = false;
+    std::atomic<bool> mManyThreadsSaid = false;
+    pthread_key_t mThreadEnd = 0;
+    std::mutex mOneCall;  // in exact order: held while a call is in the library
+    std::mutex mMutex;    // of all below
+    std::optional<RecordingFile> mFile;
+    steady_clock::time_point mStart;
+    ThreadNames mNames;
+    std::string mLine;
+};
+
+// Null when no recording is asked for. Calls may come until the very end of the process, so it is
+// never destroyed.
+Recorder* makeRecorder() noexcept {
+    const char* const path = std::getenv("VELK_RECORD");
+    if (path == nullptr || *path == '\0') {
+        return nullptr;
+    }
+    const char* const order = std::getenv("VELK_RECORD_ORDER");
+    const std::string_view orderText = order != nullptr ? order : "";
+    if (!orderText.empty() && orderText != "exact") {
+        say("VELK_RECORD_ORDER: found \"" + std::string(orderText) +
+            "\", expected \"exact\" or nothing; nothing is recorded");
+        return nullptr;
+    }
+    return new Recorder(path, orderText == "exact");
+}
+
+std::atomic<Recorder*> madeRecorder = nullptr;
+
+Recorder* recorder() noexcept {
+    static Recorder* const theRecorder = [] {
+        Recorder* const made = makeRecorder();
+        madeRecorder = made;
+        if (made != nullptr) {
+            pthread_atfork(nullptr, nullptr, [] { madeRecorder.load()->leaveToParent(); });
+        }
+        return made;
+    }();
+    return theRecorder;
+}
+
+__attribute__((destructor)) void endRecording() {
+    if (Recorder* const made = madeRecorder) {
+        made->trim();
+    }
+}
+
+}  // namespace
+
+CallObserver* callObserver() noexcept {
+    Recorder* const observer = recorder();
+    return observer != nullptr && observer->isOn() ? observer : nullptr;
+}
+
+}  // namespace desk

@@ -1,0 +1,51 @@
+/*
+ * The file of a recording. What has been appended is in the file even if the process is killed at
+ * once: the text goes into a shared mapping, which is the kernel's.
+ */
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace desk {
+
+// Not for several threads at a time. Its destructor leaves the file as it is.
+class RecordingFile {
+  public:
+    // Creates the file, or empties it. Throws std::system_error, also when another process records
+    // into it.
+    explicit RecordingFile(std::string path);
+    RecordingFile(const RecordingFile&) = delete;
+    RecordingFile& operator=(const RecordingFile&) = delete;
+
+    const std::string& path() const { return mPath; }
+
+    // Appends the text whole or, when there is no room, not at all and throws std::system_error.
+    void append(std::string_view text);
+
+    // Cuts off what was reserved and is not used. More can be appended all the same. Throws
+    // std::system_error.
+    void trim();
+
+  private:
+    void mapNext(size_t size);
+    void unmap();
+    // The program may close descriptors that are not its own, and the kernel gives out the number
+    // again: the file is told by its identity, and opened anew.
+    int descriptor();
+
+    std::string mPath;
+    int mDescriptor = -1;
+    dev_t mDevice = 0;
+    ino_t mInode = 0;
+    uint64_t mWindowOffset = 0;
+    size_t mWindowSize = 0;
+    size_t mWindowUsed = 0;
+    char* mWindow = nullptr;
+};
+
+}  // namespace desk

@@ -45,7 +45,17 @@ void append(std::string& text, const void* key) {
     text += '"';
 }
 
+// Whether the text is written as it is: ASCII without control characters, quotes and backslashes.
+bool isPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return c >= ' ' && c < '\x7F' && c != '"' && c != '\\'; });
+}
+
 void appendText(std::string& text, std::string_view value, size_t maxLength) {
+    if (value.size() <= maxLength && isPlain(value)) {
+        text.append("\"").append(value).append("\"");
+        return;
+    }
     const std::string changed = isPrintable(value) ? std::string() : printableText(value);
     text += '"';
     for (const char c : cutToBytes(changed.empty() ? value : changed, maxLength)) {

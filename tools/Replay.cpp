@@ -7,6 +7,7 @@
 #include <exception>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include "KernelWatch.h"
 #include "common/Desk.h"
@@ -121,8 +122,9 @@ int replay(const Options& options) {
     PlayResult result = readAndPlay(input, queue, player);
     const std::chrono::duration<double> played = steady_clock::now() - start;
 
-    judgeSilence(input, outputs.statistics().calls(), result);
-    const Summary summary = summarize(input.name(), outputs.statistics(), controlNode().snapshot(),
+    SessionFigures figures = outputs.analysis().figures();
+    judgeSilence(input, figures.calls, result);
+    const Summary summary = summarize(input.name(), std::move(figures), controlNode().snapshot(),
                                       result, played.count());
     outputs.printSummary(summary);
     if (kernel) {

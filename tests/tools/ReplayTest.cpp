@@ -69,12 +69,15 @@ Commands                accepted     noted   refused  injected
   36 criticalStart             1         0         0         0
      close                     1         0         0         0
 
-Tasks                     starts     ended target us   mean us    max us  over target
-   3 SCALE                     1         0       900         0         0            0
-   5 RENDER                    2         1         5      1300      1300            1
+Tasks              starts    ended  target us   p50 us   p90 us   p99 us   max us  over target      %    busy ms  threads
+   3 SCALE              1        0        900        -        -        -        -            0    0.0      0.000  video
+   5 RENDER             2        1          5     1300     1300     1300     1300            1  100.0      1.300  preview, video
+
+Critical spans
+  0 ended, 0.000 ms in all, 0.000 ms the longest, 1 open at the end
 
 Registrations
-  2 accepted, 0 refused, 0 of these replayed
+  2 accepted, 0 of them after a refusal; 0 refused
 
 Calls that returned -1                      injected  unexpected
   notifyTaskEnd                                    0           1  first in line 8
@@ -122,9 +125,10 @@ TEST_F(Replay, PrintsJsonLinesThatEndWithTheSummary) {
             json::parse(R"({"calls": 2, "failedInjected": 0, "failed": 1, "firstFailedLine": 8})"));
     EXPECT_EQ(summary.at("operations").at("notifyTaskStart"),
               json::parse(R"({"calls": 3, "failedInjected": 1, "failed": 0})"));
-    EXPECT_EQ(summary.at("tasks")[1],
-              json::parse(R"({"task": 5, "name": "RENDER", "starts": 1, "ends": 0,
-                  "targetTimeUs": 5, "totalRunUs": 0, "longestRunUs": 0, "overTarget": 0})"));
+    EXPECT_EQ(summary.at("tasks")[1], json::parse(R"({"task": 5, "name": "RENDER", "starts": 1,
+                  "repeatedStarts": 0, "ends": 0, "targetTimeUs": 5, "totalRunUs": 0,
+                  "p50RunUs": null, "p90RunUs": null, "p99RunUs": null, "longestRunUs": 0,
+                  "overTarget": 0, "overTargetPercent": 0.0, "threads": ["video"]})"));
     EXPECT_EQ(summary.at("active").at("spans"),
               json::parse(R"([{"thread": "video", "criticalValue": 320, "sinceUs": 2200}])"));
     EXPECT_EQ(outcome.status, 1);

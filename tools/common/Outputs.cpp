@@ -37,7 +37,7 @@ Outputs::Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize
 }
 
 std::vector<CallListener*> Outputs::listeners() {
-    std::vector<CallListener*> listeners = {&mStatistics};
+    std::vector<CallListener*> listeners = {&mAnalysis};
     for (CallListener* listener :
          {static_cast<CallListener*>(mPrinter.get()), static_cast<CallListener*>(mTrace.get()),
           static_cast<CallListener*>(mProgress.get())}) {

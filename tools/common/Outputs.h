@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "analysis/SessionAnalysis.h"
 #include "common/CommonOptions.h"
 #include "common/Logs.h"
 #include "report/CommandPrinter.h"
 #include "report/Progress.h"
-#include "report/Statistics.h"
 #include "report/Summary.h"
 #include "report/TraceWriter.h"
 
@@ -31,7 +31,7 @@ class Outputs {
 
     // Everybody who hears of the calls, in the order in which they have to.
     std::vector<CallListener*> listeners();
-    const Statistics& statistics() const { return mStatistics; }
+    const SessionAnalysis& analysis() const { return mAnalysis; }
 
     void printSummary(const Summary& summary);
     // Ends and closes every output. Returns "FILE: REASON" for each that could not be written in
@@ -43,7 +43,7 @@ class Outputs {
     bool mIsQuiet;
     std::shared_ptr<LineSink> mStandardOutput;
     Logs mLogs;
-    Statistics mStatistics;
+    SessionAnalysis mAnalysis;
     std::unique_ptr<Progress> mProgress;
     std::unique_ptr<CommandPrinter> mPrinter;
     std::shared_ptr<LineSink> mTraceFile;

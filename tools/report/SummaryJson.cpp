@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "driver/RecordCopy.h"
+#include "report/Share.h"
 #include "report/Summary.h"
 
 namespace desk {
@@ -27,19 +28,38 @@ ordered_json commandsToJson(const DriverSnapshot& driver) {
     return commands;
 }
 
-ordered_json tasksToJson(const std::vector<TaskStatistics>& tasks) {
+// Null for a figure that needs at least one time.
+ordered_json figureOf(const DistributionFigures& times, int64_t figure) {
+    return times.count > 0 ? ordered_json(figure) : ordered_json();
+}
+
+ordered_json tasksToJson(const std::vector<TaskFigures>& tasks) {
     ordered_json list = ordered_json::array();
-    for (const TaskStatistics& task : tasks) {
+    for (const TaskFigures& task : tasks) {
         list.push_back({{"task", task.task},
                         {"name", task.name},
                         {"starts", task.starts},
-                        {"ends", task.ends},
+                        {"repeatedStarts", task.repeatedStarts},
+                        {"ends", task.runs.count},
                         {"targetTimeUs", task.targetTimeUs},
-                        {"totalRunUs", task.totalRunUs},
-                        {"longestRunUs", task.longestRunUs},
-                        {"overTarget", task.overTarget}});
+                        {"totalRunUs", task.runs.totalUs},
+                        {"p50RunUs", figureOf(task.runs, task.runs.p50Us)},
+                        {"p90RunUs", figureOf(task.runs, task.runs.p90Us)},
+                        {"p99RunUs", figureOf(task.runs, task.runs.p99Us)},
+                        {"longestRunUs", task.runs.longestUs},
+                        {"overTarget", task.overTarget},
+                        {"overTargetPercent", percentOf(task.overTarget, task.runs.count)},
+                        {"threads", task.threads}});
     }
     return list;
+}
+
+ordered_json spansToJson(const SpanFigures& spans, size_t open) {
+    return {{"count", spans.spans.count},
+            {"nestedStarts", spans.nestedStarts},
+            {"totalUs", spans.spans.totalUs},
+            {"longestUs", spans.spans.longestUs},
+            {"openAtEnd", open}};
 }
 
 ordered_json neverAcceptedToJson(const DriverSnapshot& driver) {
@@ -53,9 +73,16 @@ ordered_json neverAcceptedToJson(const DriverSnapshot& driver) {
     return list;
 }
 
-ordered_json operationsToJson(const std::vector<CallStatistics>& operations) {
+ordered_json registrationsToJson(const DriverSnapshot& driver) {
+    return {{"accepted", driver.commands[kTaskInitPlace].accepted},
+            {"refused", driver.refusedRegistrations},
+            {"replayed", driver.replayedRegistrations},
+            {"neverAccepted", neverAcceptedToJson(driver)}};
+}
+
+ordered_json operationsToJson(const std::vector<OperationFigures>& operations) {
     ordered_json calls = ordered_json::object();
-    for (const CallStatistics& operation : operations) {
+    for (const OperationFigures& operation : operations) {
         ordered_json& call = calls[operation.name];
         call = {{"calls", operation.calls},
                 {"failedInjected", operation.failedInjected},
@@ -86,14 +113,14 @@ ordered_json activeToJson(const Summary& summary) {
     ordered_json active = {{"initialised", summary.driver.isInitialised},
                            {"openDescriptors", summary.driver.openDescriptors}};
     active["runs"] = ordered_json::array();
-    for (const ActiveRun& run : summary.activeRuns) {
+    for (const ActiveRun& run : summary.figures.activeRuns) {
         active["runs"].push_back({{"thread", run.thread},
                                   {"task", run.task},
                                   {"name", run.name},
                                   {"sinceUs", run.sinceUs}});
     }
     active["spans"] = ordered_json::array();
-    for (const ActiveSpan& span : summary.activeSpans) {
+    for (const ActiveSpan& span : summary.figures.activeSpans) {
         active["spans"].push_back({{"thread", span.thread},
                                    {"criticalValue", span.criticalValue},
                                    {"sinceUs", span.sinceUs}});
@@ -119,10 +146,11 @@ ordered_json findingsToJson(const std::vector<FindingCount>& findings) {
 
 std::string formatSummaryJson(const Summary& summary) {
     const DriverSnapshot& driver = summary.driver;
+    const SessionFigures& figures = summary.figures;
     ordered_json body = {{"session", summary.session},
-                         {"calls", summary.calls},
-                         {"threads", summary.threads},
-                         {"recordedUs", summary.recordedUs},
+                         {"calls", figures.calls},
+                         {"threads", figures.threads},
+                         {"recordedUs", figures.recordedUs},
                          {"playedSeconds", summary.playedSeconds},
                          {"interrupted", summary.isStopped}};
     if (summary.error) {
@@ -132,11 +160,10 @@ std::string formatSummaryJson(const Summary& summary) {
         body["cutOff"] = *summary.cutOff;
     }
     body["commands"] = commandsToJson(driver);
-    body["tasks"] = tasksToJson(summary.tasks);
-    body["registrations"] = {{"refused", driver.refusedRegistrations},
-                             {"replayed", driver.replayedRegistrations},
-                             {"neverAccepted", neverAcceptedToJson(driver)}};
-    body["operations"] = operationsToJson(summary.operations);
+    body["tasks"] = tasksToJson(figures.tasks);
+    body["criticalSpans"] = spansToJson(figures.spans, figures.activeSpans.size());
+    body["registrations"] = registrationsToJson(driver);
+    body["operations"] = operationsToJson(figures.operations);
     body["active"] = activeToJson(summary);
     body["findings"] = findingsToJson(driver.findings);
     return ordered_json{{"summary", body}}.dump(-1, ' ', false,

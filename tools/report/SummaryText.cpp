@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "driver/RecordCopy.h"
+#include "report/Share.h"
 #include "report/Summary.h"
 
 namespace desk {
@@ -24,11 +25,13 @@ double milliseconds(int64_t us) {
 void writeHead(Output out, const Summary& summary) {
     fmt::format_to(out, "Session {}\n", summary.session);
     fmt::format_to(out, "  {} calls on {} threads, {:.3f} s recorded, played in {:.3f} s",
-                   summary.calls, summary.threads,
-                   static_cast<double>(summary.recordedUs) / kUsPerSecond, summary.playedSeconds);
+                   summary.figures.calls, summary.figures.threads,
+                   static_cast<double>(summary.figures.recordedUs) / kUsPerSecond,
+                   summary.playedSeconds);
     if (summary.playedSeconds > 0) {
-        fmt::format_to(out, " ({:.0f} calls/s)",
-                       std::floor(static_cast<double>(summary.calls) / summary.playedSeconds));
+        fmt::format_to(
+                out, " ({:.0f} calls/s)",
+                std::floor(static_cast<double>(summary.figures.calls) / summary.playedSeconds));
     }
     fmt::format_to(out, "\n");
     if (summary.error) {
@@ -43,13 +46,13 @@ void writeHead(Output out, const Summary& summary) {
 
 void writeCounters(Output out, const std::string& name, const CallCounters& counters) {
     if (counters.accepted + counters.refused + counters.refusedInjected > 0) {
-        fmt::format_to(out, "  {:<20}{:>10}{:>10}{:>10}{:>10}\n", name, counters.accepted,
+        fmt::format_to(out, "  {:<20} {:>9} {:>9} {:>9} {:>9}\n", name, counters.accepted,
                        counters.noted, counters.refused, counters.refusedInjected);
     }
 }
 
 void writeCommands(Output out, const DriverSnapshot& driver) {
-    fmt::format_to(out, "\n{:<22}{:>10}{:>10}{:>10}{:>10}\n", "Commands", "accepted", "noted",
+    fmt::format_to(out, "\n{:<22} {:>9} {:>9} {:>9} {:>9}\n", "Commands", "accepted", "noted",
                    "refused", "injected");
     writeCounters(out, "   open", driver.opens);
     for (size_t i = 0; i < VELK_COMMANDS.size(); ++i) {
@@ -60,27 +63,61 @@ void writeCommands(Output out, const DriverSnapshot& driver) {
     writeCounters(out, "   close", driver.closes);
 }
 
-void writeTasks(Output out, const std::vector<TaskStatistics>& tasks) {
+// The first names, and how many more there are.
+std::string describeThreads(const std::vector<std::string>& names) {
+    constexpr size_t kMost = 3;
+    std::string text;
+    for (size_t i = 0; i < std::min(names.size(), kMost); ++i) {
+        text += (i > 0 ? ", " : "") + names[i];
+    }
+    if (names.size() > kMost) {
+        text += fmt::format(" and {} more", names.size() - kMost);
+    }
+    return text;
+}
+
+// "-" for a figure that needs at least one time.
+std::string figureOf(const DistributionFigures& times, int64_t figure) {
+    return times.count > 0 ? fmt::format("{}", figure) : "-";
+}
+
+void writeTasks(Output out, const std::vector<TaskFigures>& tasks) {
     if (tasks.empty()) {
         return;
     }
-    fmt::format_to(out, "\n{:<22}{:>10}{:>10}{:>10}{:>10}{:>10}{:>13}\n", "Tasks", "starts",
-                   "ended", "target us", "mean us", "max us", "over target");
-    for (const TaskStatistics& task : tasks) {
-        const auto ends = static_cast<int64_t>(task.ends);
-        const int64_t meanUs = ends > 0 ? task.totalRunUs / ends : 0;
-        fmt::format_to(out, "  {:<20}{:>10}{:>10}{:>10}{:>10}{:>10}{:>13}\n",
-                       fmt::format("{:>2} {}", task.task, task.name), task.starts, task.ends,
-                       task.targetTimeUs, meanUs, task.longestRunUs, task.overTarget);
+    fmt::format_to(out,
+                   "\n{:<16} {:>8} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6} {:>10}  {}\n",
+                   "Tasks", "starts", "ended", "target us", "p50 us", "p90 us", "p99 us", "max us",
+                   "over target", "%", "busy ms", "threads");
+    for (const TaskFigures& task : tasks) {
+        const DistributionFigures& runs = task.runs;
+        fmt::format_to(out,
+                       "  {:<14} {:>8} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6.1f} "
+                       "{:>10.3f}  {}\n",
+                       fmt::format("{:>2} {}", task.task, task.name), task.starts, runs.count,
+                       task.targetTimeUs, figureOf(runs, runs.p50Us), figureOf(runs, runs.p90Us),
+                       figureOf(runs, runs.p99Us), figureOf(runs, runs.longestUs), task.overTarget,
+                       percentOf(task.overTarget, runs.count), milliseconds(runs.totalUs),
+                       describeThreads(task.threads));
     }
 }
 
+void writeSpans(Output out, const SessionFigures& figures) {
+    const SpanFigures& spans = figures.spans;
+    if (spans.spans.count == 0 && figures.activeSpans.empty()) {
+        return;
+    }
+    fmt::format_to(out,
+                   "\nCritical spans\n  {} ended, {:.3f} ms in all, {:.3f} ms the longest, {} open "
+                   "at the end\n",
+                   spans.spans.count, milliseconds(spans.spans.totalUs),
+                   milliseconds(spans.spans.longestUs), figures.activeSpans.size());
+}
+
 void writeRegistrations(Output out, const DriverSnapshot& driver) {
-    constexpr size_t kTaskInitPlace = 1;
-    static_assert(VELK_COMMANDS[kTaskInitPlace].request == VELK_IOC_TASK_INIT);
-    fmt::format_to(out, "\nRegistrations\n  {} accepted, {} refused, {} of these replayed\n",
-                   driver.commands[kTaskInitPlace].accepted, driver.refusedRegistrations,
-                   driver.replayedRegistrations);
+    fmt::format_to(out, "\nRegistrations\n  {} accepted, {} of them after a refusal; {} refused\n",
+                   driver.commands[kTaskInitPlace].accepted, driver.replayedRegistrations,
+                   driver.refusedRegistrations);
     for (const TaskSnapshot& task : driver.tasks) {
         if (!task.isRegistered) {
             fmt::format_to(out, "  unique task {} {:?} was never accepted\n",
@@ -89,16 +126,16 @@ void writeRegistrations(Output out, const DriverSnapshot& driver) {
     }
 }
 
-void writeFailures(Output out, const std::vector<CallStatistics>& operations) {
-    fmt::format_to(out, "\n{:<42}{:>10}{:>12}\n", "Calls that returned -1", "injected",
+void writeFailures(Output out, const std::vector<OperationFigures>& operations) {
+    fmt::format_to(out, "\n{:<42} {:>9} {:>11}\n", "Calls that returned -1", "injected",
                    "unexpected");
     bool isNone = true;
-    for (const CallStatistics& operation : operations) {
+    for (const OperationFigures& operation : operations) {
         if (operation.failed + operation.failedInjected == 0) {
             continue;
         }
         isNone = false;
-        fmt::format_to(out, "  {:<40}{:>10}{:>12}", operation.name, operation.failedInjected,
+        fmt::format_to(out, "  {:<40} {:>9} {:>11}", operation.name, operation.failedInjected,
                        operation.failed);
         if (operation.failed > 0) {
             fmt::format_to(out, "  first in line {}", operation.firstFailedLine);
@@ -155,16 +192,17 @@ void writeActive(Output out, const Summary& summary) {
         fmt::format_to(out, "  {} open descriptor(s) of the control node\n",
                        driver.openDescriptors);
     }
-    for (const ActiveRun& run : summary.activeRuns) {
+    for (const ActiveRun& run : summary.figures.activeRuns) {
         fmt::format_to(out, "  {} runs task {} {} since {:.3f} ms\n", run.thread, run.task,
                        run.name, milliseconds(run.sinceUs));
     }
-    for (const ActiveSpan& span : summary.activeSpans) {
+    for (const ActiveSpan& span : summary.figures.activeSpans) {
         fmt::format_to(out, "  {} is in a critical span of value {} since {:.3f} ms\n", span.thread,
                        span.criticalValue, milliseconds(span.sinceUs));
     }
     if (!driver.isInitialised && driver.control.isEmpty() && driver.controlAtUninit.isEmpty() &&
-        driver.openDescriptors == 0 && summary.activeRuns.empty() && summary.activeSpans.empty()) {
+        driver.openDescriptors == 0 && summary.figures.activeRuns.empty() &&
+        summary.figures.activeSpans.empty()) {
         fmt::format_to(out, "  nothing\n");
     }
 }
@@ -186,9 +224,10 @@ std::string formatSummaryText(const Summary& summary) {
     const auto out = std::back_inserter(text);
     writeHead(out, summary);
     writeCommands(out, summary.driver);
-    writeTasks(out, summary.tasks);
+    writeTasks(out, summary.figures.tasks);
+    writeSpans(out, summary.figures);
     writeRegistrations(out, summary.driver);
-    writeFailures(out, summary.operations);
+    writeFailures(out, summary.figures.operations);
     writeActive(out, summary);
     writeFindings(out, summary.driver.findings);
     return text;

@@ -1,0 +1,104 @@
+"""What the library sends to a driver that refuses nothing, as far as the figures depend on it."""
+
+import json
+from collections import namedtuple
+from pathlib import Path
+
+Command = namedtuple("Command", "at line thread call name fields")
+
+
+def read_session(path):
+    with open(path, encoding="utf-8") as lines:
+        return [dict(json.loads(text), line=number)
+                for number, text in enumerate(lines, 1) if text.strip()]
+
+
+class Tuning:
+    def __init__(self, folder):
+        self.platform = self._read(folder, "platform.json")
+        self.customer = self._read(folder, "customer.json")
+        self.settings = self._read(folder, "settings.json")
+
+    @staticmethod
+    def _read(folder, name):
+        path = Path(folder, name)
+        return json.loads(path.read_text(encoding="utf-8")) if path.exists() else {}
+
+    @staticmethod
+    def variant(source, scenario, customization):
+        def fits(entry):
+            return (entry.get("scenario", scenario) == scenario
+                    and entry.get("customization", customization) == customization)
+        fitting = [entry for entry in source.get("variants", []) if fits(entry)]
+        return max(fitting, key=lambda entry: ("scenario" in entry, "customization" in entry),
+                   default=None)
+
+    def tasks(self, scenario, customization):
+        """The valid tasks by number, or None where the platform has no data."""
+        platform = self.variant(self.platform, scenario, customization)
+        if platform is None:
+            return None
+        customer = self.variant(self.customer, scenario, 0) or {"tasks": []}
+        return {entry["task"]: entry for entry in platform["tasks"] + customer["tasks"]
+                if entry["targetTimeUs"] > 0 and entry["defaultUclamp"] > 0}
+
+
+class Library:
+    """Turns the calls of a session into commands."""
+
+    def __init__(self, tuning):
+        self.tuning = tuning
+        self.users = 0
+        self.tasks = None
+        self.ids = {}
+        self.commands = []
+
+    def play(self, session):
+        for call in session:
+            handler = getattr(self, call["call"], None)
+            if handler and (self.users or call["call"] == "init"):
+                handler(call)
+        return self.commands
+
+    def send(self, call, name, **fields):
+        self.commands.append(Command(call["at_us"], call["line"], call["thread"], call["call"],
+                                     name, fields))
+
+    def init(self, call):
+        if not self.users:
+            self.tasks = self.tuning.tasks(call["scenario"], call["customization"])
+            if self.tasks is None:
+                return
+            self.ids = {}
+            self.send(call, "init")
+        self.users += 1
+
+    def uninit(self, call):
+        self.users -= 1
+        if not self.users:
+            self.send(call, "uninit")
+
+    def notifyTaskStart(self, call):
+        task = self.tasks.get(call["task"])
+        if task is None:
+            return
+        pair = (int(call["key"], 16), call["task"])
+        if pair not in self.ids:
+            self.ids[pair] = len(self.ids) + 1
+            label = task["name"].replace("TASK_", "", 1).replace("CUSTOM_", "", 1)[:9]
+            self.send(call, "taskInit", id=self.ids[pair], task=call["task"], label=label,
+                      target=max(task["targetTimeUs"], 5))
+        self.send(call, "taskStart", id=self.ids[pair], task=call["task"])
+
+    def notifyTaskEnd(self, call):
+        pair = (int(call["key"], 16), call["task"])
+        if call["task"] in self.tasks and pair in self.ids:
+            self.send(call, "taskEnd", id=self.ids[pair], task=call["task"])
+
+    def notifySingleShotCriticalTaskStart(self, call):
+        if call["task"] in self.tasks:
+            self.send(call, "criticalStart")
+
+    def notifySingleShotCriticalTaskEnd(self, call):
+        if call["task"] in self.tasks:
+            self.send(call, "criticalEnd")

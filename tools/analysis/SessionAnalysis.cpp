@@ -1,0 +1,49 @@
+#include "analysis/SessionAnalysis.h"
+
+namespace desk {
+
+void SessionAnalysis::onCall(const PlayedCall& played) {
+    countCall(played);
+    mThreads.take(played);
+    for (const ReceivedCommand& command : played.commands) {
+        if (command.command != nullptr) {
+            mTasks.takeCommand(played, command);
+            mSpans.takeCommand(played, command);
+        }
+    }
+}
+
+void SessionAnalysis::countCall(const PlayedCall& played) {
+    if (mCalls++ == 0) {
+        mFirstUs = played.call->atUs;
+    }
+    mLastUs = played.call->atUs;
+    OperationFigures& operation = mOperations[played.call->info];
+    operation.name = played.call->info->name;
+    ++operation.calls;
+    if (played.result == 0) {
+        return;
+    }
+    if (played.isFailureInjected) {
+        ++operation.failedInjected;
+    } else if (++operation.failed == 1) {
+        operation.firstFailedLine = played.call->line;
+    }
+}
+
+SessionFigures SessionAnalysis::figures() const {
+    SessionFigures figures;
+    figures.calls = mCalls;
+    figures.threads = mThreads.size();
+    figures.recordedUs = mLastUs - mFirstUs;
+    for (const auto& [info, operation] : mOperations) {
+        figures.operations.push_back(operation);
+    }
+    figures.tasks = mTasks.figures(mThreads);
+    figures.spans = mSpans.figures();
+    figures.activeRuns = mTasks.activeRuns(mThreads);
+    figures.activeSpans = mSpans.activeSpans(mThreads);
+    return figures;
+}
+
+}  // namespace desk

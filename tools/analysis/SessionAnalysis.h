@@ -1,0 +1,37 @@
+/*
+ * Works out the figures of a session while it is played, in memory that does not depend on its
+ * length.
+ */
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "analysis/SessionFigures.h"
+#include "analysis/SpanAnalysis.h"
+#include "analysis/TaskAnalysis.h"
+#include "analysis/ThreadTable.h"
+#include "play/PlayedCall.h"
+
+namespace desk {
+
+class SessionAnalysis : public CallListener {
+  public:
+    void onCall(const PlayedCall& played) override;
+
+    // Of the calls so far.
+    SessionFigures figures() const;
+
+  private:
+    void countCall(const PlayedCall& played);
+
+    uint64_t mCalls = 0;
+    int64_t mFirstUs = 0;
+    int64_t mLastUs = 0;
+    std::map<const CallInfo*, OperationFigures> mOperations;  // in the order of the table
+    ThreadTable mThreads;
+    TaskAnalysis mTasks;
+    SpanAnalysis mSpans;
+};
+
+}  // namespace desk

@@ -139,7 +139,7 @@ TEST_P(RecordOf, AProgram) {
 
 constexpr ProgramCase kPrograms[] = {
         {"killed", 128 + SIGKILL, 20000, 1, true, nullptr},
-        {"fork", 0, 2, 1, false, nullptr},
+        {"fork", 0, 1, 1, true, nullptr},
         {"c", 0, 3, 1, false, nullptr},
         {"closed", 0, 20001, 1, false, nullptr},
         {"threads", 0, 5, 3, false, nullptr},

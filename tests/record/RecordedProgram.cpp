@@ -42,7 +42,7 @@ void forkChild() {
         std::exit(0);
     }
     waitpid(child, nullptr, 0);
-    VELKMachine::notifyAnchorPointStart(1, 3);
+    _exit(0);  // what the child wrote would be cut off at a regular end
 }
 
 void callFromC() {

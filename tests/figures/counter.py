@@ -63,6 +63,64 @@ def count_spans(commands):
             "longestUs": max(spans, default=0), "openAtEnd": len(since)}
 
 
+def is_above(serial, other):
+    return other is None or 0 < (serial - other) % 2**32 < 2**31
+
+
+def count_anchors(commands):
+    """The starts and ends of each anchor, one stretch from init to init after the other."""
+    stretches, anchors = [], {}
+    for command in commands:
+        if command.name == "init":
+            stretches.append({})
+        elif command.name in ("anchorStart", "anchorEnd"):
+            number = command.fields["anchor"]
+            anchors.setdefault(number, [])
+            stretches[-1].setdefault(number, []).append(command)
+    return [anchor_figures(number, [stretch.get(number, []) for stretch in stretches])
+            for number in sorted(anchors)]
+
+
+def anchor_figures(number, stretches):
+    latencies, jitters, targets = [], [], (0, 0)
+    counts = dict.fromkeys(["starts", "ends", "overLatencyTarget", "overJitterTarget",
+                            "unmatchedStarts", "unmatchedEnds", "openAtEnd", "outOfOrderStarts",
+                            "outOfOrderEnds"], 0)
+    for commands in stretches:
+        counts["unmatchedStarts"] += counts["openAtEnd"]
+        opened, last, highest = {}, None, {"anchorStart": None, "anchorEnd": None}
+        for command in commands:
+            serial = command.fields["serial"]
+            phase = command.name.removeprefix("anchor")
+            counts[f"{phase.lower()}s"] += 1
+            if is_above(serial, highest[command.name]):
+                highest[command.name] = serial
+            else:
+                counts[f"outOfOrder{phase}s"] += 1
+            if phase == "Start":
+                targets = (command.fields["latency"], command.fields["jitter"])
+                counts["unmatchedStarts"] += serial in opened
+                opened[serial] = (command.at, *targets)
+            elif serial not in opened:
+                counts["unmatchedEnds"] += 1
+            else:
+                since, latency_target, jitter_target = opened.pop(serial)
+                latencies.append(command.at - since)
+                counts["overLatencyTarget"] += 0 < latency_target < latencies[-1]
+                if last is not None:
+                    jitters.append(abs(latencies[-1] - last))
+                    counts["overJitterTarget"] += 0 < jitter_target < jitters[-1]
+                last = latencies[-1]
+        counts["openAtEnd"] = len(opened)
+    figures = {"anchor": number, "passes": len(latencies), "latencyTargetUs": targets[0],
+               "jitterTargetUs": targets[1], "longestLatencyUs": max(latencies, default=0),
+               "largestJitterUs": max(jitters, default=0), **counts}
+    for percent in (50, 90, 99):
+        figures[f"p{percent}LatencyUs"] = percentile(latencies, percent)
+        figures[f"p{percent}JitterUs"] = percentile(jitters, percent)
+    return figures
+
+
 def count_registrations(commands):
     accepted = sum(command.name == "taskInit" for command in commands)
     return {"accepted": accepted, "refused": 0, "replayed": 0, "neverAccepted": []}
@@ -73,5 +131,6 @@ def count(session, commands):
     return {"calls": len(session), "threads": len(threads),
             "recordedUs": session[-1]["at_us"] - session[0]["at_us"],
             "tasks": count_tasks(commands, threads),
+            "anchors": count_anchors(commands),
             "criticalSpans": count_spans(commands),
             "registrations": count_registrations(commands)}

@@ -43,6 +43,21 @@ class Tuning:
                 if entry["targetTimeUs"] > 0 and entry["defaultUclamp"] > 0}
 
 
+    def anchors(self, scenario, customization):
+        """The targets of latency and jitter by anchor."""
+        targets = {}
+        for source in (self.platform, self.customer):
+            entries = [entry for entry in source.get("anchorSpecs", [])
+                       if entry["scenario"] == scenario
+                       and entry.get("customization", customization) == customization]
+            for anchor in max(entries, key=lambda entry: "customization" in entry,
+                              default={"anchors": []})["anchors"]:
+                before = targets.get(anchor["anchor"], (0, 0))
+                told = (anchor.get("latencyUs", 0), anchor.get("jitterUs", 0))
+                targets[anchor["anchor"]] = tuple(new or old for new, old in zip(told, before))
+        return targets
+
+
 class Library:
     """Turns the calls of a session into commands."""
 
@@ -51,6 +66,7 @@ class Library:
         self.users = 0
         self.tasks = None
         self.ids = {}
+        self.anchors, self.invalid = {}, set()
         self.commands = []
 
     def play(self, session):
@@ -70,6 +86,8 @@ class Library:
             if self.tasks is None:
                 return
             self.ids = {}
+            self.anchors = self.tuning.anchors(call["scenario"], call["customization"])
+            self.invalid = set()
             self.send(call, "init")
         self.users += 1
 
@@ -102,3 +120,15 @@ class Library:
     def notifySingleShotCriticalTaskEnd(self, call):
         if call["task"] in self.tasks:
             self.send(call, "criticalEnd")
+
+    def notifyAnchorPointStart(self, call):
+        latency, jitter = self.anchors.get(call["anchor"], (0, 0))
+        if latency == jitter == 0:
+            self.invalid.add(call["anchor"])
+        else:
+            self.send(call, "anchorStart", anchor=call["anchor"], serial=call["serial"],
+                      latency=latency, jitter=jitter)
+
+    def notifyAnchorPointEnd(self, call):
+        if call["anchor"] not in self.invalid:
+            self.send(call, "anchorEnd", anchor=call["anchor"], serial=call["serial"])

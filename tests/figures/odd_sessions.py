@@ -8,14 +8,17 @@ INIT = {"call": "init", "scenario": 1, "customization": 2}
 
 def random_call(dice):
     key, task = f"0x{dice.randint(1, 2)}", dice.choice([2, 5, 9, 24, 13, 77])
+    anchor, serial = dice.choice([1, 2, 3]), (2**32 - 5 + dice.randint(0, 9)) % 2**32
     return dice.choices([
         {"call": "notifyTaskStart", "key": key, "task": task},
         {"call": "notifyTaskEnd", "key": key, "task": task},
         {"call": "notifySingleShotCriticalTaskStart", "task": task},
         {"call": "notifySingleShotCriticalTaskEnd", "task": task},
+        {"call": "notifyAnchorPointStart", "anchor": anchor, "serial": serial},
+        {"call": "notifyAnchorPointEnd", "anchor": anchor, "serial": serial},
         {**INIT, "customization": dice.randint(1, 2)},
         {"call": "uninit"},
-    ], weights=[30, 30, 5, 5, 1, 1])[0]
+    ], weights=[30, 30, 5, 5, 20, 20, 1, 1])[0]
 
 
 def random_session(seed, length, longest_wait):

@@ -9,6 +9,7 @@ void SessionAnalysis::onCall(const PlayedCall& played) {
         if (command.command != nullptr) {
             mTasks.takeCommand(played, command);
             mSpans.takeCommand(played, command);
+            mAnchors.takeCommand(played, command);
         }
     }
 }
@@ -41,6 +42,7 @@ SessionFigures SessionAnalysis::figures() const {
     }
     figures.tasks = mTasks.figures(mThreads);
     figures.spans = mSpans.figures();
+    figures.anchors = mAnchors.figures();
     figures.activeRuns = mTasks.activeRuns(mThreads);
     figures.activeSpans = mSpans.activeSpans(mThreads);
     return figures;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 
+#include "analysis/AnchorAnalysis.h"
 #include "analysis/SessionFigures.h"
 #include "analysis/SpanAnalysis.h"
 #include "analysis/TaskAnalysis.h"
@@ -32,6 +33,7 @@ class SessionAnalysis : public CallListener {
     ThreadTable mThreads;
     TaskAnalysis mTasks;
     SpanAnalysis mSpans;
+    AnchorAnalysis mAnchors;
 };
 
 }  // namespace desk

@@ -42,6 +42,24 @@ struct SpanFigures {
     uint64_t nestedStarts = 0;
 };
 
+// The passes of one anchor. A pass goes from the start of a serial to the end of the same serial.
+struct AnchorFigures {
+    int32_t anchor = 0;
+    uint64_t starts = 0;
+    uint64_t ends = 0;
+    int32_t latencyTargetUs = 0;     // of the last start; 0: none
+    int32_t jitterTargetUs = 0;      // likewise
+    DistributionFigures latency;     // of passes
+    uint64_t overLatencyTarget = 0;  // passes longer than the target that their start told
+    DistributionFigures jitter;  // from the second pass on: change of latency since the last one
+    uint64_t overJitterTarget = 0;
+    uint64_t unmatchedStarts = 0;   // whose serial started again, or that were open at an init
+    uint64_t unmatchedEnds = 0;     // of a serial that had not started
+    uint64_t openAtEnd = 0;         // starts without an end so far
+    uint64_t outOfOrderStarts = 0;  // with a serial not above all before
+    uint64_t outOfOrderEnds = 0;
+};
+
 // A run or span without an end in the last session of the driver.
 struct ActiveRun {
     std::string thread;
@@ -63,6 +81,7 @@ struct SessionFigures {
     std::vector<OperationFigures> operations;  // those that were called, by place in the call table
     std::vector<TaskFigures> tasks;            // by task enum
     SpanFigures spans;
+    std::vector<AnchorFigures> anchors;   // by number
     std::vector<ActiveRun> activeRuns;    // by thread id, then unique task id
     std::vector<ActiveSpan> activeSpans;  // by thread id
 };

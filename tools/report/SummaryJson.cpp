@@ -54,6 +54,36 @@ ordered_json tasksToJson(const std::vector<TaskFigures>& tasks) {
     return list;
 }
 
+ordered_json anchorsToJson(const std::vector<AnchorFigures>& anchors) {
+    ordered_json list = ordered_json::array();
+    for (const AnchorFigures& anchor : anchors) {
+        const DistributionFigures& latency = anchor.latency;
+        const DistributionFigures& jitter = anchor.jitter;
+        list.push_back({{"anchor", anchor.anchor},
+                        {"starts", anchor.starts},
+                        {"ends", anchor.ends},
+                        {"passes", latency.count},
+                        {"latencyTargetUs", anchor.latencyTargetUs},
+                        {"p50LatencyUs", figureOf(latency, latency.p50Us)},
+                        {"p90LatencyUs", figureOf(latency, latency.p90Us)},
+                        {"p99LatencyUs", figureOf(latency, latency.p99Us)},
+                        {"longestLatencyUs", latency.longestUs},
+                        {"overLatencyTarget", anchor.overLatencyTarget},
+                        {"jitterTargetUs", anchor.jitterTargetUs},
+                        {"p50JitterUs", figureOf(jitter, jitter.p50Us)},
+                        {"p90JitterUs", figureOf(jitter, jitter.p90Us)},
+                        {"p99JitterUs", figureOf(jitter, jitter.p99Us)},
+                        {"largestJitterUs", jitter.longestUs},
+                        {"overJitterTarget", anchor.overJitterTarget},
+                        {"unmatchedStarts", anchor.unmatchedStarts},
+                        {"unmatchedEnds", anchor.unmatchedEnds},
+                        {"openAtEnd", anchor.openAtEnd},
+                        {"outOfOrderStarts", anchor.outOfOrderStarts},
+                        {"outOfOrderEnds", anchor.outOfOrderEnds}});
+    }
+    return list;
+}
+
 ordered_json spansToJson(const SpanFigures& spans, size_t open) {
     return {{"count", spans.spans.count},
             {"nestedStarts", spans.nestedStarts},
@@ -161,6 +191,7 @@ std::string formatSummaryJson(const Summary& summary) {
     }
     body["commands"] = commandsToJson(driver);
     body["tasks"] = tasksToJson(figures.tasks);
+    body["anchors"] = anchorsToJson(figures.anchors);
     body["criticalSpans"] = spansToJson(figures.spans, figures.activeSpans.size());
     body["registrations"] = registrationsToJson(driver);
     body["operations"] = operationsToJson(figures.operations);

@@ -102,6 +102,35 @@ void writeTasks(Output out, const std::vector<TaskFigures>& tasks) {
     }
 }
 
+void writeAnchorRow(Output out, const std::string& name, int32_t targetUs,
+                    const DistributionFigures& times, uint64_t overTarget) {
+    fmt::format_to(out, "  {:<14} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6.1f}\n", name,
+                   times.count, targetUs, figureOf(times, times.p50Us),
+                   figureOf(times, times.p90Us), figureOf(times, times.p99Us),
+                   figureOf(times, times.longestUs), overTarget,
+                   percentOf(overTarget, times.count));
+}
+
+void writeAnchors(Output out, const std::vector<AnchorFigures>& anchors) {
+    if (anchors.empty()) {
+        return;
+    }
+    fmt::format_to(out, "\n{:<16} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6}\n", "Anchors",
+                   "passes", "target us", "p50 us", "p90 us", "p99 us", "max us", "over target",
+                   "%");
+    for (const AnchorFigures& anchor : anchors) {
+        writeAnchorRow(out, fmt::format("{:>2} latency", anchor.anchor), anchor.latencyTargetUs,
+                       anchor.latency, anchor.overLatencyTarget);
+        writeAnchorRow(out, "   jitter", anchor.jitterTargetUs, anchor.jitter,
+                       anchor.overJitterTarget);
+        fmt::format_to(out,
+                       "     unmatched: {} starts, {} ends, {} open at the end; out of order: {} "
+                       "starts, {} ends\n",
+                       anchor.unmatchedStarts, anchor.unmatchedEnds, anchor.openAtEnd,
+                       anchor.outOfOrderStarts, anchor.outOfOrderEnds);
+    }
+}
+
 void writeSpans(Output out, const SessionFigures& figures) {
     const SpanFigures& spans = figures.spans;
     if (spans.spans.count == 0 && figures.activeSpans.empty()) {
@@ -225,6 +254,7 @@ std::string formatSummaryText(const Summary& summary) {
     writeHead(out, summary);
     writeCommands(out, summary.driver);
     writeTasks(out, summary.figures.tasks);
+    writeAnchors(out, summary.figures.anchors);
     writeSpans(out, summary.figures);
     writeRegistrations(out, summary.driver);
     writeFailures(out, summary.figures.operations);

@@ -16,8 +16,9 @@
 namespace kernel {
 namespace {
 
-constexpr int kProcesses = 60;
+constexpr int kProcesses = 40;
 constexpr int kThreads = 4;
+constexpr size_t kLives = 8;  // of threads, before their process is killed, at most
 
 // Where the kernel can do it, small allocations of this thread fail now and then.
 void letAllocationsFail() {
@@ -68,12 +69,15 @@ void startProgram() {
     }
 }
 
-// Until it is killed.
-[[noreturn]] void liveAsProcess(unsigned seed) {
-    for (;; seed += kThreads + 1) {
+// Until it is killed. Writes a byte for each life that has ended.
+[[noreturn]] void liveAsProcess(unsigned seed, int ended) {
+    for (;; seed += kThreads) {
         std::vector<std::thread> threads;
         for (unsigned i = 0; i < kThreads; ++i) {
-            threads.emplace_back(live, seed + i);
+            threads.emplace_back([=] {
+                live(seed + i);
+                EXPECT_EQ(write(ended, "", 1), 1);
+            });
         }
         startProgram();
         for (std::thread& thread : threads) {
@@ -88,13 +92,20 @@ TEST(Storm, LeavesNothingBehind) {
     std::mt19937 random(1);
     for (int i = 0; i < kProcesses; ++i) {
         const auto seed = static_cast<unsigned>(random());
+        int ended[2];
+        ASSERT_EQ(pipe(ended), 0);
         const pid_t process = fork();
         if (process == 0) {
-            liveAsProcess(seed);
+            liveAsProcess(seed, ended[1]);
         }
-        usleep(1000 * static_cast<useconds_t>(20 + random() % 200));
+        close(ended[1]);  // so that a child that dies by itself ends the reading
+        char life = 0;
+        for (size_t lives = random() % kLives; lives > 0; --lives) {
+            ASSERT_EQ(read(ended[0], &life, 1), 1);
+        }
         kill(process, SIGKILL);
         waitpid(process, nullptr, 0);
+        close(ended[0]);
         EXPECT_EQ(stateLines(process), std::vector<std::string>());
     }
 }

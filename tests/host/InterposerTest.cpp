@@ -221,8 +221,8 @@ TEST_F(Interposer, GivesTheChildOfAForkADriverOfItsOwn) {
 // What a child does to its descriptors between vfork and exec.
 TEST_F(Interposer, LeavesTheParentOfAVforkAlone) {
     const int node = open(VELK_NODE_PATH, O_RDONLY);
-    // NOLINTBEGIN(clang-analyzer-*): the analyzer allows a child nothing but exec; programs do
-    // more.
+    // NOLINTBEGIN(clang-analyzer-*, bugprone-unsafe-functions): a child is allowed nothing but exec
+    // there; programs do more.
     const pid_t child = vfork();
     if (child == 0) {
         dup2(0, node);
@@ -230,7 +230,7 @@ TEST_F(Interposer, LeavesTheParentOfAVforkAlone) {
         close_range(3, ~0U, 0);
         _exit(fcntl(node, F_GETFD) == -1 ? 0 : 1);
     }
-    // NOLINTEND(clang-analyzer-*)
+    // NOLINTEND(clang-analyzer-*, bugprone-unsafe-functions)
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);

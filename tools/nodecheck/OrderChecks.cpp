@@ -56,6 +56,7 @@ std::string describe(const Order& order, size_t step) {
 
 void checkOrders(Trial& trial, const Settings&) {
     std::vector<Record> records;
+    records.reserve(std::size(VELK_COMMANDS));
     for (const VELKCommand& command : VELK_COMMANDS) {
         records.push_back(validRecord(command, trial.tid()));
     }

@@ -112,7 +112,7 @@ int replay(const Options& options) {
     if (options.isOnKernelNode) {
         kernel.emplace();
     }
-    setUpDesk(options.common);
+    setUpDesk(kProgram, options.common);
     Outputs outputs(options.common, input.size());
     BlockQueue queue;
     Player player(queue, options.speed, outputs.listeners());

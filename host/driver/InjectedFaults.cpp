@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <bitset>
 #include <charconv>
 #include <cstring>
 #include <optional>
@@ -14,6 +15,10 @@ namespace {
 
 using std::string_view;
 using std::chrono::microseconds;
+
+// The commands that an item has slowed down, and in the last place whether one has slowed down all.
+constexpr size_t kEveryCommand = VELK_COMMANDS.size();
+using Delayed = std::bitset<VELK_COMMANDS.size() + 1>;
 
 constexpr int kMaxErrno = 133;
 constexpr microseconds kMaxDelay = std::chrono::seconds(10);
@@ -107,18 +112,38 @@ microseconds parseDuration(string_view item, string_view text) {
     return microseconds(*number * scale);
 }
 
-void parseSlow(string_view item, string_view value, InjectedFaults& result) {
+[[noreturn]] void failTwice(string_view item) {
+    fail(item, "an earlier item says otherwise", "one item for each thing");
+}
+
+void setRefusal(string_view item, InjectedFaults::Refusal& place, InjectedFaults::Refusal refusal) {
+    if (place.error != 0) {
+        failTwice(item);
+    }
+    place = refusal;
+}
+
+// A delay of one command may follow that of all.
+void parseSlow(string_view item, string_view value, InjectedFaults& result, Delayed& isDelayed) {
     if (value.find(':') == string_view::npos) {
+        if (isDelayed.any()) {
+            failTwice(item);
+        }
+        isDelayed.set(kEveryCommand);
         result.delays.fill(parseDuration(item, trim(value)));
         return;
     }
     const size_t command = parseCommand(item, cutBefore(value, ':'));
+    if (isDelayed.test(command)) {
+        failTwice(item);
+    }
+    isDelayed.set(command);
     result.delays[command] = parseDuration(item, trim(value));
 }
 
-void parseItem(string_view item, InjectedFaults& result) {
+void parseItem(string_view item, InjectedFaults& result, Delayed& isDelayed) {
     if (item == "absent") {
-        result.open = {ENOENT, InjectedFaults::kAlways};
+        setRefusal(item, result.open, {ENOENT, InjectedFaults::kAlways});
         return;
     }
     string_view value = item;
@@ -127,11 +152,11 @@ void parseItem(string_view item, InjectedFaults& result) {
         fail(item, "there is no =", "absent, open=ERRNO, COMMAND=ERRNO or slow=DURATION");
     }
     if (subject == "open") {
-        result.open = parseRefusal(item, value);
+        setRefusal(item, result.open, parseRefusal(item, value));
     } else if (subject == "slow") {
-        parseSlow(item, value, result);
+        parseSlow(item, value, result, isDelayed);
     } else {
-        result.commands[parseCommand(item, subject)] = parseRefusal(item, value);
+        setRefusal(item, result.commands[parseCommand(item, subject)], parseRefusal(item, value));
     }
 }
 
@@ -139,6 +164,7 @@ void parseItem(string_view item, InjectedFaults& result) {
 
 InjectedFaults InjectedFaults::parse(string_view text) {
     InjectedFaults result;
+    Delayed isDelayed;
     if (trim(text).empty()) {
         return result;
     }
@@ -148,7 +174,7 @@ InjectedFaults InjectedFaults::parse(string_view text) {
         if (item.empty()) {
             fail(item, "it is empty", "an item between two commas");
         }
-        parseItem(item, result);
+        parseItem(item, result, isDelayed);
     }
     return result;
 }

@@ -23,8 +23,8 @@ namespace desk {
  *
  * COMMAND is a number (27 to 38) or a name (taskInit) of the command table. ERRNO is the name of an
  * errno (EINVAL). TIMES, 1 or more, is the number of refusals; without it every one is refused.
- * DURATION is a whole number and us, ms or s, at most 10s. A later item takes the place of an
- * earlier one on the same thing. An empty text asks for nothing.
+ * DURATION is a whole number and us, ms or s, at most 10s. No two items are about the same
+ * thing, but a command may have another delay than all. An empty text asks for nothing.
  *
  *     open=EACCES
  *     28=EINVAL*3, slow=taskStart:50us

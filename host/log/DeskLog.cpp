@@ -2,11 +2,14 @@
 
 #include <android/log.h>
 
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <string_view>
 #include <utility>
 
 #include "log/LogLine.h"
+#include "text/PrintableText.h"
 
 namespace desk {
 
@@ -29,7 +32,23 @@ std::string_view priorityLetter(int priority) {
     return index < kLetters.size() ? kLetters.substr(index, 1) : kLetters.substr(0, 1);
 }
 
+// Of a fixed size, so that keeping a text cannot fail.
+struct Problem {
+    std::array<char, 256> text = {};
+    size_t length = 0;
+};
+thread_local Problem tProblem;
+
+void keepProblem(std::string_view message) noexcept {
+    const std::string_view kept = cutToBytes(message, tProblem.text.size());
+    std::ranges::copy(kept, tProblem.text.begin());
+    tProblem.length = kept.size();
+}
+
 void writeToSink(int priority, const char* tag, const char* message) {
+    if (priority >= ANDROID_LOG_WARN) {
+        keepProblem(message);
+    }
     std::shared_ptr<LineSink> sink;
     {
         const std::lock_guard lock(target().mutex);
@@ -60,13 +79,21 @@ void logToSink(const MessageData* data, const char* text) {
 
 void setAndroidLog(std::shared_ptr<LineSink> sink) {
     // liblog drops debug messages by default, and formats all others even if nobody wants them.
-    const int priority = sink != nullptr ? ANDROID_LOG_VERBOSE : ANDROID_LOG_SILENT;
+    const int priority = sink != nullptr ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN;
     {
         const std::lock_guard lock(target().mutex);
         target().sink = std::move(sink);
     }
     __android_log_set_logger(logToSink);
     __android_log_set_minimum_priority(priority);
+}
+
+std::string_view keptProblem() noexcept {
+    return {tProblem.text.data(), tProblem.length};
+}
+
+void clearProblem() noexcept {
+    tProblem.length = 0;
 }
 
 }  // namespace desk

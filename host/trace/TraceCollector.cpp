@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "clock/DeskClock.h"
+#include "text/PrintableText.h"
 
 namespace desk {
 
@@ -31,8 +32,7 @@ void collect(TracePhase phase, std::string_view name) noexcept {
     event.tid = currentTid();
     event.phase = phase;
     // The last byte stays zero.
-    std::copy_n(name.data(), std::min(name.size(), event.nameBuffer.size() - 1),
-                event.nameBuffer.begin());
+    std::ranges::copy(cutToBytes(name, event.nameBuffer.size() - 1), event.nameBuffer.begin());
 
     const std::lock_guard lock(self.mutex);
     event.timeNs = nowNs();

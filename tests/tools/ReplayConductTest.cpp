@@ -94,6 +94,15 @@ TEST_F(Replay, PropertiesComeFromTheCommandLineAndFromTheSession) {
             "\n";
     const Arguments off = with({"-q", "--property", "vendor.debug.velk.forceoff=1"});
     EXPECT_EQ(runTool(off, std::string(kInit) + kUninit).status, 1);
+    const ToolOutcome doubted = runTool(with({"-q", "--property", "vendor.debug.velk.forcOff=1",
+                                              "--property", "vendor.debug.velk.forceoff=maybe",
+                                              "--property", "vendor.debug.velk.latencySpec=far"}),
+                                        std::string(kInit) + kUninit);
+    EXPECT_EQ(doubted.status, 0);
+    for (const char* doubt : {"warning: --property: vendor.debug.velk.forcOff: unknown",
+                              "\"maybe\" is no boolean", "\"far\" is no whole number"}) {
+        EXPECT_NE(doubted.err.find(doubt), std::string::npos) << doubted.err;
+    }
     EXPECT_EQ(runTool(off, setProperty + kInit + kUninit).status, 0);
 }
 
@@ -139,6 +148,11 @@ TEST_F(Replay, ItsUsageIsChecked) {
                   "--format: \"xml\" is neither table nor jsonl"},
                  {"- --tuning FOLDER --property =1", 2,
                   "--property: \"=1\" is not of the form NAME=VALUE"},
+                 {"- --tuning FOLDER --filter command=none", 2,
+                  "velk-replay: --filter: filter item \"command=none\": expected a number from 27 "
+                  "to"},
+                 {"- --tuning FOLDER --filter sort=up", 2, "expected command=NAME, thread=NAME"},
+                 {"- --tuning FOLDER --trace -", 2, "--trace: standard output has the summary"},
                  {"- --tuning FOLDER --driver 28=EWHAT", 2,
                   "--driver: driver item \"28=EWHAT\": \"EWHAT\" is no errno"},
                  {"- --tuning FOLDER --trace /nonexistent/t", 2, "/nonexistent/t"},

@@ -37,17 +37,17 @@ constexpr const char* kTable =
         R"(     time ms  thread        command        verdict      fields
        0.000  service       open           accepted
        0.000  service       init           accepted     driverParam=0 clusterLevels=[10,20,30] maxEfficientFreqs=[1400000,2000000,2600000] tuningParam1=10 tuningParam2=80
-       0.000  service       singleShot     accepted     tid=0 uclampLevels=[] percentLevel=-1 requestValue=-1 auxValue=0 rangeLevels1=[11,21,31] rangeLevels2=[] rangeLevels3=[] isReset=0 auxFlag=0 criticalTaskIds=[] criticalTaskUclamps=[] limits=[] passFlag=0 sharedFlag=0 extraValues=[-1,-1,-1]
+       0.000  service       singleShot     accepted     tid=1 uclampLevels=[] percentLevel=-1 requestValue=-1 auxValue=0 rangeLevels1=[11,21,31] rangeLevels2=[] rangeLevels3=[] isReset=0 auxFlag=0 criticalTaskIds=[] criticalTaskUclamps=[] limits=[] passFlag=0 sharedFlag=0 extraValues=[-1,-1,-1]
        1.000  preview       taskInit       accepted     uniqueTaskId=1 defaultUclamp=400 targetTime=5 taskSpecValue=7 isVIPTask=1 extraFlag0=0 extraFlag1=2 taskName="RENDER"
-       1.000  preview       taskStart      accepted     tid=0 uniqueTaskId=1
+       1.000  preview       taskStart      accepted     tid=2 uniqueTaskId=1
        1.500  video         taskInit       accepted     uniqueTaskId=2 defaultUclamp=320 targetTime=900 taskSpecValue=-1 isVIPTask=0 extraFlag0=0 extraFlag1=0 taskName="SCALE"
-       1.500  video         taskStart      accepted     tid=0 uniqueTaskId=2
+       1.500  video         taskStart      accepted     tid=3 uniqueTaskId=2
        2.000  service       camFps         accepted     fps=29
        2.100  service       vsync          accepted
-       2.200  video         criticalStart  accepted     tid=0 criticalValue=320
-       2.300  preview       taskEnd        accepted     tid=0 uniqueTaskId=1
-       2.400  preview       -              returned -1  notifyTaskEnd in line 8
-       2.500  video         taskStart      accepted     tid=0 uniqueTaskId=1
+       2.200  video         criticalStart  accepted     tid=3 criticalValue=320
+       2.300  preview       taskEnd        accepted     tid=2 uniqueTaskId=1
+       2.400  preview       -              returned -1  notifyTaskEnd(key="0x99", task=5)  <- line 8  <- notifyTaskEnd should not called before notifyTaskStart,curTask: 5
+       2.500  video         taskStart      accepted     tid=3 uniqueTaskId=1
        2.600  service       uninit         accepted
        2.600  service       close          accepted
 )";
@@ -112,9 +112,12 @@ TEST_F(Replay, PrintsJsonLinesThatEndWithTheSummary) {
                    "isVIPTask": 1, "extraFlag0": 0, "extraFlag1": 2, "taskName": "RENDER"}})"));
     EXPECT_EQ(rows[4], json::parse(R"({"at_us": 1000, "line": 2, "thread": "preview",
         "call": "notifyTaskStart", "command": "taskStart", "number": 29, "accepted": false,
-        "errno": "EINVAL", "injected": true, "fields": {"tid": 0, "uniqueTaskId": 1}})"));
+        "errno": "EINVAL", "injected": true, "fields": {"tid": 2, "uniqueTaskId": 1}})"));
     EXPECT_EQ(rows[5], json::parse(R"({"at_us": 1000, "line": 2, "thread": "preview",
-        "call": "notifyTaskStart", "returned": -1, "injected": true})"));
+        "call": "notifyTaskStart", "returned": -1, "injected": true,
+        "arguments": {"key": "0x10", "task": 5, "groupHead": 0, "extraFlag1": 2}})"));
+    EXPECT_EQ(rows[12].at("message"),
+              "notifyTaskEnd should not called before notifyTaskStart,curTask: 5");
 
     const json& summary = rows.back().at("summary");
     EXPECT_EQ(summary.at("calls"), 10);
@@ -134,6 +137,40 @@ TEST_F(Replay, PrintsJsonLinesThatEndWithTheSummary) {
     EXPECT_EQ(outcome.status, 1);
 }
 
+struct FilterCase {
+    const char* filter;
+    const char* rows;  // thread and command of each
+};
+
+TEST_F(Replay, AFilterLeavesTheRowsThatAreAskedFor) {
+    for (const FilterCase& c : {
+                 FilterCase{"command=camFps, command=33", "service camFps, service vsync, "},
+                 {"command=open,thread=video", ""},
+                 {"task=RENDER, thread=video", "video taskStart, "},
+                 {"task=3", "video taskInit, video taskStart, video criticalStart, "},
+                 {"failures", "service vsync, service -, preview -, "},
+                 {"failures,thread=preview", "preview -, "},
+                 {"failures,command=vsync", "service vsync, "},
+         }) {
+        const ToolOutcome outcome =
+                runTool(with({"--filter", c.filter, "--driver", "vsync=EIO"}), kSession);
+        std::istringstream lines(outcome.out);
+        std::string rows;
+        std::string line;
+        std::getline(lines, line);
+        while (std::getline(lines, line) && !line.empty()) {
+            std::istringstream words(line);
+            std::string time;
+            std::string thread;
+            std::string command;
+            words >> time >> thread >> command;
+            rows += thread + " " + command + ", ";
+        }
+        EXPECT_EQ(rows, c.rows) << c.filter;
+        EXPECT_NE(outcome.out.find("  10 calls on 3 threads"), std::string::npos);
+    }
+}
+
 // Slices and sections of every thread lie within one another, and nothing stays open.
 TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     const std::string overlapping =
@@ -143,10 +180,14 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
 {"at_us": 5, "thread": "p", "call": "notifyTaskStart", "key": "0x1", "task": 5}
 {"at_us": 9, "thread": "p", "call": "notifyTaskEnd", "key": "0x1", "task": 3}
 {"at_us": 9, "thread": "p", "call": "notifyVSync"}
+{"at_us": 9, "thread": "p", "call": "notifyVSync"}
 {"at_us": 9, "thread": "p", "call": "notifyCamFps", "fps": 30}
 {"at_us": 9, "thread": "p", "call": "notifySingleShotControl", "control": {"percentLevel": 70}}
 )";
-    EXPECT_EQ(runTool(with({"-q", "--trace", path("trace.json")}), overlapping).status, 0);
+    EXPECT_EQ(runTool(with({"-q", "--trace", path("trace.json"), "--driver", "vsync=EIO*1"}),
+                      overlapping)
+                      .status,
+              0);
     const json trace = json::parse(std::ifstream(path("trace.json")));
 
     std::map<int, std::vector<std::string>> open;
@@ -169,10 +210,17 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
             open[thread].push_back(event.at("name"));
         } else {
             ASSERT_FALSE(open[thread].empty());
+            EXPECT_EQ(event.at("name"), open[thread].back());
         }
         const std::string& name = open[thread].back();
         if (!name.starts_with("VELK::")) {
             tasks.push_back(phase + " " + name);
+        } else if (name == "VELK::notifyVSync" && phase == "B") {
+            EXPECT_EQ(event.at("args").dump(), R"({"command 1: vsync":""})");
+        }
+        if (name == "RENDER") {
+            EXPECT_EQ(event.at("args").dump(),
+                      R"({"defaultUclamp":400,"targetTime":5,"uniqueTaskId":2})");
         }
         if (phase == "E") {
             open[thread].pop_back();
@@ -183,8 +231,10 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     }
     EXPECT_EQ(tasks, (std::vector<std::string>{"B SCALE", "B SCALE", "B RENDER", "E RENDER",
                                                "E SCALE", "E SCALE", "B RENDER", "E RENDER"}));
-    EXPECT_EQ(others, (std::vector<std::string>{"vsyncnull", R"(fps{"fps":30})",
-                                                R"(percentLevel{"percentLevel":70})"}));
+    EXPECT_EQ(others,
+              (std::vector<std::string>{R"(vsync refused{"errno":"EIO"})",
+                                        "notifyVSync returned -1{}", "vsync{}", R"(fps{"fps":30})",
+                                        R"(percentLevel{"percentLevel":70})"}));
 }
 
 // Also while every command takes far longer than the time between the recorded calls.

@@ -17,15 +17,6 @@ namespace desk {
 
 namespace {
 
-// Puts a 0 in place of what stands behind each marker and consists of these characters.
-void zeroAfter(std::string& text, std::string_view marker, const char* characters) {
-    for (size_t place = text.find(marker); place != std::string::npos;
-         place = text.find(marker, place)) {
-        place += marker.size();
-        text.replace(place, text.find_first_not_of(characters, place) - place, "0");
-    }
-}
-
 void closeOnce(int& descriptor) {
     if (descriptor >= 0) {
         close(std::exchange(descriptor, -1));
@@ -135,10 +126,11 @@ ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string
 
 std::string normalise(const std::string& text) {
     std::string result = text;
-    for (const std::string_view marker : {"tid=", "\"tid\":"}) {
-        zeroAfter(result, marker, "0123456789");
+    constexpr std::string_view kMarker = "played in ";
+    if (size_t place = result.find(kMarker); place != std::string::npos) {
+        place += kMarker.size();
+        result.replace(place, result.find('\n', place) - place, "0");
     }
-    zeroAfter(result, "played in ", "0123456789. s(calls/)");
     return result;
 }
 

@@ -50,8 +50,7 @@ ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string
 
 std::string readFile(const std::string& path);
 
-// The text with what differs from run to run made 0: thread ids and the time that it
-// took.
+// The text with the time that the run took made 0; nothing else differs from run to run.
 std::string normalise(const std::string& text);
 
 }  // namespace desk

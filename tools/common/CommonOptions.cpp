@@ -14,6 +14,12 @@
 namespace desk {
 
 const char* const kCommonOptionsHelp = R"(
+Rows that are printed (--filter), items with commas between them; items of one kind are alternatives:
+  command=NAME             this command (27 to 38, or a name such as taskStart, open, close)
+  thread=NAME              this thread
+  task=TASK                calls about this task, a number or the name that it registered with
+  failures                 what was refused, and calls that returned -1
+
 Faults of the driver (--driver), items with commas between them:
   absent                   there is no control node
   open=ERRNO[*TIMES]       opening the node fails
@@ -48,6 +54,14 @@ std::pair<std::string, std::string> parseProperty(const std::string& text) {
     return {text.substr(0, place), std::move(value)};
 }
 
+RowFilter parseFilter(const std::string& text) {
+    try {
+        return RowFilter::parse(text);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--filter", error.what());
+    }
+}
+
 InjectedFaults parseInjectedFaults(const std::string& text) {
     try {
         return InjectedFaults::parse(text);
@@ -76,6 +90,10 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
                "How commands and summary are printed, by default a table")
             ->type_name("table|jsonl");
     app.add_flag("-q,--quiet", options.isQuiet, "Print the summary alone");
+    app.add_option_function<Text>(
+               "--filter", [&options](const Text& text) { options.filter = parseFilter(text); },
+               "Print these rows alone, see below")
+            ->type_name("SPEC");
     app.add_option_function<Text>(
                "--trace", [&options](const Text& text) { parseTraceFile(text, options); },
                "Write a trace for Perfetto or chrome://tracing")

@@ -12,6 +12,7 @@
 
 #include "driver/InjectedFaults.h"
 #include "report/CommandPrinter.h"
+#include "report/RowFilter.h"
 
 namespace desk {
 
@@ -19,6 +20,7 @@ struct CommonOptions {
     std::string tuning;
     PrintFormat format = PrintFormat::Table;
     bool isQuiet = false;
+    RowFilter filter;
     std::optional<std::string> traceFile;
     std::optional<std::string> logFile;   // "-" is standard error
     std::optional<std::string> ulogFile;  // likewise

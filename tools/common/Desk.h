@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "common/CommonOptions.h"
@@ -11,8 +12,9 @@
 namespace desk {
 
 // Puts tuning data, properties and the faults of the driver in place. Throws std::runtime_error,
-// whose text names the file at fault.
-void setUpDesk(const CommonOptions& options);
+// whose text names the file at fault. Warns of properties that the library does
+// not know, and of values that it does not take, in the name of the program.
+void setUpDesk(std::string_view program, const CommonOptions& options);
 
 // What setUpDesk reads.
 std::vector<NamedFile> inputFilesOf(const CommonOptions& options);

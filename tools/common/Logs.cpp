@@ -20,16 +20,16 @@ std::shared_ptr<LineSink> openSink(const std::optional<std::string>& path) {
 
 Logs::Logs(const CommonOptions& options)
     : mLog(openSink(options.logFile)), mUlog(openSink(options.ulogFile)) {
-    uint32_t mode = 0;
-    if (mLog != nullptr) {
-        setAndroidLog(mLog);
-        mode |= kAndroidLog;
-    }
+    setAndroidLog(mLog);
+    uint32_t mode = kAndroidLog;
     if (mUlog != nullptr) {
         mLogger = std::make_unique<DeskULogger>(mUlog);
         mode |= kLogger;
     }
-    setULogger(mLogger.get(), everyMessage(mode));
+    // Without a log only the warnings and errors are of use, in the rows of calls that failed.
+    constexpr uint32_t kWarnings = 2;
+    const bool hasLog = mLog != nullptr || mUlog != nullptr;
+    setULogger(mLogger.get(), hasLog ? everyMessage(mode) : ULoggerSwitches{mode, kWarnings, 0});
 }
 
 Logs::~Logs() {

@@ -28,11 +28,12 @@ Outputs::Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize
         mProgress = std::make_unique<Progress>(inputSize, mStandardOutput);
     }
     if (!options.isQuiet) {
-        mPrinter = std::make_unique<CommandPrinter>(mStandardOutput, options.format, [this] {
-            if (mProgress != nullptr) {
-                mProgress->erase();
-            }
-        });
+        mPrinter = std::make_unique<CommandPrinter>(mStandardOutput, options.format, options.filter,
+                                                    [this] {
+                                                        if (mProgress != nullptr) {
+                                                            mProgress->erase();
+                                                        }
+                                                    });
     }
 }
 

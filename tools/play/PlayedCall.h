@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "driver/DriverEvent.h"
@@ -36,6 +37,7 @@ struct PlayedCall {
     int64_t startNs = 0;             // of the session clock
     int64_t endNs = 0;
     std::span<const ReceivedCommand> commands;
+    std::string_view problem;  // what the library said of it as a warning or an error, if anything
 };
 
 // Hears of every call once it has returned, on the thread that made it. Calls come one at a time.

@@ -8,6 +8,9 @@
 #include <utility>
 
 #include "driver/DriverModel.h"
+#include "log/DeskLog.h"
+#include "log/LogLine.h"
+#include "text/PrintableText.h"
 
 namespace desk {
 
@@ -86,7 +89,8 @@ void Player::stop() {
 
 void Player::work(Worker& self) {
     constexpr size_t kMaxThreadName = 15;
-    pthread_setname_np(pthread_self(), self.name.substr(0, kMaxThreadName).c_str());
+    pthread_setname_np(pthread_self(), std::string(cutToBytes(self.name, kMaxThreadName)).c_str());
+    setLogThread(self.number + 1);
     if (mCpu) {
         moveToCpu(*mCpu);
     }
@@ -120,9 +124,11 @@ void Player::playCall(const Worker& self, const SessionCall& call) {
     played.call = &call;
     played.thread = self.name;
     mCollector->clear();
+    clearProblem();
     played.startNs = SessionClock::beginCall(call.atUs);
     played.result = call.info->run(call.arguments);
     played.endNs = SessionClock::endCall();
+    played.problem = keptProblem();
     played.commands = mCollector->commands();
     played.isFailureInjected =
             mJudge.isFailureInjected(call.info->name, played.commands) && played.result != 0;

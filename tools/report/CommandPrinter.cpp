@@ -1,13 +1,16 @@
 #include "report/CommandPrinter.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "common/Terminal.h"
 #include "driver/RecordDecoder.h"
 #include "report/RecordJson.h"
+#include "session/SessionLine.h"
+#include "text/PrintableText.h"
 
 namespace desk {
 
@@ -16,35 +19,32 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr double kUsPerMs = 1e3;
-constexpr const char* kRowFormat = "{:>12.3f}  {:<12}  {:<13}  {:<11}  {}";
+constexpr const char* kHeadFormat = "{:>12.3f}  {:<12}  {:<13}  {:<11}  ";
 
 double timeMs(const PlayedCall& played) {
     return static_cast<double>(played.call->atUs) / kUsPerMs;
 }
 
-const char* nameOf(const ReceivedCommand& command) {
-    switch (command.call) {
-        case DriverCall::Open:
-            return "open";
-        case DriverCall::Close:
-            return "close";
-        case DriverCall::Command:
-            break;
-    }
-    return command.command != nullptr ? command.command->name : "unknown";
-}
-
-const char* errorName(int error) {
-    const char* name = strerrorname_np(error);
-    return name != nullptr ? name : "unknown errno";
-}
-
-std::string describeFields(const ReceivedCommand& command) {
+std::string describeFields(const PlayedCall& played, const ReceivedCommand& command) {
     if (command.command == nullptr) {
         return command.call == DriverCall::Command ? fmt::format("request={:#x}", command.request)
                                                    : std::string();
     }
-    return describeRecord(*command.command, command.record.data());
+    return describeRecord(*command.command, recordToPrint(played, command).data());
+}
+
+std::string describeOutcome(const ReceivedCommand& command) {
+    std::string text;
+    if (isRefusal(command.verdict)) {
+        text = fmt::format("  <- {}{}", errorName(command.error),
+                           command.verdict == Verdict::InjectedRefusal ? ", injected" : "");
+    }
+    return command.finding.empty() ? text : text + fmt::format("  <- {}", command.finding);
+}
+
+// The library's message without the place in its source, which ends it.
+std::string_view messageOf(const PlayedCall& played) {
+    return played.problem.substr(0, played.problem.rfind("{#"));
 }
 
 ordered_json beginJson(const PlayedCall& played) {
@@ -57,11 +57,17 @@ ordered_json beginJson(const PlayedCall& played) {
 }  // namespace
 
 CommandPrinter::CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format,
-                               std::function<void()> beforeRows)
-    : mOutput(std::move(output)), mFormat(format), mBeforeRows(std::move(beforeRows)) {
+                               RowFilter filter, std::function<void()> beforeRows)
+    : mOutput(std::move(output)),
+      mFormat(format),
+      mFilter(std::move(filter)),
+      mBeforeRows(std::move(beforeRows)),
+      mIsTerminal(terminalColumns(STDOUT_FILENO).has_value()) {
     if (mFormat == PrintFormat::Table) {
-        mOutput->writeLine(fmt::format("{:>12}  {:<12}  {:<13}  {:<11}  {}", "time ms", "thread",
-                                       "command", "verdict", "fields"));
+        mColumns = terminalColumns(STDOUT_FILENO);
+        printRow(fmt::format("{:>12}  {:<12}  {:<13}  {:<11}  ", "time ms", "thread", "command",
+                             "verdict"),
+                 "fields", "");
     }
 }
 
@@ -69,20 +75,19 @@ void CommandPrinter::onCall(const PlayedCall& played) {
     if (mOutput->error() != 0) {
         return;  // nobody reads it any more
     }
+    if (mIsTerminal) {
+        mColumns = terminalColumns(STDOUT_FILENO);
+    }
     mBeforeRows();
+    mFilter.onCall(played);
+    const bool isTable = mFormat == PrintFormat::Table;
     for (const ReceivedCommand& command : played.commands) {
-        if (mFormat == PrintFormat::Table) {
-            printTableRow(played, command);
-        } else {
-            printJsonCommand(played, command);
+        if (mFilter.hasCommand(played, command)) {
+            isTable ? printTableRow(played, command) : printJsonCommand(played, command);
         }
     }
-    if (played.result != 0) {
-        if (mFormat == PrintFormat::Table) {
-            printTableFailure(played);
-        } else {
-            printJsonFailure(played);
-        }
+    if (played.result != 0 && mFilter.hasFailure(played)) {
+        isTable ? printTableFailure(played) : printJsonFailure(played);
     }
 }
 
@@ -90,37 +95,47 @@ void CommandPrinter::onWait() {
     mOutput->flush();
 }
 
-void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedCommand& command) {
-    const char* verdict = isRefusal(command.verdict)          ? "refused"
-                          : command.verdict == Verdict::Noted ? "noted"
-                                                              : "accepted";
-    std::string row = fmt::format(kRowFormat, timeMs(played), played.thread, nameOf(command),
-                                  verdict, describeFields(command));
-    if (isRefusal(command.verdict)) {
-        row += fmt::format("  <- {}{}", errorName(command.error),
-                           command.verdict == Verdict::InjectedRefusal ? ", injected" : "");
-    }
-    if (!command.finding.empty()) {
-        row += fmt::format("  <- {}", command.finding);
+void CommandPrinter::printRow(std::string head, std::string_view fields,
+                              const std::string& outcome) {
+    std::string row;
+    if (mColumns) {
+        const size_t taken = displayWidth(head) + displayWidth(outcome);
+        const size_t left = *mColumns > taken ? *mColumns - taken : 0;
+        row = cutToWidth(std::move(head) + cutToWidth(fields, left) + outcome, *mColumns);
+    } else {
+        row = std::move(head).append(fields).append(outcome);
     }
     row.erase(row.find_last_not_of(' ') + 1);
     mOutput->writeLine(row);
 }
 
+void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedCommand& command) {
+    const char* verdict = isRefusal(command.verdict)          ? "refused"
+                          : command.verdict == Verdict::Noted ? "noted"
+                                                              : "accepted";
+    printRow(fmt::format(kHeadFormat, timeMs(played), printableText(played.thread),
+                         commandName(command), verdict),
+             describeFields(played, command), describeOutcome(command));
+}
+
 void CommandPrinter::printTableFailure(const PlayedCall& played) {
-    const std::string what =
-            fmt::format("{} in line {}{}", played.call->info->name, played.call->line,
-                        played.isFailureInjected ? ", injected" : "");
-    mOutput->writeLine(
-            fmt::format(kRowFormat, timeMs(played), played.thread, "-", "returned -1", what));
+    const std::string call = describeCall(played.call->info->name, played.call->arguments);
+    std::string outcome = fmt::format("  <- line {}{}", played.call->line,
+                                      played.isFailureInjected ? ", injected" : "");
+    if (!played.problem.empty()) {
+        outcome += fmt::format("  <- {}", printableText(messageOf(played)));
+    }
+    printRow(fmt::format(kHeadFormat, timeMs(played), printableText(played.thread), "-",
+                         "returned -1"),
+             call, outcome);
 }
 
 void CommandPrinter::printJsonCommand(const PlayedCall& played, const ReceivedCommand& command) {
     ordered_json row = beginJson(played);
-    row["command"] = nameOf(command);
+    row["command"] = commandName(command);
     if (command.command != nullptr) {
         row["number"] = command.command->number;
-        row["fields"] = recordToJson(*command.command, command.record.data());
+        row["fields"] = recordToJson(*command.command, recordToPrint(played, command).data());
     } else if (command.call == DriverCall::Command) {
         row["request"] = command.request;
     }
@@ -139,6 +154,10 @@ void CommandPrinter::printJsonFailure(const PlayedCall& played) {
     ordered_json row = beginJson(played);
     row["returned"] = played.result;
     row["injected"] = played.isFailureInjected;
+    row["arguments"] = argumentsToJson(played);
+    if (!played.problem.empty()) {
+        row["message"] = messageOf(played);
+    }
     printJson(row);
 }
 

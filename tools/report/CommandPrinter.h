@@ -6,18 +6,24 @@
 #include <functional>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "log/LineSink.h"
 #include "play/PlayedCall.h"
+#include "report/RowFilter.h"
 
 namespace desk {
 
 enum class PrintFormat : uint8_t { Table, JsonLines };
 
+// Rows of a table fit the terminal, where standard output is one: fields are cut to what is left
+// beside the outcome.
 class CommandPrinter : public CallListener {
   public:
-    // `beforeRows` is called ahead of the rows of a call.
-    CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format,
+    // `output` is standard output. `beforeRows` is called ahead of the rows of a call.
+    CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format, RowFilter filter,
                    std::function<void()> beforeRows);
 
     void onCall(const PlayedCall& played) override;
@@ -25,6 +31,7 @@ class CommandPrinter : public CallListener {
 
   private:
     void printJson(const nlohmann::ordered_json& row);
+    void printRow(std::string head, std::string_view fields, const std::string& outcome);
     void printTableRow(const PlayedCall& played, const ReceivedCommand& command);
     void printTableFailure(const PlayedCall& played);
     void printJsonCommand(const PlayedCall& played, const ReceivedCommand& command);
@@ -32,7 +39,10 @@ class CommandPrinter : public CallListener {
 
     std::shared_ptr<LineSink> mOutput;
     PrintFormat mFormat;
+    RowFilter mFilter;
     std::function<void()> mBeforeRows;
+    bool mIsTerminal;
+    std::optional<size_t> mColumns;
 };
 
 }  // namespace desk

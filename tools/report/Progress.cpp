@@ -15,7 +15,7 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr auto kBarInterval = std::chrono::milliseconds(100);
-constexpr auto kLineInterval = std::chrono::seconds(2);
+constexpr auto kLineInterval = std::chrono::seconds(1);
 constexpr double kUsPerSecond = 1e6;
 constexpr const char* kEraseLine = "\r\x1b[K";
 

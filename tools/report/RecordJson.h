@@ -1,15 +1,30 @@
 /*
- * A command's record as JSON.
+ * A command's record as it is printed.
  */
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "driver/RecordDecoder.h"
+#include "play/PlayedCall.h"
 
 namespace desk {
 
 // All fields but the reserved ones by name, in the order of the record.
 nlohmann::ordered_json recordToJson(const VELKCommand& command, const void* record);
+
+using RecordBytes = decltype(ReceivedCommand::record);
+
+// The record with the number of the session's thread in place of the kernel's id of the thread,
+// which differs from run to run. Threads count from 1, in the order of first appearance.
+RecordBytes recordToPrint(const PlayedCall& played, const ReceivedCommand& command);
+
+// The name by which a row calls what the driver received.
+const char* commandName(const ReceivedCommand& command);
+// "EINVAL".
+const char* errorName(int error);
+
+// The arguments of the call by name.
+nlohmann::ordered_json argumentsToJson(const PlayedCall& played);
 
 }  // namespace desk

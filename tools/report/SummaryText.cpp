@@ -6,8 +6,10 @@
 #include <iterator>
 
 #include "driver/RecordCopy.h"
+#include "report/CountText.h"
 #include "report/Share.h"
 #include "report/Summary.h"
+#include "text/PrintableText.h"
 
 namespace desk {
 
@@ -23,11 +25,11 @@ double milliseconds(int64_t us) {
 }
 
 void writeHead(Output out, const Summary& summary) {
-    fmt::format_to(out, "Session {}\n", summary.session);
-    fmt::format_to(out, "  {} calls on {} threads, {:.3f} s recorded, played in {:.3f} s",
-                   summary.figures.calls, summary.figures.threads,
-                   static_cast<double>(summary.figures.recordedUs) / kUsPerSecond,
-                   summary.playedSeconds);
+    fmt::format_to(out, "Session {}\n", printableText(summary.session));
+    fmt::format_to(
+            out, "  {} on {}, {:.3f} s recorded, played in {:.3f} s",
+            countOf(summary.figures.calls, "call"), countOf(summary.figures.threads, "thread"),
+            static_cast<double>(summary.figures.recordedUs) / kUsPerSecond, summary.playedSeconds);
     if (summary.playedSeconds > 0) {
         fmt::format_to(
                 out, " ({:.0f} calls/s)",
@@ -35,7 +37,7 @@ void writeHead(Output out, const Summary& summary) {
     }
     fmt::format_to(out, "\n");
     if (summary.error) {
-        fmt::format_to(out, "  ended early: {}\n", *summary.error);
+        fmt::format_to(out, "  ended early: {}\n", printableText(*summary.error));
     } else if (summary.isStopped) {
         fmt::format_to(out, "  ended early: interrupted\n");
     } else if (summary.cutOff) {
@@ -68,7 +70,7 @@ std::string describeThreads(const std::vector<std::string>& names) {
     constexpr size_t kMost = 3;
     std::string text;
     for (size_t i = 0; i < std::min(names.size(), kMost); ++i) {
-        text += (i > 0 ? ", " : "") + names[i];
+        text += (i > 0 ? ", " : "") + printableText(names[i]);
     }
     if (names.size() > kMost) {
         text += fmt::format(" and {} more", names.size() - kMost);
@@ -94,9 +96,10 @@ void writeTasks(Output out, const std::vector<TaskFigures>& tasks) {
         fmt::format_to(out,
                        "  {:<14} {:>8} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6.1f} "
                        "{:>10.3f}  {}\n",
-                       fmt::format("{:>2} {}", task.task, task.name), task.starts, runs.count,
-                       task.targetTimeUs, figureOf(runs, runs.p50Us), figureOf(runs, runs.p90Us),
-                       figureOf(runs, runs.p99Us), figureOf(runs, runs.longestUs), task.overTarget,
+                       fmt::format("{:>2} {}", task.task, printableText(task.name)), task.starts,
+                       runs.count, task.targetTimeUs, figureOf(runs, runs.p50Us),
+                       figureOf(runs, runs.p90Us), figureOf(runs, runs.p99Us),
+                       figureOf(runs, runs.longestUs), task.overTarget,
                        percentOf(task.overTarget, runs.count), milliseconds(runs.totalUs),
                        describeThreads(task.threads));
     }
@@ -204,6 +207,17 @@ std::string describeControl(const MergedControl& control) {
     return fmt::format("{}", fmt::join(parts, " "));
 }
 
+// Writes as many as somebody reads, and how many are left. JSON Lines have them all.
+template <typename Element, typename Write>
+void writeFirst(Output out, const std::vector<Element>& elements, const char* noun, Write&& write) {
+    constexpr size_t kMax = 20;
+    const size_t shown = std::min(elements.size(), kMax);
+    std::for_each_n(elements.begin(), shown, write);
+    if (shown < elements.size()) {
+        fmt::format_to(out, "  and {} more\n", countOf(elements.size() - shown, noun));
+    }
+}
+
 void writeActive(Output out, const Summary& summary) {
     fmt::format_to(out, "\nStill active at the end\n");
     const DriverSnapshot& driver = summary.driver;
@@ -218,17 +232,17 @@ void writeActive(Output out, const Summary& summary) {
                        describeControl(driver.controlAtUninit));
     }
     if (driver.openDescriptors > 0) {
-        fmt::format_to(out, "  {} open descriptor(s) of the control node\n",
-                       driver.openDescriptors);
+        fmt::format_to(out, "  {} of the control node\n",
+                       countOf(driver.openDescriptors, "open descriptor"));
     }
-    for (const ActiveRun& run : summary.figures.activeRuns) {
-        fmt::format_to(out, "  {} runs task {} {} since {:.3f} ms\n", run.thread, run.task,
-                       run.name, milliseconds(run.sinceUs));
-    }
-    for (const ActiveSpan& span : summary.figures.activeSpans) {
-        fmt::format_to(out, "  {} is in a critical span of value {} since {:.3f} ms\n", span.thread,
-                       span.criticalValue, milliseconds(span.sinceUs));
-    }
+    writeFirst(out, summary.figures.activeRuns, "run", [out](const ActiveRun& run) {
+        fmt::format_to(out, "  {} runs task {} {} since {:.3f} ms\n", printableText(run.thread),
+                       run.task, printableText(run.name), milliseconds(run.sinceUs));
+    });
+    writeFirst(out, summary.figures.activeSpans, "critical span", [out](const ActiveSpan& span) {
+        fmt::format_to(out, "  {} is in a critical span of value {} since {:.3f} ms\n",
+                       printableText(span.thread), span.criticalValue, milliseconds(span.sinceUs));
+    });
     if (!driver.isInitialised && driver.control.isEmpty() && driver.controlAtUninit.isEmpty() &&
         driver.openDescriptors == 0 && summary.figures.activeRuns.empty() &&
         summary.figures.activeSpans.empty()) {

@@ -7,7 +7,10 @@
 #include <utility>
 
 #include "driver/RecordCopy.h"
+#include "driver/RecordDecoder.h"
 #include "driver/TaskRuns.h"
+#include "report/RecordJson.h"
+#include "report/RowFilter.h"
 
 namespace desk {
 
@@ -16,8 +19,33 @@ namespace {
 // All threads belong to one process.
 constexpr int kProcess = 1;
 
+// How far an instant reaches.
+constexpr const char* kThread = "t";
+constexpr const char* kGlobal = "g";
+
+using nlohmann::ordered_json;
+
+constexpr const char* kNoArguments = "{}";
+
+std::string dump(const ordered_json& json) {
+    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
 std::string quote(std::string_view text) {
-    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return dump(ordered_json(text));
+}
+
+// The call's own arguments, and each command that it sent.
+std::string describeArguments(const PlayedCall& played) {
+    ordered_json arguments = argumentsToJson(played);
+    for (size_t i = 0; i < played.commands.size(); ++i) {
+        const ReceivedCommand& command = played.commands[i];
+        if (command.command != nullptr) {
+            arguments[fmt::format("command {}: {}", i + 1, command.command->name)] =
+                    describeRecord(*command.command, recordToPrint(played, command).data());
+        }
+    }
+    return dump(arguments);
 }
 
 // The trace's times are in microseconds.
@@ -67,7 +95,9 @@ void TraceWriter::onCall(const PlayedCall& played) {
     writeInstants(played);
     writeCounters(played);
     drainTrace(mSections);
-    mTracks[played.call->thread].sections.assign(mSections.begin(), mSections.end());
+    Track& track = mTracks[played.call->thread];
+    track.sections.assign(mSections.begin(), mSections.end());
+    track.callArguments = describeArguments(played);
 }
 
 void TraceWriter::finish() {
@@ -97,39 +127,70 @@ void TraceWriter::beginSlices(const PlayedCall& played) {
     for (const ReceivedCommand& command : played.commands) {
         if (command.command != nullptr && command.request == VELK_IOC_TASK_INIT) {
             const auto record = copyRecord<VELK_TASK_INIT_PARAM>(command.record.data());
-            mTaskNames[record.uniqueTaskId] = taskNameOf(record);
+            mTasks[record.uniqueTaskId] = {std::string(taskNameOf(record)),
+                                           dump({{"uniqueTaskId", record.uniqueTaskId},
+                                                 {"targetTime", record.targetTime},
+                                                 {"defaultUclamp", record.defaultUclamp}})};
         }
     }
     forEachAccepted<VELK_TASK_PARAM>(
             played, VELK_IOC_TASK_START, [this, &played](const VELK_TASK_PARAM& record) {
-                std::string name = taskName(played, record.uniqueTaskId);
-                writeBegin(played.call->thread, played.startNs, name);
+                Task task = taskOf(played, record.uniqueTaskId);
+                writeSliceEnd('B', played.call->thread, played.startNs, task.name, task.arguments);
                 mTracks[played.call->thread].slices.push_back(
-                        {record.uniqueTaskId, std::move(name)});
+                        {record.uniqueTaskId, std::move(task)});
                 mRuns[record.uniqueTaskId].push_back({played.call->thread});
             });
 }
 
 // Writes the sections that wait on the thread's track, and cuts what is later than `endNs`.
 void TraceWriter::writeSections(uint32_t thread, int64_t endNs) {
-    for (const TraceEvent& section : mTracks[thread].sections) {
-        const int64_t timeNs = std::min(section.timeNs, endNs);
+    Track& track = mTracks[thread];
+    std::vector<std::pair<std::string_view, std::string_view>> open;  // name and arguments
+    auto left = static_cast<int64_t>(track.sections.size());          // need a nanosecond each
+    for (const TraceEvent& section : track.sections) {
+        const int64_t timeNs = std::min(section.timeNs, endNs - left--);
         if (section.phase == TracePhase::Begin) {
-            writeBegin(thread, timeNs, section.name());
-        } else {
-            writeEnd(thread, timeNs);
+            // The outermost section is that of the call.
+            open.emplace_back(section.name(),
+                              open.empty() ? std::string_view(track.callArguments) : kNoArguments);
+            writeSliceEnd('B', thread, timeNs, open.back().first, open.back().second);
+        } else if (!open.empty()) {
+            writeSliceEnd('E', thread, timeNs, open.back().first, open.back().second);
+            open.pop_back();
         }
     }
-    mTracks[thread].sections.clear();
+    track.sections.clear();
 }
 
 void TraceWriter::writeInstants(const PlayedCall& played) {
-    forEachAccepted<VELK_VSYNC_PARAM>(
-            played, VELK_IOC_VSYNC, [this, &played](const VELK_VSYNC_PARAM&) {
-                write(fmt::format(
-                        R"({{"ph":"i","pid":{},"tid":{},"ts":{},"name":"vsync","s":"g"}})",
-                        kProcess, traceThread(played.call->thread), microseconds(played.startNs)));
-            });
+    for (const ReceivedCommand& command : played.commands) {
+        if (isRefusal(command.verdict)) {
+            ordered_json arguments = {{"errno", errorName(command.error)}};
+            if (!command.finding.empty()) {
+                arguments["finding"] = command.finding;
+            }
+            writeInstant(played, fmt::format("{} refused", commandName(command)), kThread,
+                         dump(arguments));
+        } else if (command.request == VELK_IOC_VSYNC) {
+            writeInstant(played, "vsync", kGlobal, kNoArguments);
+        }
+    }
+    if (played.result != 0) {
+        ordered_json arguments = argumentsToJson(played);
+        if (!played.problem.empty()) {
+            arguments["message"] = played.problem;
+        }
+        writeInstant(played, fmt::format("{} returned -1", played.call->info->name), kThread,
+                     dump(arguments));
+    }
+}
+
+void TraceWriter::writeInstant(const PlayedCall& played, std::string_view name,
+                               std::string_view scope, std::string_view arguments) {
+    write(fmt::format(R"({{"ph":"i","pid":{},"tid":{},"ts":{},"name":{},"s":"{}","args":{}}})",
+                      kProcess, traceThread(played.call->thread), microseconds(played.startNs),
+                      quote(name), scope, arguments));
 }
 
 void TraceWriter::writeCounters(const PlayedCall& played) {
@@ -171,7 +232,8 @@ void TraceWriter::endAllSlices(int64_t timeNs) {
     for (uint32_t thread = 0; thread < mTracks.size(); ++thread) {
         writeSections(thread, timeNs);
         for (; !mTracks[thread].slices.empty(); mTracks[thread].slices.pop_back()) {
-            writeEnd(thread, timeNs);
+            const Task& task = mTracks[thread].slices.back().task;
+            writeSliceEnd('E', thread, timeNs, task.name, task.arguments);
         }
     }
     mRuns.clear();
@@ -188,23 +250,25 @@ void TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs
         return;  // ended together with another run of the task on this thread
     }
     writeSections(thread, timeNs);
-    for (auto above = first; above != slices.end(); ++above) {
-        writeEnd(thread, timeNs);
+    for (auto above = slices.end(); above != first;) {
+        --above;
+        writeSliceEnd('E', thread, timeNs, above->task.name, above->task.arguments);
     }
     const auto place = first - slices.begin();
     std::erase_if(slices, isOfTask);
     for (auto above = slices.begin() + place; above != slices.end(); ++above) {
-        writeBegin(thread, timeNs, above->name);
+        writeSliceEnd('B', thread, timeNs, above->task.name, above->task.arguments);
     }
 }
 
-std::string TraceWriter::taskName(const PlayedCall& played, uint32_t uniqueTaskId) const {
-    const auto known = mTaskNames.find(uniqueTaskId);
-    if (known != mTaskNames.end() && !known->second.empty()) {
-        return known->second;
+TraceWriter::Task TraceWriter::taskOf(const PlayedCall& played, uint32_t uniqueTaskId) const {
+    const auto known = mTasks.find(uniqueTaskId);
+    Task task = known != mTasks.end() ? known->second : Task{"", kNoArguments};
+    if (task.name.empty()) {
+        const std::optional<int32_t>& number = played.call->arguments.task;
+        task.name = number ? fmt::format("task {}", *number) : "task";
     }
-    const std::optional<int32_t>& task = played.call->arguments.task;
-    return task ? fmt::format("task {}", *task) : "task";
+    return task;
 }
 
 void TraceWriter::write(std::string_view event) {
@@ -212,14 +276,13 @@ void TraceWriter::write(std::string_view event) {
     mHasEvents = true;
 }
 
-void TraceWriter::writeBegin(uint32_t thread, int64_t timeNs, std::string_view name) {
-    write(fmt::format(R"({{"ph":"B","pid":{},"tid":{},"ts":{},"name":{}}})", kProcess,
-                      traceThread(thread), microseconds(timeNs), quote(name)));
-}
-
-void TraceWriter::writeEnd(uint32_t thread, int64_t timeNs) {
-    write(fmt::format(R"({{"ph":"E","pid":{},"tid":{},"ts":{}}})", kProcess, traceThread(thread),
-                      microseconds(timeNs)));
+void TraceWriter::writeSliceEnd(char phase, uint32_t thread, int64_t timeNs, std::string_view name,
+                                std::string_view arguments) {
+    Track& track = mTracks[thread];
+    track.lastNs = std::max(timeNs, track.lastNs + 1);
+    write(fmt::format(R"({{"ph":"{}","pid":{},"tid":{},"ts":{},"name":{},"args":{}}})", phase,
+                      kProcess, traceThread(thread), microseconds(track.lastNs), quote(name),
+                      arguments));
 }
 
 }  // namespace desk

@@ -1,7 +1,8 @@
 /*
  * Writes a trace that chrome://tracing and Perfetto open: a track for every thread with the tasks
- * that it runs and the library's sections within, instants for vsync, counters for the frame rate
- * and the merged percent level. It is written as the session goes, not kept.
+ * that it runs and the library's sections within, each with its arguments; instants for vsync, for
+ * refused commands and for calls that returned -1; counters for the frame rate and the merged
+ * percent level. It is written as the session goes, not kept.
  */
 #pragma once
 
@@ -32,14 +33,20 @@ class TraceWriter : public CallListener {
     void finish();
 
   private:
+    struct Task {
+        std::string name;
+        std::string arguments;  // as a JSON object
+    };
     struct OpenSlice {
         uint32_t uniqueTaskId = 0;
-        std::string name;
+        Task task;
     };
     struct Track {
         bool isNamed = false;
         std::vector<OpenSlice> slices;     // outermost first
         std::vector<TraceEvent> sections;  // of the last call, not written yet
+        std::string callArguments;         // of that call, as a JSON object
+        int64_t lastNs = -1;               // of the last end of a slice that was written
     };
     // Of a task, by the session's thread number.
     struct Run {
@@ -59,16 +66,20 @@ class TraceWriter : public CallListener {
     void endAllSlices(int64_t timeNs);
     // Ends the thread's slices of the task.
     void endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
-    std::string taskName(const PlayedCall& played, uint32_t uniqueTaskId) const;
+    Task taskOf(const PlayedCall& played, uint32_t uniqueTaskId) const;
 
     void write(std::string_view event);
+    void writeInstant(const PlayedCall& played, std::string_view name, std::string_view scope,
+                      std::string_view arguments);
     void writeCounter(Counter& counter, int64_t timeNs, int64_t value);
-    void writeBegin(uint32_t thread, int64_t timeNs, std::string_view name);
-    void writeEnd(uint32_t thread, int64_t timeNs);
+    // One end of a slice. Both bear its name and arguments, by which some importers match them. Two
+    // on one track are at least a nanosecond apart: importers sort by time.
+    void writeSliceEnd(char phase, uint32_t thread, int64_t timeNs, std::string_view name,
+                       std::string_view arguments);
 
     std::shared_ptr<LineSink> mSink;
     std::vector<Track> mTracks;                            // by the session's thread number
-    std::unordered_map<uint32_t, std::string> mTaskNames;  // by unique task id
+    std::unordered_map<uint32_t, Task> mTasks;             // by unique task id
     std::unordered_map<uint32_t, std::vector<Run>> mRuns;  // by unique task id
     std::vector<TraceEvent> mSections;                     // its memory is used for every call
     Counter mFps = {"fps"};

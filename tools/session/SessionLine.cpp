@@ -112,16 +112,24 @@ void appendKey(std::string& text, std::string_view key) {
     text.append(", \"").append(key).append("\": ");
 }
 
-template <typename Argument>
-void appendArgument(std::string& text, const ArgumentInfo& info, const Argument& argument) {
-    if (!argument) {
-        return;
-    }
-    appendKey(text, info.name);
-    if constexpr (std::is_same_v<Argument, std::optional<std::string>>) {
-        appendText(text, *argument, info.maxLength);
-    } else {
-        append(text, *argument);
+// Calls `appendName` ahead of each argument that has a value.
+template <typename AppendName>
+void appendArguments(std::string& text, const CallArguments& arguments, AppendName&& appendName) {
+    for (const ArgumentInfo& info : kArguments) {
+        std::visit(
+                [&](auto field) {
+                    const auto& argument = arguments.*field;
+                    if (!argument) {
+                        return;
+                    }
+                    appendName(info.name);
+                    if constexpr (std::is_same_v<decltype(*argument), const std::string&>) {
+                        appendText(text, *argument, info.maxLength);
+                    } else {
+                        append(text, *argument);
+                    }
+                },
+                info.field);
     }
 }
 
@@ -134,10 +142,18 @@ void appendSessionLine(std::string& text, int64_t atUs, std::string_view thread,
     appendKey(text, "thread");
     appendText(text, thread.empty() ? "?" : thread, kMaxNameLength);
     text.append(", \"call\": \"").append(call).append("\"");
-    for (const ArgumentInfo& info : kArguments) {
-        std::visit([&](auto field) { appendArgument(text, info, arguments.*field); }, info.field);
-    }
+    appendArguments(text, arguments, [&text](std::string_view name) { appendKey(text, name); });
     text += "}\n";
+}
+
+std::string describeCall(std::string_view call, const CallArguments& arguments) {
+    std::string text(call);
+    const char* separator = "(";
+    appendArguments(text, arguments, [&](std::string_view name) {
+        text.append(separator).append(name) += '=';
+        separator = ", ";
+    });
+    return text.append(*separator == '(' ? "()" : ")");
 }
 
 }  // namespace desk

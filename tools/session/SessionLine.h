@@ -24,4 +24,7 @@ namespace desk {
 void appendSessionLine(std::string& text, int64_t atUs, std::string_view thread,
                        std::string_view call, const CallArguments& arguments);
 
+// The call for people: "notifyTaskEnd(key="0x99", task=5)".
+std::string describeCall(std::string_view call, const CallArguments& arguments);
+
 }  // namespace desk

@@ -55,13 +55,11 @@ void RowFilter::addItem(std::string_view item) {
     const std::string value(place == std::string_view::npos ? "" : item.substr(place + 1));
     if (item == "failures") {
         mIsOfFailures = true;
-    } else if (value.empty()) {
-        fail(item, "command=NAME, thread=NAME, task=TASK or failures");
-    } else if (kind == "command") {
+    } else if (kind == "command" && !value.empty()) {
         mCommands.insert(parseCommand(item, value));
-    } else if (kind == "thread") {
+    } else if (kind == "thread" && !value.empty()) {
         mThreads.insert(value);
-    } else if (kind == "task") {
+    } else if (kind == "task" && !value.empty()) {
         mTasks.insert(value);
     } else {
         fail(item, "command=NAME, thread=NAME, task=TASK or failures");

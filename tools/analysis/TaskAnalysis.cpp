@@ -95,6 +95,7 @@ std::vector<ActiveRun> TaskAnalysis::activeRuns(const ThreadTable& threads) cons
         }
     }
     std::vector<ActiveRun> runs;
+    runs.reserve(ordered.size());
     for (const auto& [place, run] : ordered) {
         runs.push_back(run);
     }

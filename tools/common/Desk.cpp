@@ -35,7 +35,7 @@ constexpr std::array kProperties = {KnownProperty{"vendor.debug.velk.debuglog", 
 
 // Why a property has no effect, empty when it may have one.
 std::string doubtAbout(const std::string& name, const std::string& value) {
-    const auto known = std::ranges::find(kProperties, name, &KnownProperty::name);
+    const auto* const known = std::ranges::find(kProperties, name, &KnownProperty::name);
     if (known == kProperties.end()) {
         std::string names;
         for (const KnownProperty& property : kProperties) {
@@ -76,6 +76,7 @@ void setUpDesk(std::string_view program, const CommonOptions& options) {
 
 std::vector<NamedFile> inputFilesOf(const CommonOptions& options) {
     std::vector<NamedFile> files;
+    files.reserve(std::size(kTuningFiles));
     for (const char* const name : kTuningFiles) {
         files.push_back({"the tuning data", std::filesystem::path(options.tuning) / name});
     }

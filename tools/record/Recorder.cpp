@@ -15,6 +15,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -187,7 +188,7 @@ Recorder* makeRecorder() noexcept {
             "\", expected \"exact\" or nothing; nothing is recorded");
         return nullptr;
     }
-    return new Recorder(path, orderText == "exact");
+    return std::make_unique<Recorder>(path, orderText == "exact").release();
 }
 
 std::atomic<Recorder*> madeRecorder = nullptr;

@@ -43,11 +43,10 @@ RecordingFile::RecordingFile(std::string path) : mPath(std::move(path)) {
     }
     struct stat status = {};
     int error = 0;
-    if (fstat(mDescriptor, &status) != 0) {
-        error = errno;
-    } else if (!S_ISREG(status.st_mode)) {
+    if (fstat(mDescriptor, &status) == 0 && !S_ISREG(status.st_mode)) {
         error = EINVAL;
-    } else if (flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 || ftruncate(mDescriptor, 0) != 0) {
+    } else if (status.st_mode == 0 || flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 ||
+               ftruncate(mDescriptor, 0) != 0) {
         error = errno;
     }
     if (error != 0) {

@@ -23,6 +23,7 @@ constexpr int kPatienceMs = 60000;
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
+    result.reserve(words.size() + 1);
     for (std::string& word : words) {
         result.push_back(word.data());
     }

@@ -37,8 +37,8 @@ std::vector<std::string> environmentWith(const std::optional<Fault>& fault) {
         variables.emplace_back(*variable);
     }
     if (fault) {
-        variables.push_back("LD_PRELOAD=" VELK_FAULT_LIBRARY);
-        variables.push_back("ASAN_OPTIONS=verify_asan_link_order=0");
+        variables.emplace_back("LD_PRELOAD=" VELK_FAULT_LIBRARY);
+        variables.emplace_back("ASAN_OPTIONS=verify_asan_link_order=0");
         variables.push_back("VELK_FAULT=" + fault->kind + " " + std::to_string(fault->number) +
                             " " + std::to_string(fault->error));
         variables.push_back(std::string("VELK_FAULT_MARK=") + kMark);

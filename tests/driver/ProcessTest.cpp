@@ -66,8 +66,10 @@ TEST(Process, IsForgottenWhenItDiesThoughAChildKeepsItsFile) {
         pause();
         return 0;
     });
+    ASSERT_GT(parent, 0);
     pid_t child = 0;
     ASSERT_EQ(read(pipe[0], &child, sizeof child), ssize_t{sizeof child});
+    ASSERT_GT(child, 0);
     EXPECT_NE(stateLines(parent), std::vector<std::string>());
     kill(parent, SIGKILL);
     exitStatusOf(parent);

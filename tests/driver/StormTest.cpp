@@ -98,6 +98,7 @@ TEST(Storm, LeavesNothingBehind) {
         if (process == 0) {
             liveAsProcess(seed, ended[1]);
         }
+        ASSERT_GT(process, 0) << "no process to be killed";
         close(ended[1]);  // so that a child that dies by itself ends the reading
         char life = 0;
         for (size_t lives = random() % kLives; lives > 0; --lives) {

@@ -1,5 +1,5 @@
 // The example that the README shows, built as it stands there, sends its commands.
-#include "example/Readme.h"
+#include "example/Readme.inc"
 #include "support/LibraryTest.h"
 
 namespace fake {

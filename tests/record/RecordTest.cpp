@@ -64,7 +64,7 @@ class Record : public testing::Test {
                const std::string& more = "") const {
         return run("LD_PRELOAD=" VELK_RECORDER " VELK_RECORD=" + recording + " " + more, command);
     }
-    std::string replay(const std::string& session, const std::string& output) const {
+    static std::string replay(const std::string& session, const std::string& output) {
         return VELK_REPLAY_PROGRAM " --tuning " VELK_SAMPLES "/tuning --format jsonl " + session +
                " >" + output;
     }

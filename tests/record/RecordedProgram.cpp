@@ -67,6 +67,7 @@ void limitFileSize() {
 void runThreads(int count) {
     std::latch all(count);
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
         threads.emplace_back([&all] {
             VELKInfoNotifier::notifyVSync();

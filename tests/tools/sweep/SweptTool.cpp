@@ -11,6 +11,7 @@
 #include <csignal>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace desk {
 
@@ -63,7 +64,7 @@ void await(pid_t process, SweepOutcome& outcome) {
 
 }  // namespace
 
-SweptTool::SweptTool(const ToolRow& row) : mRow(row) {
+SweptTool::SweptTool(ToolRow row) : mRow(std::move(row)) {
     std::string folder = testing::TempDir() + "sweep-XXXXXX";
     EXPECT_NE(mkdtemp(folder.data()), nullptr);
     mFolder = folder;

@@ -49,7 +49,7 @@ struct SweepOutcome {
 class SweptTool {
   public:
     // Makes the folder with the inputs.
-    explicit SweptTool(const ToolRow& row);
+    explicit SweptTool(ToolRow row);
     ~SweptTool();
     SweptTool(const SweptTool&) = delete;
     SweptTool& operator=(const SweptTool&) = delete;

@@ -21,7 +21,7 @@ constexpr const char* kEraseLine = "\r\x1b[K";
 
 // As much of the text as fits ahead of the last column: behind a full line the cursor would move on
 // to the next one.
-std::string fitIntoLine(std::string text) {
+std::string fitIntoLine(const std::string& text) {
     const size_t columns = terminalColumns(STDERR_FILENO).value_or(1);
     return text.substr(0, columns - 1);
 }

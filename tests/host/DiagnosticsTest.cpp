@@ -59,7 +59,7 @@ TEST(Diagnostics, BothLoggersWriteLinesToTheirSink) {
     errno = EXDEV;
     __android_log_print(ANDROID_LOG_DEBUG, "Tag", "debug %d", 1);
     EXPECT_EQ(errno, EXDEV);
-    __android_log_print(ANDROID_LOG_ERROR, "Tag", "error");
+    __android_log_print(ANDROID_LOG_ERROR, "Tag", "error\x1b[2J\n");
     desk::setAndroidLog(nullptr);
     __android_log_print(ANDROID_LOG_ERROR, "Tag", "nobody listens any more");
 
@@ -70,7 +70,7 @@ TEST(Diagnostics, BothLoggersWriteLinesToTheirSink) {
 
     EXPECT_TRUE(sink->flush());
     EXPECT_THAT(linesOf(path),
-                ElementsAre(here() + " D Tag: debug 1", here() + " E Tag: error",
+                ElementsAre(here() + " D Tag: debug 1", here() + R"( E Tag: error\x1b[2J\n)",
                             here() + " [1001015] D Tag: more", here() + " [0000001] E Tag: cut"));
     std::filesystem::remove(path);
     EXPECT_THROW(desk::LineSink::toFile("/nonexistent/folder/file"), std::system_error);

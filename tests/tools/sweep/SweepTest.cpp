@@ -189,6 +189,24 @@ TEST_P(Sweep, EachSignalComesAtEachStage) {
     }
 }
 
+// As under nohup, or in the background of a shell without job control.
+TEST_P(Sweep, ASignalThatWasIgnoredAtTheStartStaysIgnored) {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        const auto inherited = std::signal(signal, SIG_IGN);
+        bool hasHappened = true;
+        for (int number = 1; hasHappened; number *= 2) {
+            SCOPED_TRACE(testing::Message() << strsignal(signal) << " ahead of call " << number);
+            const SweepOutcome outcome = mTool.run(Fault{"any", number, -signal});
+            hasHappened = outcome.hasFaultHappened;
+            expectNoHarm(outcome);
+            EXPECT_EQ(outcome.signal, 0);
+            EXPECT_EQ(outcome.status, mWhole.status);
+            EXPECT_EQ(differences(outcome), Words());
+        }
+        std::signal(signal, inherited);
+    }
+}
+
 TEST_P(Sweep, AnOutputThatIsAnInputIsRefused) {
     std::filesystem::create_symlink(kSession, mTool.path("link"));
     std::filesystem::create_hard_link(mTool.path(kSession), mTool.path("other name"));

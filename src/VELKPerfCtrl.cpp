@@ -3,9 +3,9 @@
  * frame information. The tables that they use belong to VELKRescManagement.
  *
  * How the instance is protected. Operations that hold the global mutex use gResource. All others
- * enter gActiveCalls and then load gPublishedResource. The last uninit clears gPublishedResource,
- * waits for the calls that have entered before, and only then destroys the instance. A descriptor
- * in gDeviceFd is closed in the same manner.
+ * use gPublishedResource, which counts them as inside. The last uninit hides the instance there,
+ * waits for the calls inside, and only then destroys the instance. A descriptor in gDeviceFd is
+ * closed in the same manner.
  */
 #include <unistd.h>
 
@@ -25,10 +25,10 @@
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
 #include "VELKSettingsProvider.h"
-#include "foundation/ActiveCalls.h"
 #include "foundation/CommandChannel.h"
 #include "foundation/LogGate.h"
 #include "foundation/NeverDestroyed.h"
+#include "foundation/Published.h"
 #include "foundation/Rollback.h"
 #include "foundation/RuntimeSwitches.h"
 #include "foundation/ThreadSafety.h"
@@ -55,10 +55,9 @@ constinit NeverDestroyed<std::unique_ptr<VELKRescManagement>> gResourceStorage;
 std::unique_ptr<VELKRescManagement>& gResource VELK_GUARDED_BY(gGlobalMutex) =
         gResourceStorage.object;
 
-constinit std::atomic<VELKRescManagement*> gPublishedResource = nullptr;
 constinit std::atomic<uint32_t> gUseCount = 0;
 
-using InsideCall = ActiveCalls::Inside;
+using ResourceUse = Published<VELKRescManagement>::Use;
 
 constexpr int resultOf(bool sent) {
     return sent ? kSuccess : kFailure;
@@ -87,22 +86,22 @@ constexpr int resultOf(bool sent) {
 
 void publishResource(std::unique_ptr<VELKRescManagement> resource) VELK_REQUIRES(gGlobalMutex) {
     gResource = std::move(resource);
-    gPublishedResource.store(gResource.get());
+    gPublishedResource.publish(gResource.get());
 }
 
 void destroyResource() noexcept VELK_REQUIRES(gGlobalMutex) {
     if (gResource == nullptr) {
         return;
     }
-    gPublishedResource.store(nullptr);
-    gActiveCalls.waitForCallsInside();
+    gPublishedResource.hide();
+    gPublishedResource.waitForCallsInside();
     gResource.reset();
 }
 
 // Closes a descriptor that no new call can find, after the calls that may be sending on it.
 void closeWhenUnused(int32_t fd) noexcept VELK_REQUIRES(gGlobalMutex) {
     if (fd >= 0) {
-        gActiveCalls.waitForCallsInside();
+        gPublishedResource.waitForCallsInside();
         close(fd);
     }
 }
@@ -136,8 +135,8 @@ class ExitTeardown {
   public:
     ~ExitTeardown() {
         if (gGlobalMutex.try_lock()) {
-            gPublishedResource.store(nullptr);
-            if (gActiveCalls.isQuiet()) {
+            gPublishedResource.hide();
+            if (gPublishedResource.isQuiet()) {
                 gResource.reset();
             }
             gGlobalMutex.unlock();
@@ -409,8 +408,8 @@ int VELKMachine::notifyTaskEnd(const void* key, int task) {
 }
 
 int VELKMachine::notifyTaskSceneChange(int task, VELKSceneChangeMode mode) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failCheckInit();
     }
@@ -448,8 +447,8 @@ void addCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, VELKRescManagement& resour
 }  // namespace
 
 int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failCheckInit();
     }
@@ -577,11 +576,11 @@ int VELKMachine::notifyResetSingleShotControl() {
 namespace {
 
 // Marks while the library is down: sends the settings' control without merging it. Empty when the
-// library is up. The caller may then wait for the global mutex, because this function has left
-// gActiveCalls: an uninit that waits for the calls inside holds that mutex.
+// library is up. The caller may then wait for the global mutex, because this function is no longer
+// inside: an uninit that waits for the calls inside holds that mutex.
 [[gnu::cold]] std::optional<int> markWithoutResource(int user) {
-    const InsideCall inside(gActiveCalls);
-    if (gPublishedResource.load() != nullptr) {
+    const ResourceUse use(gPublishedResource);
+    if (use.object() != nullptr) {
         return std::nullopt;
     }
     VELK_LOGD_GATED("no VELKResource exists, create temp devfd");
@@ -647,8 +646,8 @@ int VELKMachine::markCriticalTask() {
 }
 
 int VELKMachine::notifySingleShotCriticalTaskStart(int task) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failCheckInitGated();
     }
@@ -664,8 +663,8 @@ int VELKMachine::notifySingleShotCriticalTaskStart(int task) {
 }
 
 int VELKMachine::notifySingleShotCriticalTaskEnd(int task) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failCheckInitGated();
     }
@@ -682,8 +681,8 @@ int VELKMachine::notifySingleShotCriticalTaskEnd(int task) {
 // --- Anchor points -------------------------------------------------------------------------------
 
 int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failCheckInitGated();
     }
@@ -703,8 +702,8 @@ int VELKMachine::notifyAnchorPointStart(int anchor, unsigned int serial) {
 }
 
 int VELKMachine::notifyAnchorPointEnd(int anchor, unsigned int serial) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failCheckInitGated();
     }
@@ -737,8 +736,8 @@ uint32_t wholeFps(float fps) {
 }  // namespace
 
 int VELKInfoNotifier::notifyVSync() {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failNoInitGated();
     }
@@ -747,8 +746,8 @@ int VELKInfoNotifier::notifyVSync() {
 }
 
 int VELKInfoNotifier::notifyCamFps(float fps) {
-    const InsideCall inside(gActiveCalls);
-    VELKRescManagement* const resource = gPublishedResource.load();
+    const ResourceUse use(gPublishedResource);
+    VELKRescManagement* const resource = use.object();
     if (resource == nullptr) {
         return failNoInitGated();
     }

@@ -2,9 +2,10 @@
 
 #include <unistd.h>
 
-#include "foundation/ActiveCalls.h"
 #include "foundation/LogGate.h"
 #include "foundation/Rollback.h"
+
+constinit Published<VELKRescManagement> gPublishedResource;
 
 VELKRescManagement::VELKRescManagement(const VELKInitParams& params)
     : mInitParams(params),
@@ -37,7 +38,7 @@ std::unique_ptr<VELKRescManagement> VELKRescManagement::createInstance(
     // A marking call may still be sending on the descriptor, which a failed instance closes.
     Rollback waitForMarking([temporaryFd]() noexcept {
         if (temporaryFd > 0) {
-            gActiveCalls.waitForCallsInside();
+            gPublishedResource.waitForCallsInside();
         }
     });
     if (!instance->queryStaticData(params)) {

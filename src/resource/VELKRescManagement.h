@@ -12,6 +12,7 @@
 #include "VELKTypes.h"
 #include "foundation/CommandChannel.h"
 #include "foundation/CommandRecords.h"
+#include "foundation/Published.h"
 #include "foundation/ThreadSafety.h"
 #include "foundation/Visibility.h"
 #include "resource/ActiveSingleShots.h"
@@ -87,3 +88,6 @@ class VELK_INTERNAL VELKRescManagement {
     SingleShotSettings mSingleShotSettings;
     ActiveSingleShots mActiveSingleShots;
 };
+
+// The one instance, for operations that use it without the global mutex.
+VELK_INTERNAL extern Published<VELKRescManagement> gPublishedResource;

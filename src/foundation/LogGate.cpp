@@ -9,10 +9,7 @@ constexpr size_t kLogBufferSize = 1024;
 }
 
 void writeULogger(ULogger& logger, LogLevel level, const char* format, ...) {
-    const ErrnoKeeper errnoKeeper;
     const std::unique_ptr<char[]> buffer(new char[kLogBufferSize]);
-    errnoKeeper.restore();
-
     va_list arguments;
     va_start(arguments, format);
     const int length = vsnprintf(buffer.get(), kLogBufferSize, format, arguments);

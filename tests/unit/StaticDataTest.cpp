@@ -82,6 +82,10 @@ TEST_F(StaticDataTest, TaskEnumChoosesTheConvertor) {
                                  asked(c.source, "isVIPTask") + asked(c.nameSources, "getTaskName"),
                          kQuery);
     }
+    platform().sources[1].isMissing = true;
+    data.load(kParams);
+    EXPECT_EQ("", data.nameOf(22));
+    EXPECT_EQ("TASK_LAST_OWN", data.nameOf(20));
 }
 
 }  // namespace

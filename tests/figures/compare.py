@@ -25,7 +25,8 @@ def played_figures(program, tuning, path):
     run = subprocess.run(command, capture_output=True, text=True, timeout=240, check=False)
     if run.returncode not in (0, 1):
         sys.exit(f"{path}: exit status {run.returncode}: {run.stderr}")
-    return json.loads(run.stdout.splitlines()[-1])["summary"]
+    summary = json.loads(run.stdout.splitlines()[-1])["summary"]
+    return {**summary, **summary["active"]}
 
 
 def is_same(key, found, expected):

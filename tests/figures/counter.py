@@ -1,5 +1,7 @@
 """Computes the figures of a session from its calls and its tuning data, with every value kept."""
 
+import boosts
+
 LARGEST = 2**63 - 1
 
 
@@ -121,6 +123,61 @@ def anchor_figures(number, stretches):
     return figures
 
 
+def middle_of_bucket(time):
+    """Of an HDR histogram whose buckets tell the ten leading bits."""
+    shift = max(0, time.bit_length() - 10)
+    return (time >> shift << shift) + (1 << shift >> 1)
+
+
+def count_vsyncs(commands):
+    intervals, vsyncs, last = [], 0, None
+    for command in commands:
+        if command.name == "init":
+            last = None
+        elif command.name == "vsync":
+            vsyncs += 1
+            intervals += [] if last is None else [command.at - last]
+            last = command.at
+    period = percentile(intervals, 50)
+    if len(intervals) > 1:
+        period = max(min(middle_of_bucket(period), max(intervals)), min(intervals))
+    figures = {f"p{percent}IntervalUs": percentile(intervals, percent) for percent in (50, 90, 99)}
+    return {**figures, "count": vsyncs, "longestIntervalUs": max(intervals, default=0),
+            "ratePerSecond": 1e6 / period if period else None,
+            "missed": sum(max(0, (2 * middle_of_bucket(interval) + period) // (2 * period) - 1)
+                          for interval in intervals) if period else 0}
+
+
+def count_rates(session, commands):
+    """The stretches for which the told rate stays the same."""
+    stretches = []
+    for command in commands:
+        is_told = command.name == "camFps"
+        told = stretches[-1] if stretches and stretches[-1]["untilUs"] is None else None
+        if told and (command.name in ("init", "uninit")
+                     or is_told and told["fps"] != command.fields["fps"]):
+            told["untilUs"], told = command.at, None
+        if is_told and not told:
+            stretches.append({"fps": command.fields["fps"], "fromUs": command.at, "untilUs": None,
+                              "anchors": {}})
+        elif command.name == "anchorEnd" and told:
+            ends = told["anchors"]
+            ends[command.fields["anchor"]] = ends.get(command.fields["anchor"], 0) + 1
+    for stretch in stretches:
+        stretch["untilUs"] = session[-1]["at_us"] if stretch["untilUs"] is None else stretch["untilUs"]
+        time = stretch["untilUs"] - stretch["fromUs"]
+        stretch["anchors"] = [
+            {"anchor": anchor, "ends": ends, "endsPerSecond": ends * 1e6 / time if time else None}
+            for anchor, ends in sorted(stretch["anchors"].items())]
+    return stretches
+
+
+def count_frames(session, commands):
+    rates = count_rates(session, commands)
+    return {"vsync": count_vsyncs(commands), "toldRates": rates[:1000],
+            "furtherToldRates": max(0, len(rates) - 1000)}
+
+
 def count_registrations(commands):
     accepted = sum(command.name == "taskInit" for command in commands)
     return {"accepted": accepted, "refused": 0, "replayed": 0, "neverAccepted": []}
@@ -133,4 +190,6 @@ def count(session, commands):
             "tasks": count_tasks(commands, threads),
             "anchors": count_anchors(commands),
             "criticalSpans": count_spans(commands),
+            "frames": count_frames(session, commands),
+            **boosts.count(session, commands),
             "registrations": count_registrations(commands)}

@@ -4,6 +4,8 @@ import json
 from collections import namedtuple
 from pathlib import Path
 
+from boosts import values_of
+
 Command = namedtuple("Command", "at line thread call name fields")
 
 
@@ -42,6 +44,17 @@ class Tuning:
         return {entry["task"]: entry for entry in platform["tasks"] + customer["tasks"]
                 if entry["targetTimeUs"] > 0 and entry["defaultUclamp"] > 0}
 
+    def floors(self, scenario, customization):
+        return self.variant(self.platform, scenario, customization)["clusterLevels"]
+
+    def controls(self, scenario):
+        """The control of each category in the scenario, None where it has none."""
+        entries = self.settings.get("singleShotControls", [])
+        found = {entry["category"]: None for entry in entries}
+        for wanted in (8, scenario):
+            found.update({entry["category"]: entry["control"] for entry in entries
+                          if entry["scenario"] == wanted})
+        return found
 
     def anchors(self, scenario, customization):
         """The targets of latency and jitter by anchor."""
@@ -67,12 +80,15 @@ class Library:
         self.tasks = None
         self.ids = {}
         self.anchors, self.invalid = {}, set()
+        self.floors, self.controls = [0] * 8, {}
+        self.stack, self.held = [], {}
         self.commands = []
 
     def play(self, session):
         for call in session:
             handler = getattr(self, call["call"], None)
-            if handler and (self.users or call["call"] == "init"):
+            if handler and (self.users or call["call"] in ("init", "markCriticalTask",
+                                                           "unsetCriticalTask")):
                 handler(call)
         return self.commands
 
@@ -89,6 +105,11 @@ class Library:
             self.anchors = self.tuning.anchors(call["scenario"], call["customization"])
             self.invalid = set()
             self.send(call, "init")
+            self.floors = self.tuning.floors(call["scenario"], call["customization"])
+            self.controls = self.tuning.controls(call["scenario"])
+            self.stack, self.held = [], {}
+            for _ in range(1 + call.get("applyExtraDefaultControl", False)):
+                self.activate(call, 0, {}, is_own=True)
         self.users += 1
 
     def uninit(self, call):
@@ -132,3 +153,65 @@ class Library:
     def notifyAnchorPointEnd(self, call):
         if call["anchor"] not in self.invalid:
             self.send(call, "anchorEnd", anchor=call["anchor"], serial=call["serial"])
+
+    def notifyVSync(self, call):
+        self.send(call, "vsync")
+
+    def notifyCamFps(self, call):
+        self.send(call, "camFps", fps=int(call["fps"]))
+
+    def notifySingleShotControl(self, call):
+        control = call.get("control") or self.controls.get(call["category"])
+        if control is not None:
+            self.activate(call, call.get("category", control.get("category", 0)), control)
+
+    def markCriticalTask(self, call):
+        user = call.get("user", 4)
+        control = (self.controls if self.users else self.tuning.controls(8)).get(user)
+        if control is not None and self.users:
+            self.activate(call, user, control)
+        elif control is not None:
+            self.replace(call, control)
+
+    def unsetCriticalTask(self, call):
+        if self.users:
+            self.activate(call, 0, {}, is_own=True)
+        else:
+            self.replace(call, {})
+
+    def notifyResetSingleShotControl(self, call):
+        category = call.get("category", 0)
+        control = self.controls.get(category)
+        if category == 0:
+            control = self.stack.pop() if self.stack else None
+        if control is not None:
+            for field, value in values_of(control):
+                self.held[field] = [each for each in self.held.get(field, []) if each != value]
+            self.send_merged(call, category, control, is_reset=True)
+
+    def activate(self, call, category, control, is_own=False):
+        if category == 0:
+            self.stack.append(control)
+        else:
+            self.controls.setdefault(category, control)
+        for field, value in values_of(control):
+            self.held.setdefault(field, []).append(value)
+        self.send_merged(call, category, control, is_own=is_own)
+
+    def send_merged(self, call, category, control, is_own=False, is_reset=False):
+        levels = {}
+        for place, _ in enumerate(control.get("uclampLevels", [])):
+            known = self.floors[place] if place < 3 else 0
+            level = max([self.floors[place], *self.held.get(("level", place), [])])
+            if level:  # 0 says nothing to the driver
+                levels[place] = level if level > known else 0
+        percent = None
+        if control.get("percentLevel", -1) != -1:
+            percent = max([0, *self.held.get(("percent", 0), [])])
+        self.send(call, "control", category=category, asks=control, isOwn=is_own, isReset=is_reset,
+                  replaces=False, percent=percent, levels=levels)
+
+    def replace(self, call, control):
+        """Sent while the library is down: it merges nothing."""
+        self.send(call, "control", replaces=True, percent=max(0, control.get("percentLevel", 0)),
+                  levels=dict(enumerate(control.get("uclampLevels", []))))

@@ -6,6 +6,15 @@ LATEST = 10**15
 INIT = {"call": "init", "scenario": 1, "customization": 2}
 
 
+def random_control(dice):
+    control = {"category": dice.choice([0, 0, 5, 7]), "percentLevel": dice.choice([-1, 0, 40, 60]),
+               "uclampLevels": dice.choices([0, 200, 700, 900], k=dice.randint(0, 4)),
+               "criticalTaskUclamps": [[dice.choice([2, 24]), dice.choice([100, 600])]
+                                       for _ in range(dice.randint(0, 2))]}
+    extra = dice.choice([{}, {"requestValue": 2}, {"sharedFlag": True}, {"limits": [9, 0, 0, 0]}])
+    return {**control, **extra}
+
+
 def random_call(dice):
     key, task = f"0x{dice.randint(1, 2)}", dice.choice([2, 5, 9, 24, 13, 77])
     anchor, serial = dice.choice([1, 2, 3]), (2**32 - 5 + dice.randint(0, 9)) % 2**32
@@ -16,9 +25,16 @@ def random_call(dice):
         {"call": "notifySingleShotCriticalTaskEnd", "task": task},
         {"call": "notifyAnchorPointStart", "anchor": anchor, "serial": serial},
         {"call": "notifyAnchorPointEnd", "anchor": anchor, "serial": serial},
+        {"call": "notifyVSync"},
+        {"call": "notifyCamFps", "fps": dice.choice([24, 29.97])},
+        {"call": "notifySingleShotControl", "control": random_control(dice)},
+        {"call": "notifySingleShotControl", "category": dice.choice([4, 5, 7, 9])},
+        dice.choice([{"call": "notifyResetSingleShotControl"}, {"call": "unsetCriticalTask"},
+                     {"call": "notifyResetSingleShotControl", "category": dice.choice([4, 5, 7])},
+                     {"call": "markCriticalTask", "user": dice.choice([4, 5, 6])}]),
         {**INIT, "customization": dice.randint(1, 2)},
         {"call": "uninit"},
-    ], weights=[30, 30, 5, 5, 20, 20, 1, 1])[0]
+    ], weights=[30, 30, 5, 5, 20, 20, 25, 3, 8, 8, 20, 1, 1])[0]
 
 
 def random_session(seed, length, longest_wait):
@@ -39,7 +55,19 @@ def longest_runs():
             yield {"at_us": at, "thread": "a", "call": call, "key": hex(key), "task": 5}
 
 
+def many_controls():
+    """More controls, levels and frame rates than are listed."""
+    yield {"at_us": 0, "thread": "a", **INIT}
+    for at in range(1, 1101):
+        control = {"uclampLevels": [1024 - at % 300], "criticalTaskUclamps": [[5, at % 1000]]}
+        yield {"at_us": at, "thread": "a", "call": "notifySingleShotControl", "control": control}
+        yield {"at_us": at, "thread": "a", "call": "notifyCamFps", "fps": at}
+        if at < 400:
+            yield {"at_us": at + 1, "thread": "a", "call": "notifyResetSingleShotControl"}
+
+
 def make_all():
+    yield "many-controls.jsonl", many_controls()
     yield "longest-runs.jsonl", longest_runs()
-    for seed, wait in ((1, 3000), (2, 300), (3, LATEST // 1000)):
+    for seed, wait in enumerate((3000, 300, LATEST // 1000) * 2):
         yield f"random-{seed}.jsonl", random_session(seed, 900, wait)

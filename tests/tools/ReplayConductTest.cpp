@@ -45,7 +45,7 @@ TEST_F(Replay, CountsInjectedFailuresApartFromOthers) {
 TEST_F(Replay, TellsRefusedAndReplayedRegistrations) {
     const ToolOutcome outcome = runTool(with({"--driver", "taskInit=EINVAL*2"}),
                                         std::string(kInit) + kStart + kStart + kUninit);
-    EXPECT_NE(outcome.out.find("  1 accepted, 1 of them after a refusal; 2 refused\n"),
+    EXPECT_NE(outcome.out.find("  1 task registered, 1 of them after a refusal; 2 refusals\n"),
               std::string::npos)
             << outcome.out;
     EXPECT_NE(outcome.out.find("taskName=\"SCALE\"  <- EINVAL, injected\n"), std::string::npos);

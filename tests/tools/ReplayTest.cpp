@@ -76,8 +76,14 @@ Tasks              starts    ended  target us   p50 us   p90 us   p99 us   max u
 Critical spans
   0 ended, 0.000 ms in all, 0.000 ms the longest, 1 open at the end
 
+Frames              count per second   p50 us   p90 us   p99 us   max us       missed
+  vsync                 1          -        -        -        -        -            0
+
+Frame rates told      from ms     until ms  ends per second
+  29                    2.000        2.600  -
+
 Registrations
-  2 accepted, 0 of them after a refusal; 0 refused
+  2 tasks registered, 0 of them after a refusal; 0 refusals
 
 Calls that returned -1                      injected  unexpected
   notifyTaskEnd                                    0           1  first in line 8

@@ -10,6 +10,9 @@ void SessionAnalysis::onCall(const PlayedCall& played) {
             mTasks.takeCommand(played, command);
             mSpans.takeCommand(played, command);
             mAnchors.takeCommand(played, command);
+            mFrames.takeCommand(played, command);
+            mLevels.takeCommand(played, command);
+            mControls.takeCommand(played, command);
         }
     }
 }
@@ -17,6 +20,7 @@ void SessionAnalysis::onCall(const PlayedCall& played) {
 void SessionAnalysis::countCall(const PlayedCall& played) {
     if (mCalls++ == 0) {
         mFirstUs = played.call->atUs;
+        mLevels.begin(mFirstUs);
     }
     mLastUs = played.call->atUs;
     OperationFigures& operation = mOperations[played.call->info];
@@ -43,6 +47,9 @@ SessionFigures SessionAnalysis::figures() const {
     figures.tasks = mTasks.figures(mThreads);
     figures.spans = mSpans.figures();
     figures.anchors = mAnchors.figures();
+    figures.frames = mFrames.figures(mLastUs);
+    figures.levels = mLevels.figures(mLastUs);
+    figures.controls = mControls.figures(mLastUs);
     figures.activeRuns = mTasks.activeRuns(mThreads);
     figures.activeSpans = mSpans.activeSpans(mThreads);
     return figures;

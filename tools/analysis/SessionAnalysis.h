@@ -8,6 +8,9 @@
 #include <map>
 
 #include "analysis/AnchorAnalysis.h"
+#include "analysis/ControlAnalysis.h"
+#include "analysis/FrameAnalysis.h"
+#include "analysis/LevelAnalysis.h"
 #include "analysis/SessionFigures.h"
 #include "analysis/SpanAnalysis.h"
 #include "analysis/TaskAnalysis.h"
@@ -34,6 +37,9 @@ class SessionAnalysis : public CallListener {
     TaskAnalysis mTasks;
     SpanAnalysis mSpans;
     AnchorAnalysis mAnchors;
+    FrameAnalysis mFrames;
+    LevelAnalysis mLevels;
+    ControlAnalysis mControls;
 };
 
 }  // namespace desk

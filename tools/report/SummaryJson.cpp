@@ -3,6 +3,7 @@
 #include "driver/RecordCopy.h"
 #include "report/Share.h"
 #include "report/Summary.h"
+#include "report/SummaryParts.h"
 
 namespace desk {
 
@@ -28,11 +29,6 @@ ordered_json commandsToJson(const DriverSnapshot& driver) {
     return commands;
 }
 
-// Null for a figure that needs at least one time.
-ordered_json figureOf(const DistributionFigures& times, int64_t figure) {
-    return times.count > 0 ? ordered_json(figure) : ordered_json();
-}
-
 ordered_json tasksToJson(const std::vector<TaskFigures>& tasks) {
     ordered_json list = ordered_json::array();
     for (const TaskFigures& task : tasks) {
@@ -43,9 +39,9 @@ ordered_json tasksToJson(const std::vector<TaskFigures>& tasks) {
                         {"ends", task.runs.count},
                         {"targetTimeUs", task.targetTimeUs},
                         {"totalRunUs", task.runs.totalUs},
-                        {"p50RunUs", figureOf(task.runs, task.runs.p50Us)},
-                        {"p90RunUs", figureOf(task.runs, task.runs.p90Us)},
-                        {"p99RunUs", figureOf(task.runs, task.runs.p99Us)},
+                        {"p50RunUs", jsonOf(task.runs, task.runs.p50Us)},
+                        {"p90RunUs", jsonOf(task.runs, task.runs.p90Us)},
+                        {"p99RunUs", jsonOf(task.runs, task.runs.p99Us)},
                         {"longestRunUs", task.runs.longestUs},
                         {"overTarget", task.overTarget},
                         {"overTargetPercent", percentOf(task.overTarget, task.runs.count)},
@@ -64,15 +60,15 @@ ordered_json anchorsToJson(const std::vector<AnchorFigures>& anchors) {
                         {"ends", anchor.ends},
                         {"passes", latency.count},
                         {"latencyTargetUs", anchor.latencyTargetUs},
-                        {"p50LatencyUs", figureOf(latency, latency.p50Us)},
-                        {"p90LatencyUs", figureOf(latency, latency.p90Us)},
-                        {"p99LatencyUs", figureOf(latency, latency.p99Us)},
+                        {"p50LatencyUs", jsonOf(latency, latency.p50Us)},
+                        {"p90LatencyUs", jsonOf(latency, latency.p90Us)},
+                        {"p99LatencyUs", jsonOf(latency, latency.p99Us)},
                         {"longestLatencyUs", latency.longestUs},
                         {"overLatencyTarget", anchor.overLatencyTarget},
                         {"jitterTargetUs", anchor.jitterTargetUs},
-                        {"p50JitterUs", figureOf(jitter, jitter.p50Us)},
-                        {"p90JitterUs", figureOf(jitter, jitter.p90Us)},
-                        {"p99JitterUs", figureOf(jitter, jitter.p99Us)},
+                        {"p50JitterUs", jsonOf(jitter, jitter.p50Us)},
+                        {"p90JitterUs", jsonOf(jitter, jitter.p90Us)},
+                        {"p99JitterUs", jsonOf(jitter, jitter.p99Us)},
                         {"largestJitterUs", jitter.longestUs},
                         {"overJitterTarget", anchor.overJitterTarget},
                         {"unmatchedStarts", anchor.unmatchedStarts},
@@ -161,6 +157,8 @@ ordered_json activeToJson(const Summary& summary) {
     if (!summary.driver.controlAtUninit.isEmpty()) {
         active["controlAtUninit"] = controlToJson(summary.driver.controlAtUninit);
     }
+    active["unresetControls"] = unresetToJson(summary.figures.controls.active);
+    active["unresetControlsAtUninit"] = unresetToJson(summary.figures.controls.atUninit);
     return active;
 }
 
@@ -193,6 +191,8 @@ std::string formatSummaryJson(const Summary& summary) {
     body["tasks"] = tasksToJson(figures.tasks);
     body["anchors"] = anchorsToJson(figures.anchors);
     body["criticalSpans"] = spansToJson(figures.spans, figures.activeSpans.size());
+    body["frames"] = framesToJson(figures.frames);
+    body["boosts"] = boostsToJson(figures);
     body["registrations"] = registrationsToJson(driver);
     body["operations"] = operationsToJson(figures.operations);
     body["active"] = activeToJson(summary);

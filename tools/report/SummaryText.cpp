@@ -1,28 +1,22 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
 #include <cmath>
-#include <iterator>
 
 #include "driver/RecordCopy.h"
 #include "report/CountText.h"
 #include "report/Share.h"
 #include "report/Summary.h"
+#include "report/SummaryParts.h"
 #include "text/PrintableText.h"
 
 namespace desk {
 
 namespace {
 
-using Output = std::back_insert_iterator<std::string>;
+using Output = TextOutput;
 
-constexpr double kUsPerMs = 1e3;
 constexpr double kUsPerSecond = 1e6;
-
-double milliseconds(int64_t us) {
-    return static_cast<double>(us) / kUsPerMs;
-}
 
 void writeHead(Output out, const Summary& summary) {
     fmt::format_to(out, "Session {}\n", printableText(summary.session));
@@ -78,11 +72,6 @@ std::string describeThreads(const std::vector<std::string>& names) {
     return text;
 }
 
-// "-" for a figure that needs at least one time.
-std::string figureOf(const DistributionFigures& times, int64_t figure) {
-    return times.count > 0 ? fmt::format("{}", figure) : "-";
-}
-
 void writeTasks(Output out, const std::vector<TaskFigures>& tasks) {
     if (tasks.empty()) {
         return;
@@ -97,9 +86,9 @@ void writeTasks(Output out, const std::vector<TaskFigures>& tasks) {
                        "  {:<14} {:>8} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6.1f} "
                        "{:>10.3f}  {}\n",
                        fmt::format("{:>2} {}", task.task, printableText(task.name)), task.starts,
-                       runs.count, task.targetTimeUs, figureOf(runs, runs.p50Us),
-                       figureOf(runs, runs.p90Us), figureOf(runs, runs.p99Us),
-                       figureOf(runs, runs.longestUs), task.overTarget,
+                       runs.count, task.targetTimeUs, textOf(runs, runs.p50Us),
+                       textOf(runs, runs.p90Us), textOf(runs, runs.p99Us),
+                       textOf(runs, runs.longestUs), task.overTarget,
                        percentOf(task.overTarget, runs.count), milliseconds(runs.totalUs),
                        describeThreads(task.threads));
     }
@@ -108,9 +97,8 @@ void writeTasks(Output out, const std::vector<TaskFigures>& tasks) {
 void writeAnchorRow(Output out, const std::string& name, int32_t targetUs,
                     const DistributionFigures& times, uint64_t overTarget) {
     fmt::format_to(out, "  {:<14} {:>8} {:>10} {:>8} {:>8} {:>8} {:>8} {:>12} {:>6.1f}\n", name,
-                   times.count, targetUs, figureOf(times, times.p50Us),
-                   figureOf(times, times.p90Us), figureOf(times, times.p99Us),
-                   figureOf(times, times.longestUs), overTarget,
+                   times.count, targetUs, textOf(times, times.p50Us), textOf(times, times.p90Us),
+                   textOf(times, times.p99Us), textOf(times, times.longestUs), overTarget,
                    percentOf(overTarget, times.count));
 }
 
@@ -147,9 +135,9 @@ void writeSpans(Output out, const SessionFigures& figures) {
 }
 
 void writeRegistrations(Output out, const DriverSnapshot& driver) {
-    fmt::format_to(out, "\nRegistrations\n  {} accepted, {} of them after a refusal; {} refused\n",
-                   driver.commands[kTaskInitPlace].accepted, driver.replayedRegistrations,
-                   driver.refusedRegistrations);
+    fmt::format_to(out, "\nRegistrations\n  {} registered, {} of them after a refusal; {}\n",
+                   countOf(driver.commands[kTaskInitPlace].accepted, "task"),
+                   driver.replayedRegistrations, countOf(driver.refusedRegistrations, "refusal"));
     for (const TaskSnapshot& task : driver.tasks) {
         if (!task.isRegistered) {
             fmt::format_to(out, "  unique task {} {:?} was never accepted\n",
@@ -182,12 +170,8 @@ void writeFailures(Output out, const std::vector<OperationFigures>& operations) 
 // What the controls in force ask for, by the names of the record's fields.
 std::string describeControl(const MergedControl& control) {
     std::vector<std::string> parts;
-    if (control.uclampLevels != ControlLevels()) {
-        const auto last =
-                std::ranges::find_if(control.uclampLevels.rbegin(), control.uclampLevels.rend(),
-                                     [](uint32_t level) { return level != 0; });
-        parts.push_back(fmt::format("uclampLevels=[{}]",
-                                    fmt::join(control.uclampLevels.begin(), last.base(), ",")));
+    if (hasLevel(control.uclampLevels)) {
+        parts.push_back(fmt::format("uclampLevels={}", describeLevels(control.uclampLevels)));
     }
     if (control.percentLevel != 0) {
         parts.push_back(fmt::format("percentLevel={}", control.percentLevel));
@@ -207,20 +191,10 @@ std::string describeControl(const MergedControl& control) {
     return fmt::format("{}", fmt::join(parts, " "));
 }
 
-// Writes as many as somebody reads, and how many are left. JSON Lines have them all.
-template <typename Element, typename Write>
-void writeFirst(Output out, const std::vector<Element>& elements, const char* noun, Write&& write) {
-    constexpr size_t kMax = 20;
-    const size_t shown = std::min(elements.size(), kMax);
-    std::for_each_n(elements.begin(), shown, write);
-    if (shown < elements.size()) {
-        fmt::format_to(out, "  and {} more\n", countOf(elements.size() - shown, noun));
-    }
-}
-
 void writeActive(Output out, const Summary& summary) {
     fmt::format_to(out, "\nStill active at the end\n");
     const DriverSnapshot& driver = summary.driver;
+    const ControlFigures& controls = summary.figures.controls;
     if (driver.isInitialised) {
         fmt::format_to(out, "  the library is up\n");
     }
@@ -231,19 +205,22 @@ void writeActive(Output out, const Summary& summary) {
         fmt::format_to(out, "  never reset before uninit: {}\n",
                        describeControl(driver.controlAtUninit));
     }
+    writeUnreset(out, controls.active);
+    writeUnreset(out, controls.atUninit);
     if (driver.openDescriptors > 0) {
         fmt::format_to(out, "  {} of the control node\n",
                        countOf(driver.openDescriptors, "open descriptor"));
     }
-    writeFirst(out, summary.figures.activeRuns, "run", [out](const ActiveRun& run) {
+    writeFirst(out, summary.figures.activeRuns, 0, "run", [out](const ActiveRun& run) {
         fmt::format_to(out, "  {} runs task {} {} since {:.3f} ms\n", printableText(run.thread),
                        run.task, printableText(run.name), milliseconds(run.sinceUs));
     });
-    writeFirst(out, summary.figures.activeSpans, "critical span", [out](const ActiveSpan& span) {
+    writeFirst(out, summary.figures.activeSpans, 0, "critical span", [out](const ActiveSpan& span) {
         fmt::format_to(out, "  {} is in a critical span of value {} since {:.3f} ms\n",
                        printableText(span.thread), span.criticalValue, milliseconds(span.sinceUs));
     });
     if (!driver.isInitialised && driver.control.isEmpty() && driver.controlAtUninit.isEmpty() &&
+        controls.active.controls.empty() && controls.atUninit.controls.empty() &&
         driver.openDescriptors == 0 && summary.figures.activeRuns.empty() &&
         summary.figures.activeSpans.empty()) {
         fmt::format_to(out, "  nothing\n");
@@ -270,6 +247,8 @@ std::string formatSummaryText(const Summary& summary) {
     writeTasks(out, summary.figures.tasks);
     writeAnchors(out, summary.figures.anchors);
     writeSpans(out, summary.figures);
+    writeFrames(out, summary.figures.frames);
+    writeBoosts(out, summary.figures);
     writeRegistrations(out, summary.driver);
     writeFailures(out, summary.figures.operations);
     writeActive(out, summary);

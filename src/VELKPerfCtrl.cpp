@@ -317,7 +317,7 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
     record.extraFlag1 = extra.extraFlag1;
     std::copy_n(name.c_str(), std::char_traits<char>::length(name.c_str()), record.taskName);
     if (!sendIOCtl<VELK_IOC_TASK_INIT>(resource.deviceFd(), record)) {
-        resource.taskErrors().addToErrorList(uniqueTaskId, record);
+        resource.refusedRegistrations().add(uniqueTaskId, record);
     }
 }
 
@@ -325,9 +325,9 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
 [[gnu::noinline, gnu::cold]] void replayRegistration(VELKRescManagement& resource,
                                                      unsigned uniqueTaskId) {
     VELK_TASK_INIT_PARAM record{};
-    if (resource.taskErrors().getResidual(uniqueTaskId, record) &&
+    if (resource.refusedRegistrations().find(uniqueTaskId, record) &&
         sendIOCtl<VELK_IOC_TASK_INIT>(resource.deviceFd(), record)) {
-        resource.taskErrors().removeFromErrorList(uniqueTaskId);
+        resource.refusedRegistrations().remove(uniqueTaskId);
     }
 }
 
@@ -365,7 +365,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraP
         }
         forgetPair.dismiss();
     }
-    if (resource.taskErrors().isInErrorList(record.uniqueTaskId)) {
+    if (resource.refusedRegistrations().contains(record.uniqueTaskId)) {
         replayRegistration(resource, record.uniqueTaskId);
     }
 
@@ -444,14 +444,10 @@ void addCriticalTasks(VELK_SINGLE_SHOT_PARAM& record, VELKRescManagement& resour
     setCriticalTasks(record, ids, uclamps);
 }
 
-}  // namespace
-
-int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
-    const ResourceUse use(gPublishedResource);
-    VELKRescManagement* const resource = use.object();
-    if (resource == nullptr) {
-        return failCheckInit();
-    }
+// Makes the control active and sends the merged values. `source`: where its category was looked up;
+// a control that a caller handed over has none, and may become its category's default.
+int activateControl(VELKRescManagement& resource, const VELKSingleShotControl& control,
+                    ControlSource source) {
     VELK_LOGD("VELK::notifySingleShotControl:%d", control.category);
     const TraceSection section("VELK::notifySingleShotControl");
     if (!isValidSingleShotControl(control)) {
@@ -459,7 +455,8 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
         return kFailure;
     }
 
-    ActiveSingleShots& active = resource->activeSingleShots();
+    ActiveSingleShots& active = resource.activeSingleShots();
+    SingleShotSettings& settings = resource.singleShotSettings();
     uint64_t serial = 0;
     bool isAdded = false;
     bool isCounted = false;
@@ -467,14 +464,17 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
         ActiveSingleShots::DetachedEntry entry;
         entry.emplace_back(control);
         serial = active.push(std::move(entry));
-    } else {
-        isCounted = resource->singleShotSettings().addDefault(control);
+    } else if (source == ControlSource::Default ||
+               (source == ControlSource::None &&
+                !SingleShotSettings::isInSettings(control.category))) {
+        settings.addDefault(control);
+        isCounted = true;
     }
     // When an exception leaves the operation, the control must not stay active.
     Rollback takeBack([&]() noexcept {
         active.takeBack(control, serial, isAdded);
         if (isCounted) {
-            resource->singleShotSettings().takeBackDefault(control.category);
+            settings.takeBackDefault(control.category);
         }
     });
     active.add(control);
@@ -483,11 +483,21 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
     VELK_SINGLE_SHOT_PARAM record{};
     const auto criticalTasks = active.fillMergedRecord(record, control, control.isReset);
     if (!criticalTasks.empty()) {
-        addCriticalTasks(record, *resource, criticalTasks);
+        addCriticalTasks(record, resource, criticalTasks);
     }
-    const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource->deviceFd(), record);
+    const bool sent = sendIOCtl<VELK_IOC_SINGLE_SHOT>(resource.deviceFd(), record);
     takeBack.dismiss();
     return resultOf(sent);
+}
+
+}  // namespace
+
+int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
+    const ResourceUse use(gPublishedResource);
+    if (use.object() == nullptr) {
+        return failCheckInit();
+    }
+    return activateControl(*use.object(), control, ControlSource::None);
 }
 
 int VELKMachine::notifySingleShotControl(int category) {
@@ -496,12 +506,13 @@ int VELKMachine::notifySingleShotControl(int category) {
         return failNoInit();
     }
     VELKSingleShotControl control;
-    if (!gResource->getSingleShotSetting(category, control)) {
+    const ControlSource source = gResource->singleShotSettings().find(category, control);
+    if (source == ControlSource::None) {
         VELK_LOGE("notifySingleShotControl", "Single shot setting of %d not found", category);
         return kFailure;
     }
     control.category = category;
-    return notifySingleShotControl(control);
+    return activateControl(*gResource, control, source);
 }
 
 namespace {
@@ -538,7 +549,8 @@ int VELKMachine::notifyResetSingleShotControl(int category) {
     }
     ActiveSingleShots& active = resource.activeSingleShots();
     const VELKSingleShotControl& control = taken.front().control;
-    if (!isValidSingleShotControl(control)) {
+    // One that was handed over was valid then.
+    if (category != kHandedOverCategory && !isValidSingleShotControl(control)) {
         VELK_LOGE("notifyResetSingleShotControl", "Not valid single shot control");
         return kFailure;
     }

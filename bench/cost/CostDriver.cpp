@@ -93,29 +93,29 @@ struct Operation {
     int (*after)() = nothing;
 };
 
-const Operation kVSync = {"notifyVSync", 70, 0, VELKInfoNotifier::notifyVSync};
-const Operation kCamFps = {"notifyCamFps", 85, 0,
+const Operation kVSync = {"notifyVSync", 55, 0, VELKInfoNotifier::notifyVSync};
+const Operation kCamFps = {"notifyCamFps", 70, 0,
                            [] { return VELKInfoNotifier::notifyCamFps(30); }};
 const Operation kTaskStart = {"notifyTaskStart", 480, 0, startTask, nothing, endTask};
-const Operation kTaskEnd = {"notifyTaskEnd", 420, 0, endTask, startTask};
+const Operation kTaskEnd = {"notifyTaskEnd", 440, 0, endTask, startTask};
 const Operation kSceneChange = {
         "notifyTaskSceneChange",
-        190,
+        180,
         0,
         [] { return VELKMachine::notifyTaskSceneChange(kTask, VELK_SCENE_CHANGE_MODE_DEFAULT); },
         startTask,
         endTask};
-const Operation kAnchorStart = {"notifyAnchorPointStart", 480, 0, [] {
+const Operation kAnchorStart = {"notifyAnchorPointStart", 265, 0, [] {
                                     return VELKMachine::notifyAnchorPointStart(bench::kAnchor, 1);
                                 }};
-const Operation kAnchorEnd = {"notifyAnchorPointEnd", 290, 0,
+const Operation kAnchorEnd = {"notifyAnchorPointEnd", 215, 0,
                               [] { return VELKMachine::notifyAnchorPointEnd(bench::kAnchor, 1); }};
 // The control copies the caller's record: a node and its one array of levels.
-const Operation kControl = {"notifySingleShotControl", 1600, 2, pushControl, nothing, resetControl};
-const Operation kReset = {"notifyResetSingleShotControl", 1800, 0, resetControl, pushControl};
-const Operation kSpanStart = {"notifySingleShotCriticalTaskStart", 200, 0,
+const Operation kControl = {"notifySingleShotControl", 1565, 2, pushControl, nothing, resetControl};
+const Operation kReset = {"notifyResetSingleShotControl", 1600, 0, resetControl, pushControl};
+const Operation kSpanStart = {"notifySingleShotCriticalTaskStart", 180, 0,
                               [] { return VELKMachine::notifySingleShotCriticalTaskStart(kTask); }};
-const Operation kSpanEnd = {"notifySingleShotCriticalTaskEnd", 110, 0,
+const Operation kSpanEnd = {"notifySingleShotCriticalTaskEnd", 76, 0,
                             [] { return VELKMachine::notifySingleShotCriticalTaskEnd(kTask); }};
 const Operation kCategoryControl = {
         "notifySingleShotControl(category)", kNoLimit, 0, pushCategory, nothing, resetCategory};

@@ -4,7 +4,7 @@
 #include "foundation/LogGate.h"
 #include "foundation/Rollback.h"
 
-bool SingleShotSettings::find(int category, VELKSingleShotControl& control) {
+ControlSource SingleShotSettings::find(int category, VELKSingleShotControl& control) {
     auto table = VELKSettingsProvider::getSingleShotControlProvider();
     // A default never stands in for a category that the settings know, even when they hold nothing
     // for the scenario.
@@ -12,32 +12,33 @@ bool SingleShotSettings::find(int category, VELKSingleShotControl& control) {
         auto& settings = table.at(category);
         const bool knowsScenario = settings.contains(mScenario);
         if (!knowsScenario && !settings.contains(VELK_SCENARIO_FALLBACK)) {
-            return false;
+            return ControlSource::None;
         }
         control = std::move(settings.at(knowsScenario ? mScenario : VELK_SCENARIO_FALLBACK));
-        return true;
+        return ControlSource::Settings;
     }
     const std::lock_guard<std::mutex> lock(mMutex);
     const auto known = mDefaults.find(category);
     if (known == mDefaults.end()) {
-        return false;
+        return ControlSource::None;
     }
     // Copied first, so that running out of memory leaves the caller's control whole.
     control = VELKSingleShotControl(known->second.control);
-    return true;
+    return ControlSource::Default;
 }
 
-bool SingleShotSettings::addDefault(const VELKSingleShotControl& control) {
-    if (VELKSettingsProvider::getSingleShotControlProvider().contains(control.category)) {
-        return false;
-    }
+bool SingleShotSettings::isInSettings(int category) {
+    return VELKSettingsProvider::getSingleShotControlProvider().contains(category);
+}
+
+void SingleShotSettings::addDefault(const VELKSingleShotControl& control) {
     size_t categories = 0;
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         const auto [known, isNew] = mDefaults.try_emplace(control.category, control);
         if (!isNew) {
             ++known->second.notifications;
-            return true;
+            return;
         }
         categories = mDefaults.size();
     }
@@ -45,7 +46,6 @@ bool SingleShotSettings::addDefault(const VELKSingleShotControl& control) {
     VELK_LOGD("add default control with category(%d) to table(size=%zu)", control.category,
               categories);
     takeBack.dismiss();
-    return true;
 }
 
 void SingleShotSettings::takeBackDefault(int category) noexcept {

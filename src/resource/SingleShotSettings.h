@@ -14,16 +14,23 @@
 #include "foundation/ThreadSafety.h"
 #include "foundation/Visibility.h"
 
+// Where the control of a category was found.
+enum class ControlSource { None, Settings, Default };
+
 class VELK_INTERNAL SingleShotSettings {
   public:
     explicit SingleShotSettings(VELKScenario scenario) : mScenario(scenario) {}
 
-    // Copies the control of the category. False, with `control` untouched, when there is none.
-    [[gnu::cold]] bool find(int category, VELKSingleShotControl& control) VELK_EXCLUDES(mMutex);
+    // Copies the control of the category. `control` stays untouched when there is none.
+    [[gnu::cold]] ControlSource find(int category, VELKSingleShotControl& control)
+            VELK_EXCLUDES(mMutex);
+
+    // Whether the settings know the category. Such a category gets no default.
+    [[gnu::cold]] static bool isInSettings(int category);
 
     // Makes the control the default of its category when the category has none, and counts the
-    // notification. False, without counting, when the settings know the category.
-    [[gnu::cold]] bool addDefault(const VELKSingleShotControl& control) VELK_EXCLUDES(mMutex);
+    // notification.
+    [[gnu::cold]] void addDefault(const VELKSingleShotControl& control) VELK_EXCLUDES(mMutex);
     // For a counted notification that failed halfway: takes it back. A default whose notifications
     // have all been taken back is removed.
     void takeBackDefault(int category) noexcept VELK_EXCLUDES(mMutex);

@@ -96,7 +96,7 @@ unsigned VELKRescManagement::lookupGroupHead(const int& task, const VELKTaskExtr
 }
 
 bool VELKRescManagement::getSingleShotSetting(int category, VELKSingleShotControl& control) {
-    return mSingleShotSettings.find(category, control);
+    return mSingleShotSettings.find(category, control) != ControlSource::None;
 }
 
 void VELKRescManagement::dumpTaskTable() {

@@ -17,8 +17,8 @@
 #include "foundation/Visibility.h"
 #include "resource/ActiveSingleShots.h"
 #include "resource/AnchorTable.h"
-#include "resource/ErrorHandle.h"
 #include "resource/GroupHeadTable.h"
+#include "resource/RefusedRegistrations.h"
 #include "resource/SingleShotSettings.h"
 #include "resource/StaticData.h"
 #include "resource/TaskIdTable.h"
@@ -53,8 +53,7 @@ class VELK_INTERNAL VELKRescManagement {
     AnchorTable& anchors() { return mAnchors; }
     TaskIdTable& taskIds() { return mTaskIds; }
     TaskThreadTable& taskThreads() { return mTaskThreads; }
-    // Task registrations that the driver has refused so far, by unique task id.
-    ErrorHandle<unsigned, VELK_TASK_INIT_PARAM>& taskErrors() { return mTaskErrors; }
+    RefusedRegistrations& refusedRegistrations() { return mRefusedRegistrations; }
     SingleShotSettings& singleShotSettings() { return mSingleShotSettings; }
     ActiveSingleShots& activeSingleShots() { return mActiveSingleShots; }
 
@@ -84,7 +83,7 @@ class VELK_INTERNAL VELKRescManagement {
     TaskIdTable mTaskIds;
     TaskThreadTable mTaskThreads;
     GroupHeadTable mGroupHeads;
-    ErrorHandle<unsigned, VELK_TASK_INIT_PARAM> mTaskErrors;
+    RefusedRegistrations mRefusedRegistrations;
     SingleShotSettings mSingleShotSettings;
     ActiveSingleShots mActiveSingleShots;
 };

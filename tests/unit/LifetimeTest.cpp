@@ -204,6 +204,13 @@ TEST_F(LifetimeTest, FailedNotificationsLeaveNoDefaultBehind) {
         recorder().hook = nullptr;
         EXPECT_EQ(secondFails ? -1 : 0, control(5));
     }
+    // A notification by category keeps the default that a failing one has made.
+    during("add default control", [] {
+        std::thread([] { EXPECT_EQ(0, control(6)); }).join();
+        throw std::runtime_error("platform");
+    });
+    EXPECT_EQ(kThrew, control(Control{.category = 6, .uclampLevels = {1}}));
+    EXPECT_EQ(0, control(6));
     // Notifications that fail while the settings know the category take nothing away from it.
     platform().singleShots[5] = {{kScenario, fifth}};
     recorder().hook = [](const Event& event) {

@@ -14,8 +14,7 @@
 namespace desk {
 
 void JsonValue::fail(std::string problem, std::string expected) const {
-    constexpr size_t kMaxFaults = 20;
-    if (mFaults->size() == kMaxFaults) {
+    if (mFaults->size() >= mMaxFaults) {
         return;
     }
     std::string path = mDocument->path(mValue);

@@ -29,13 +29,16 @@ concept WholeNumber = (std::integral<T> || std::is_enum_v<T>)&&!std::same_as<T, 
 
 class JsonObject;
 
-// A value, or the place where one is missing. Document and faults must live on. Reading adds no
-// more than 20 faults.
+// As many faults as somebody reads.
+inline constexpr size_t kMostFaults = 20;
+
+// A value, or the place where one is missing. Document and faults must live on. Reading adds faults
+// until there are `maxFaults`.
 class JsonValue {
   public:
     // All of the document.
-    JsonValue(const JsonDocument& document, JsonFaults& faults)
-        : mDocument(&document), mFaults(&faults) {}
+    JsonValue(const JsonDocument& document, JsonFaults& faults, size_t maxFaults = kMostFaults)
+        : mDocument(&document), mFaults(&faults), mMaxFaults(maxFaults) {}
 
     void fail(std::string problem, std::string expected) const;
     // A fault with the value as what was found, or with "missing".
@@ -97,6 +100,7 @@ class JsonValue {
 
     const JsonDocument* mDocument;
     JsonFaults* mFaults;
+    size_t mMaxFaults;
     uint32_t mValue = JsonDocument::kRoot;
     std::string_view mMissing;  // the key that the object mValue does not have
 };

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <limits>
 #include <set>
 
@@ -46,6 +47,7 @@ class SelectorCheck {
 
 // A task with the place of its group head, which may stand behind its members.
 struct ReadTask {
+    bool hasOwnNumber = false;
     int number = 0;
     TaskTuning tuning;
     std::optional<JsonValue> groupHead;
@@ -54,26 +56,27 @@ struct ReadTask {
 void readTask(const JsonValue& json, TaskRange range, TuningVariant& variant, ReadTask& task) {
     json.readObject([&](JsonObject& object) {
         const JsonValue number = object.at("task");
-        const bool isNumber = number.read(task.number, range.min, range.max);
+        task.hasOwnNumber = number.read(task.number, range.min, range.max);
         object.require("name", task.tuning.name, TextLength{1, kMaxNameLength});
         object.require("targetTimeUs", task.tuning.targetTimeUs, 0, kMaxTime);
         object.require("defaultUclamp", task.tuning.defaultUclamp, 0, VELK_MAX_UCLAMP);
         object.allow("specValue", task.tuning.specValue);
         object.allow("vip", task.tuning.isVip);
         task.groupHead = object.find("groupHead");
-        if (isNumber && !variant.tasks.emplace(task.number, task.tuning).second) {
+        if (task.hasOwnNumber && !variant.tasks.emplace(task.number, task.tuning).second) {
+            task.hasOwnNumber = false;
             number.fail(fmt::format("a second entry for task {}", task.number),
                         "each task once in its variant");
         }
     });
 }
 
-void readGroupHead(const ReadTask& task, TuningVariant& variant) {
+void readGroupHead(const ReadTask& task, bool areNumbersKnown, TuningVariant& variant) {
     int head = 0;
-    if (!task.groupHead->read(head, 0)) {
+    if (!task.groupHead->read(head, 0) || !task.hasOwnNumber) {
         return;
     }
-    if (head != 0 && !variant.tasks.contains(head)) {
+    if (areNumbersKnown && head != 0 && !variant.tasks.contains(head)) {
         task.groupHead->failAsFound("0 or a task of the same variant");
     }
     variant.tasks[task.number].groupHead = head;
@@ -81,13 +84,15 @@ void readGroupHead(const ReadTask& task, TuningVariant& variant) {
 
 void readTasks(const JsonValue& json, TaskRange range, TuningVariant& variant) {
     std::vector<ReadTask> tasks;
-    const bool areRead = json.readElements([&](const JsonValue& element) {
+    json.readElements([&](const JsonValue& element) {
         readTask(element, range, variant, tasks.emplace_back());
     });
-    // A head that could not be read would make all of its members faulty.
+    // A head whose number is at fault would make all of its members faulty.
+    const bool areNumbersKnown = std::all_of(
+            tasks.begin(), tasks.end(), [](const ReadTask& task) { return task.hasOwnNumber; });
     for (const ReadTask& task : tasks) {
-        if (areRead && task.groupHead) {
-            readGroupHead(task, variant);
+        if (task.groupHead) {
+            readGroupHead(task, areNumbersKnown, variant);
         }
     }
 }
@@ -115,15 +120,14 @@ void readAnchorSpecs(JsonObject& source, std::vector<AnchorSpecs>& all) {
     SelectorCheck selectors;
     list->readElements([&](const JsonValue& element) {
         AnchorSpecs& specs = all.emplace_back();
-        const bool isRead = element.readObject([&](JsonObject& object) {
-            object.require("scenario", specs.scenario);
-            object.allow("customization", specs.customization);
+        element.readObject([&](JsonObject& object) {
+            const bool hasScenario = object.require("scenario", specs.scenario);
+            if (object.allow("customization", specs.customization) && hasScenario) {
+                selectors.add(element, specs.scenario, specs.customization);
+            }
             object.at("anchors").readElements(
                     [&](const JsonValue& anchor) { readAnchor(anchor, specs); });
         });
-        if (isRead) {
-            selectors.add(element, specs.scenario, specs.customization);
-        }
     });
 }
 
@@ -133,19 +137,19 @@ void readVariants(JsonObject& source, bool isPlatform, std::vector<TuningVariant
     SelectorCheck selectors;
     source.at("variants").readElements([&](const JsonValue& element) {
         TuningVariant& variant = variants.emplace_back();
-        const bool isRead = element.readObject([&](JsonObject& object) {
+        element.readObject([&](JsonObject& object) {
+            bool areSelectorsRead = true;
             if (isPlatform) {
                 object.require("clusterLevels", variant.clusterLevels, 0, VELK_MAX_UCLAMP);
                 object.require("clusterDefaultLevels", variant.clusterDefaultLevels, 0,
                                VELK_MAX_UCLAMP);
-                object.allow("customization", variant.customization);
+                areSelectorsRead = object.allow("customization", variant.customization);
             }
-            object.allow("scenario", variant.scenario);
+            if (object.allow("scenario", variant.scenario) && areSelectorsRead) {
+                selectors.add(element, variant.scenario, variant.customization);
+            }
             readTasks(object.at("tasks"), isPlatform ? kPlatformTasks : kCustomerTasks, variant);
         });
-        if (isRead) {
-            selectors.add(element, variant.scenario, variant.customization);
-        }
     });
 }
 
@@ -160,17 +164,18 @@ void readScenarioControl(const JsonValue& json, TuningData& data) {
     int category = 0;
     VELKScenario scenario = {};
     VELKSingleShotControl control;
-    const bool isRead = json.readObject([&](JsonObject& object) {
-        object.require("category", category);
-        object.require("scenario", scenario);
+    json.readObject([&](JsonObject& object) {
+        const bool hasCategory = object.require("category", category);
+        const bool hasScenario = object.require("scenario", scenario);
         readControl(object.at("control"), ControlRule::Tuning, control);
+        control.category = category;
+        if (hasCategory && hasScenario &&
+            !data.singleShotControls[category].emplace(scenario, std::move(control)).second) {
+            json.fail(fmt::format("a second entry for category {} and scenario {}", category,
+                                  int32_t{scenario}),
+                      "one entry for each");
+        }
     });
-    control.category = category;
-    if (isRead && !data.singleShotControls[category].emplace(scenario, std::move(control)).second) {
-        json.fail(fmt::format("a second entry for category {} and scenario {}", category,
-                              int32_t{scenario}),
-                  "one entry for each");
-    }
 }
 
 }  // namespace

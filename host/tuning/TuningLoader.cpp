@@ -4,8 +4,11 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
+#include <utility>
 
 #include "tuning/SourceJson.h"
 
@@ -19,12 +22,14 @@ constexpr const char* kSettingsFile = kTuningFiles[2];
 
 // Parses one file's text and hands it to `read`; a fault gets the file's name.
 void readText(const char* file, const std::string& text,
-              void (*read)(const JsonValue& json, TuningData& data), TuningData& data,
-              TuningError& error) {
+              void (*read)(const JsonValue& json, TuningData& data), FaultLimit limit,
+              TuningData& data, TuningError& error) {
     JsonFaults faults;
     JsonDocument document;
     if (document.parse(text, faults)) {
-        read(JsonValue(document, faults), data);
+        const size_t maxFaults =
+                limit == FaultLimit::Readable ? kMostFaults : std::numeric_limits<size_t>::max();
+        read(JsonValue(document, faults, maxFaults), data);
     }
     for (JsonFault& fault : faults) {
         error.faults.push_back(
@@ -51,6 +56,18 @@ std::optional<std::string> readFileIfThere(const std::filesystem::path& path, Tu
                                                          : std::nullopt;
 }
 
+// The faults of files that could be read; the empty text of another one has none of its own.
+void addFaultsOfTexts(const std::filesystem::path& folder, const TuningError& ofTexts,
+                      TuningError& error) {
+    const std::vector<TuningFault> unreadable = error.faults;
+    for (TuningFault fault : ofTexts.faults) {
+        fault.file = folder / fault.file;
+        if (std::ranges::find(unreadable, fault.file, &TuningFault::file) == unreadable.end()) {
+            error.faults.push_back(std::move(fault));
+        }
+    }
+}
+
 }  // namespace
 
 std::string TuningFault::text() const {
@@ -66,15 +83,15 @@ std::string TuningError::text() const {
     return fmt::format("{}", fmt::join(lines, "\n"));
 }
 
-TuningResult parseTuning(const TuningTexts& texts) {
+TuningResult parseTuning(const TuningTexts& texts, FaultLimit limit) {
     auto data = std::make_shared<TuningData>();
     TuningError error;
-    readText(kPlatformFile, texts.platform, readPlatform, *data, error);
+    readText(kPlatformFile, texts.platform, readPlatform, limit, *data, error);
     if (texts.customer) {
-        readText(kCustomerFile, *texts.customer, readCustomer, *data, error);
+        readText(kCustomerFile, *texts.customer, readCustomer, limit, *data, error);
     }
     if (texts.settings) {
-        readText(kSettingsFile, *texts.settings, readSettings, *data, error);
+        readText(kSettingsFile, *texts.settings, readSettings, limit, *data, error);
     }
     if (!error.faults.empty()) {
         return error;
@@ -82,22 +99,17 @@ TuningResult parseTuning(const TuningTexts& texts) {
     return data;
 }
 
-TuningResult loadTuning(const std::filesystem::path& folder) {
-    TuningError unreadable;
+TuningResult loadTuning(const std::filesystem::path& folder, FaultLimit limit) {
+    TuningError error;
     TuningTexts texts;
-    texts.platform = readFile(folder / kPlatformFile, unreadable);
-    texts.customer = readFileIfThere(folder / kCustomerFile, unreadable);
-    texts.settings = readFileIfThere(folder / kSettingsFile, unreadable);
-    if (!unreadable.faults.empty()) {
-        return unreadable;
+    texts.platform = readFile(folder / kPlatformFile, error);
+    texts.customer = readFileIfThere(folder / kCustomerFile, error);
+    texts.settings = readFileIfThere(folder / kSettingsFile, error);
+    TuningResult result = parseTuning(texts, limit);
+    if (const auto* ofTexts = std::get_if<TuningError>(&result)) {
+        addFaultsOfTexts(folder, *ofTexts, error);
     }
-    TuningResult result = parseTuning(texts);
-    if (auto* error = std::get_if<TuningError>(&result)) {
-        for (TuningFault& fault : error->faults) {
-            fault.file = folder / fault.file;
-        }
-    }
-    return result;
+    return error.faults.empty() ? result : error;
 }
 
 }  // namespace desk

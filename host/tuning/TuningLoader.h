@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -40,7 +41,11 @@ inline constexpr std::array kTuningFiles = {"platform.json", "customer.json", "s
 
 using TuningResult = std::variant<std::shared_ptr<const TuningData>, TuningError>;
 
-TuningResult loadTuning(const std::filesystem::path& folder);
+// How many faults of each file are told.
+enum class FaultLimit : uint8_t { Readable, None };
+
+TuningResult loadTuning(const std::filesystem::path& folder,
+                        FaultLimit limit = FaultLimit::Readable);
 
 // The texts of the three files.
 struct TuningTexts {
@@ -49,6 +54,6 @@ struct TuningTexts {
     std::optional<std::string> settings;
 };
 
-TuningResult parseTuning(const TuningTexts& texts);
+TuningResult parseTuning(const TuningTexts& texts, FaultLimit limit = FaultLimit::Readable);
 
 }  // namespace desk

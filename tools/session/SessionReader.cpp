@@ -36,13 +36,14 @@ std::string_view fieldOf(const JsonFault& fault) {
 
 }  // namespace
 
-SessionReader::SessionReader(InputFile& input) : mInput(&input), mBuffer(kChunkSize) {}
+SessionReader::SessionReader(InputFile& input, AfterFault afterFault)
+    : mInput(&input), mAfterFault(afterFault), mBuffer(kChunkSize) {}
 
 SessionBlock SessionReader::next() {
     constexpr size_t kUsualLine = 100;  // bytes
     SessionBlock block;
     block.calls.reserve(kChunkSize / kUsualLine);
-    while (block.calls.empty() && !block.isLast) {
+    while (block.calls.empty() && block.faults.empty() && !block.isLast) {
         try {
             const bool hasMore = fill();
             const std::string_view text(mBuffer.data(), mUsed);
@@ -62,6 +63,7 @@ SessionBlock SessionReader::next() {
             mUsed -= start;
             if (mUsed > kMaxLineLength && !block.isLast) {
                 takeLine({mBuffer.data(), mUsed}, block);  // its end need not be seen
+                block.isLast = true;
             }
         } catch (const std::system_error& error) {
             block.isLast = true;
@@ -85,7 +87,7 @@ void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
     ++mLine;
     mOffset += line.size() + 1;
     if (line.size() > kMaxLineLength) {
-        end("line", "too long", fmt::format("at most {} bytes", kMaxLineLength), block);
+        refuseLine("line", "too long", fmt::format("at most {} bytes", kMaxLineLength), block);
         return;
     }
     if (isBlank(line)) {
@@ -94,12 +96,12 @@ void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
     SessionCall call;
     std::string_view thread;
     if (const auto fault = mLineReader.read(line, call, thread)) {
-        end(fieldOf(*fault), fault->problem, fault->expected, block);
+        refuseLine(fieldOf(*fault), fault->problem, fault->expected, block);
         return;
     }
     if (call.atUs < mLastUs) {
-        end("at_us", fmt::format("found {}, before the call ahead of it", call.atUs),
-            fmt::format("at least {}", mLastUs), block);
+        refuseLine("at_us", fmt::format("found {}, before the call ahead of it", call.atUs),
+                   fmt::format("at least {}", mLastUs), block);
         return;
     }
     mLastUs = call.atUs;
@@ -107,7 +109,8 @@ void SessionReader::takeLine(std::string_view line, SessionBlock& block) {
     call.endOffset = mOffset;
     call.thread = threadNumber(thread, block);
     if (call.thread >= kMaxThreads) {
-        end("thread", "one thread too many", fmt::format("at most {} threads", kMaxThreads), block);
+        refuseLine("thread", "one thread too many", fmt::format("at most {} threads", kMaxThreads),
+                   block);
         return;
     }
     block.calls.push_back(std::move(call));
@@ -121,11 +124,16 @@ void SessionReader::takeRest(std::string_view rest, SessionBlock& block) {
     }
 }
 
-void SessionReader::end(std::string_view field, std::string_view problem, std::string_view expected,
-                        SessionBlock& block) {
-    block.isLast = true;
-    block.error = fmt::format("{}:{}: {}: {}, expected {}", mInput->name(), mLine, field, problem,
-                              expected);
+void SessionReader::refuseLine(std::string_view field, std::string_view problem,
+                               std::string_view expected, SessionBlock& block) const {
+    std::string fault = fmt::format("{}:{}: {}: {}, expected {}", mInput->name(), mLine, field,
+                                    problem, expected);
+    if (mAfterFault == AfterFault::GoOn) {
+        block.faults.push_back(std::move(fault));
+    } else {
+        block.isLast = true;
+        block.error = std::move(fault);
+    }
 }
 
 uint32_t SessionReader::threadNumber(std::string_view name, SessionBlock& block) {

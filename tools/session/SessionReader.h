@@ -17,8 +17,15 @@
 
 namespace desk {
 
+// What a line that is no call does to its session.
+enum class AfterFault : uint8_t {
+    Stop,  // ends it
+    GoOn   // is told and left out
+};
+
 struct SessionBlock {
     std::vector<SessionCall> calls;
+    std::vector<std::string> faults;      // of the lines left out, in the form of `error`
     std::vector<std::string> newThreads;  // the names behind the next thread numbers
     bool isLast = false;
     // Why the session ends here: "FILE:LINE: FIELD: PROBLEM, expected EXPECTED". The calls of this
@@ -34,7 +41,7 @@ class SessionReader {
     static constexpr size_t kMaxLineLength = 1 << 20;
     static constexpr size_t kMaxThreads = 256;
 
-    explicit SessionReader(InputFile& input);
+    explicit SessionReader(InputFile& input, AfterFault afterFault = AfterFault::Stop);
 
     // Waits until there is at least one more line. Not to be called after the last block.
     SessionBlock next();
@@ -47,11 +54,12 @@ class SessionReader {
     void takeLine(std::string_view line, SessionBlock& block);
     // The text behind the last line's end, when there is no more to come.
     void takeRest(std::string_view rest, SessionBlock& block);
-    void end(std::string_view field, std::string_view problem, std::string_view expected,
-             SessionBlock& block);
+    void refuseLine(std::string_view field, std::string_view problem, std::string_view expected,
+                    SessionBlock& block) const;
     uint32_t threadNumber(std::string_view name, SessionBlock& block);
 
     InputFile* mInput;
+    AfterFault mAfterFault;
     LineReader mLineReader;
     std::vector<char> mBuffer;
     size_t mUsed = 0;  // bytes of the buffer that hold text not yet taken

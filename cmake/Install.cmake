@@ -12,7 +12,7 @@ if(VELK_DESK)
     set_target_properties(velkperfctrl PROPERTIES INSTALL_RPATH "$ORIGIN")
     file(RELATIVE_PATH VELK_LIBDIR_FROM_BINDIR
          ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(velk-replay PROPERTIES
+    set_target_properties(velk-replay velk-tuning PROPERTIES
         INSTALL_RPATH "$ORIGIN/${VELK_LIBDIR_FROM_BINDIR}"
         INSTALL_RPATH_USE_LINK_PATH ON)
 endif()

@@ -25,7 +25,8 @@ void closeOnce(int& descriptor) {
 
 }  // namespace
 
-ToolRun::ToolRun(const std::vector<std::string>& arguments) : mErrorPath(mFolder.file("stderr")) {
+ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::string& program)
+    : mErrorPath(mFolder.file("stderr")) {
     // A tool that ends early must not end the test with it.
     std::signal(SIGPIPE, SIG_IGN);
     std::array<int, 2> input = {};
@@ -39,7 +40,7 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments) : mErrorPath(mFolder
     posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, mErrorPath.c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    std::vector<std::string> words = {VELK_REPLAY_PROGRAM};
+    std::vector<std::string> words = {program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     argv.reserve(words.size() + 1);
@@ -47,8 +48,7 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments) : mErrorPath(mFolder
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
-    EXPECT_EQ(posix_spawn(&mProcess, VELK_REPLAY_PROGRAM, &actions, nullptr, argv.data(), environ),
-              0);
+    EXPECT_EQ(posix_spawn(&mProcess, program.c_str(), &actions, nullptr, argv.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);
     close(input[0]);
     close(output[1]);
@@ -117,8 +117,9 @@ std::string readFile(const std::string& path) {
     return text.str();
 }
 
-ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input) {
-    ToolRun run(arguments);
+ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input,
+                    const std::string& program) {
+    ToolRun run(arguments, program);
     run.write(input);
     run.closeInput();
     return run.waitForEnd();

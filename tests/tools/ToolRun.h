@@ -1,5 +1,5 @@
 /*
- * Runs velk-replay as its users do.
+ * Runs a tool as its users do: velk-replay, unless another one is named.
  */
 #pragma once
 
@@ -22,7 +22,8 @@ struct ToolOutcome {
 class ToolRun {
   public:
     // Starts the tool with these arguments; standard input is a pipe that stays open.
-    explicit ToolRun(const std::vector<std::string>& arguments);
+    explicit ToolRun(const std::vector<std::string>& arguments,
+                     const std::string& program = VELK_REPLAY_PROGRAM);
     ~ToolRun();
     ToolRun(const ToolRun&) = delete;
     ToolRun& operator=(const ToolRun&) = delete;
@@ -46,7 +47,8 @@ class ToolRun {
 };
 
 // With `input` as standard input.
-ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input = "");
+ToolOutcome runTool(const std::vector<std::string>& arguments, const std::string& input = "",
+                    const std::string& program = VELK_REPLAY_PROGRAM);
 
 std::string readFile(const std::string& path);
 

@@ -4,12 +4,12 @@
  */
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -22,7 +22,9 @@ struct UseCase {
     VELKScenario scenario = {};
     VELKFeatureCustomization customization = {};
 
-    auto operator<=>(const UseCase&) const = default;
+    bool operator<(const UseCase& other) const {
+        return std::tie(scenario, customization) < std::tie(other.scenario, other.customization);
+    }
 };
 
 // "scenario 1 and customization 2"

@@ -75,6 +75,13 @@ const ToolRow kTools[] = {
          "",
          {},
          1},
+        {"checkOfTuningData",
+         VELK_TUNING_PROGRAM,
+         {"check", "tuning", kSession, "--strict"},
+         inputsOfReplay(7),
+         "",
+         {},
+         1},
 };
 
 struct Kind {
@@ -115,7 +122,7 @@ class Sweep : public testing::TestWithParam<ToolRow> {
         EXPECT_EQ(outcome.signal, 0) << strsignal(outcome.signal);
         if (outcome.status != mWhole.status || !differences(outcome).empty()) {
             EXPECT_TRUE(outcome.status == 1 || outcome.status == 2) << outcome.status;
-            EXPECT_NE(outcome.err.find("velk-replay: "), std::string::npos) << outcome.err;
+            EXPECT_NE(outcome.err.find(programName() + ": "), std::string::npos) << outcome.err;
         }
     }
 
@@ -135,6 +142,10 @@ class Sweep : public testing::TestWithParam<ToolRow> {
             }
         }
         return arguments;
+    }
+
+    static std::string programName() {
+        return std::filesystem::path(GetParam().program).filename();
     }
 
     Sweep() { EXPECT_EQ(mWhole.status, GetParam().status) << mWhole.err; }
@@ -230,7 +241,7 @@ TEST_P(Sweep, AnOutputThatIsAnInputIsRefused) {
             const SweepOutcome outcome = mTool.run(withOutput(option, path));
             expectNoHarm(outcome);
             EXPECT_EQ(outcome.status, 2);
-            EXPECT_NE(outcome.err.find("velk-replay: --"), std::string::npos) << outcome.err;
+            EXPECT_NE(outcome.err.find(programName() + ": --"), std::string::npos) << outcome.err;
             EXPECT_NE(outcome.err.find("is the same file as"), std::string::npos) << outcome.err;
             for (const auto& [name, content] : outcome.outputs) {
                 EXPECT_EQ(content, "") << name;
@@ -290,7 +301,7 @@ TEST_P(Sweep, AFileIsFull) {
         const SweepOutcome outcome = mTool.run(withOutput(option, "/dev/full"));
         expectNoHarm(outcome);
         EXPECT_EQ(outcome.status, 2);
-        EXPECT_EQ(outcome.err, "velk-replay: /dev/full: No space left on device\n");
+        EXPECT_EQ(outcome.err, programName() + ": /dev/full: No space left on device\n");
         EXPECT_EQ(differencesBut(outcome, output), Words());
     }
 }

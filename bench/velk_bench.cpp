@@ -9,13 +9,9 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <exception>
-#include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -27,17 +23,20 @@
 #include "platform/StubPlatform.h"
 #include "time/Alternatives.h"
 #include "time/DisabledSites.h"
+#include "time/Table.h"
+#include "time/Timing.h"
 
 namespace {
 
-// Returns 0 on success.
-using Action = int (*)();
+using bench::Row;
+using bench::Section;
 
 // --- Actions -------------------------------------------------------------------------------------
 
 constexpr int kTask = bench::kFirstTask;
 constexpr int kRunningTask = bench::kFirstTask + 1;  // on the measuring thread, all the time
-const char gKey = 0;
+// Each thread has keys of its own, as the threads of a camera pipeline have.
+const char gKeys[bench::kMostThreads] = {};
 const int gNodeFd = open(VELK_NODE_PATH, O_RDONLY | O_CLOEXEC);
 
 int bareIoctl() {
@@ -57,7 +56,8 @@ int twoBareIoctlsWithThreadId() {
 }
 
 int taskStartAndEnd() {
-    return VELKMachine::notifyTaskStart(&gKey, kTask) | VELKMachine::notifyTaskEnd(&gKey, kTask);
+    return VELKMachine::notifyTaskStart(&gKeys[bench::threadNumber()], kTask) |
+           VELKMachine::notifyTaskEnd(&gKeys[bench::threadNumber()], kTask);
 }
 
 int sceneChange() {
@@ -76,27 +76,19 @@ int controlAndReset() {
 
 // --- Rows ----------------------------------------------------------------------------------------
 
-// The times of one repetition, in seconds for kCallsAtOnce calls.
-struct Sample {
-    double own;
-    double beside;
-};
+std::string withThreads(const char* name, int threads) {
+    return fmt::format("{}, {} thread{}", name, threads, threads == 1 ? "" : "s");
+}
 
-struct Row {
-    std::string name;
-    Action action;
-    Action beside;
-    std::optional<double> wanted;  // ratio
-    std::string remark = {};
-    std::vector<Sample> samples = {};
-};
+// As many threads make the call as make the bare calls.
+Row contended(const char* name, int threads, bench::Action action, bench::Action beside) {
+    return {withThreads(name, threads), action, beside, {}, {}, threads, threads};
+}
 
-struct Section {
-    std::string title;
-    std::string besideWhat;
-    double unitsPerCall;
-    std::vector<Row> rows;
-};
+// Several threads at once, beside one thread that makes all their calls in turn.
+Row inTurn(const char* name, int threads, bench::Action action, std::optional<double> wanted) {
+    return {withThreads(name, threads), action, action, wanted, {}, threads, 1};
+}
 
 std::vector<Section> allSections() {
     const bench::Alternative scheduler = bench::schedulerAttributes();
@@ -104,22 +96,37 @@ std::vector<Section> allSections() {
     return {{"notification",
              "bare calls",
              1,
-             {{"notifyVSync", VELKInfoNotifier::notifyVSync, bareIoctl, 1.15},
-              {"notifyCamFps", [] { return VELKInfoNotifier::notifyCamFps(30); }, bareIoctl, 1.15},
-              {"notifyTaskStart + notifyTaskEnd", taskStartAndEnd, twoBareIoctlsWithThreadId, 1.5},
-              {"notifyTaskSceneChange", sceneChange, bareIoctlWithThreadId, 1.3},
+             {{"notifyVSync", VELKInfoNotifier::notifyVSync, bareIoctl, 1.10},
+              {"notifyCamFps", [] { return VELKInfoNotifier::notifyCamFps(30); }, bareIoctl, 1.10},
+              {"notifyTaskStart + notifyTaskEnd", taskStartAndEnd, twoBareIoctlsWithThreadId, 1.25},
+              {"notifyTaskSceneChange", sceneChange, bareIoctlWithThreadId, 1.12},
               {"notifyAnchorPointStart",
                [] { return VELKMachine::notifyAnchorPointStart(bench::kAnchor, 1); }, bareIoctl,
-               1.6},
+               1.15},
               {"notifyAnchorPointEnd",
-               [] { return VELKMachine::notifyAnchorPointEnd(bench::kAnchor, 1); }, bareIoctl, 1.3},
+               [] { return VELKMachine::notifyAnchorPointEnd(bench::kAnchor, 1); }, bareIoctl,
+               1.15},
               {"notifySingleShotCriticalTaskStart",
                [] { return VELKMachine::notifySingleShotCriticalTaskStart(kTask); },
-               bareIoctlWithThreadId, 1.3},
+               bareIoctlWithThreadId, 1.12},
               {"notifySingleShotCriticalTaskEnd",
                [] { return VELKMachine::notifySingleShotCriticalTaskEnd(kTask); },
-               bareIoctlWithThreadId, 1.3},
+               bareIoctlWithThreadId, 1.12},
               {"notifySingleShotControl + reset", controlAndReset, twoBareIoctlsWithThreadId, {}}}},
+            {"threads at once",
+             "bare calls",
+             1,
+             {contended("notifyVSync", 1, VELKInfoNotifier::notifyVSync, bareIoctl),
+              contended("notifyVSync", 2, VELKInfoNotifier::notifyVSync, bareIoctl),
+              contended("notifyVSync", 4, VELKInfoNotifier::notifyVSync, bareIoctl),
+              contended("start + end", 1, taskStartAndEnd, twoBareIoctlsWithThreadId),
+              contended("start + end", 2, taskStartAndEnd, twoBareIoctlsWithThreadId),
+              contended("start + end", 4, taskStartAndEnd, twoBareIoctlsWithThreadId)}},
+            {"threads at once",
+             "in turn",
+             1,
+             {inTurn("start + end in turn", 2, taskStartAndEnd, {}),
+              inTurn("start + end in turn", 4, taskStartAndEnd, 1.3)}},
             {"instead of task start and end",
              "start + end",
              1,
@@ -144,26 +151,6 @@ std::vector<Section> allSections() {
 
 // --- Measuring -----------------------------------------------------------------------------------
 
-// Short enough that both actions meet the same load of the machine, long enough for its clock.
-constexpr int kCallsAtOnce = 500;
-
-double threadSeconds() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
-// The thread's time for all the calls in seconds; empty when one fails.
-std::optional<double> timeCalls(Action action) {
-    int result = 0;
-    const double begin = threadSeconds();
-    for (int call = 0; call < kCallsAtOnce; ++call) {
-        result |= action();
-    }
-    const double end = threadSeconds();
-    return result == 0 ? std::optional(end - begin) : std::nullopt;
-}
-
 class RowBenchmark : public benchmark::internal::Benchmark {
   public:
     explicit RowBenchmark(const Row& row) : Benchmark(row.name.c_str()), mRow(row) {
@@ -173,8 +160,8 @@ class RowBenchmark : public benchmark::internal::Benchmark {
     void Run(benchmark::State& state) override {
         double sum = 0;
         while (state.KeepRunning()) {
-            const auto own = timeCalls(mRow.action);
-            const auto beside = timeCalls(mRow.beside);
+            const auto own = bench::timeCalls(mRow.action, mRow.threads);
+            const auto beside = bench::timeCalls(mRow.beside, mRow.besideThreads);
             if (!own || !beside) {
                 state.SkipWithError("a call failed");
                 break;
@@ -226,87 +213,16 @@ class Collector : public benchmark::BenchmarkReporter {
     bool mHasFailed = false;
 };
 
-// --- Results -------------------------------------------------------------------------------------
-
-template <typename Figure>
-double medianOf(const Row& row, Figure figure) {
-    std::vector<double> figures;
-    for (const Sample& sample : row.samples) {
-        figures.push_back(figure(sample));
-    }
-    std::sort(figures.begin(), figures.end());
-    return figures[figures.size() / 2];
-}
-
-struct Result {
-    double nanoseconds;
-    double besideNanoseconds;
-    double ratio;
-};
-
-Result resultOf(const Section& section, const Row& row) {
-    const double scale = 1e9 / kCallsAtOnce / section.unitsPerCall;
-    return {medianOf(row, [=](const Sample& sample) { return sample.own * scale; }),
-            medianOf(row, [=](const Sample& sample) { return sample.beside * scale; }),
-            medianOf(row, [](const Sample& sample) { return sample.own / sample.beside; })};
-}
-
-void printTable(const std::vector<Section>& sections) {
-    for (const Section& section : sections) {
-        fmt::print("{:<38}{:>10}{:>14}{:>8}{:>8}\n", section.title, "ns", section.besideWhat,
-                   "ratio", "wanted");
-        for (const Row& row : section.rows) {
-            fmt::print("  {:<36}", row.name);
-            if (row.samples.empty()) {
-                fmt::print("{:>40}", "not measured");
-            } else {
-                const Result result = resultOf(section, row);
-                fmt::print("{:>10.2f}{:>14.2f}{:>8.2f}{:>8}", result.nanoseconds,
-                           result.besideNanoseconds, result.ratio,
-                           row.wanted ? fmt::format("{:.2f}", *row.wanted) : "");
-            }
-            fmt::print("{}\n", row.remark.empty() ? "" : "  (" + row.remark + ')');
-        }
-        fmt::print("\n");
-    }
-}
-
-void writeJson(const std::vector<Section>& sections, const std::string& path) {
-    nlohmann::json rows = nlohmann::json::array();
-    for (const Section& section : sections) {
-        for (const Row& row : section.rows) {
-            nlohmann::json object = {{"section", section.title},
-                                     {"name", row.name},
-                                     {"beside", section.besideWhat},
-                                     {"remark", row.remark}};
-            if (row.wanted) {
-                object["wantedRatio"] = *row.wanted;
-            }
-            if (!row.samples.empty()) {
-                const Result result = resultOf(section, row);
-                object["nanoseconds"] = result.nanoseconds;
-                object["besideNanoseconds"] = result.besideNanoseconds;
-                object["ratio"] = result.ratio;
-            }
-            rows.push_back(std::move(object));
-        }
-    }
-    std::ofstream file(path);
-    file << rows.dump(2) << '\n';
-    if (!file.flush()) {
-        throw std::runtime_error(path + ": cannot be written");
-    }
-}
-
 int run(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (argc > 2) {
         fmt::print(stderr, "usage: velk_bench [BENCHMARK FLAGS] [FILE FOR JSON]\n");
         return 2;
     }
+    const bench::IdleThread idle;
     VELKInitParams params{};
     params.scenario = VELK_SCENARIO_FALLBACK;
-    if (VELKMachine::init(params) != 0 || VELKMachine::notifyTaskStart(&gKey, kRunningTask) != 0) {
+    if (VELKMachine::init(params) != 0 || VELKMachine::notifyTaskStart(gKeys, kRunningTask) != 0) {
         throw std::runtime_error("the library does not come up");
     }
 
@@ -314,9 +230,9 @@ int run(int argc, char** argv) {
     Collector collector(sections);
     benchmark::RunSpecifiedBenchmarks(&collector);
     VELKMachine::uninit();
-    printTable(sections);
+    bench::printTable(sections);
     if (argc == 2) {
-        writeJson(sections, argv[1]);
+        bench::writeJson(sections, argv[1]);
     }
     return collector.hasFailed() ? 1 : 0;
 }

@@ -1,8 +1,8 @@
 /*
  * The control node of the timed measurements. The library's open() gets a descriptor of /dev/null,
- * and its commands reach the kernel as FIONBIO: a request that every descriptor takes, that returns
- * 0 and that reads its argument from the caller's memory, as a driver reads a record. A driver that
- * does more makes the library's own share smaller.
+ * and its commands reach the kernel as FIGETBSZ: a request that returns 0, that accesses the
+ * caller's memory, as a driver that reads a record, and that takes no lock for which threads would
+ * wait for each other. A driver that does more makes the library's own share smaller.
  *
  * The program's own calls go through these functions too, so that both sides of a ratio include
  * their cost.
@@ -11,6 +11,7 @@
  * different types.
  */
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -23,7 +24,7 @@
 extern "C" {
 
 int openOrNull(const char* path, int flags, ...) __asm__("open");
-int ioctlOrFionbio(int fd, unsigned long request, ...) noexcept __asm__("ioctl");
+int ioctlOrBlockSize(int fd, unsigned long request, ...) noexcept __asm__("ioctl");
 
 int openOrNull(const char* path, int flags, ...) {
     va_list arguments;
@@ -35,12 +36,14 @@ int openOrNull(const char* path, int flags, ...) {
             syscall(SYS_openat, AT_FDCWD, isNode ? "/dev/null" : path, flags, mode));
 }
 
-int ioctlOrFionbio(int fd, unsigned long request, ...) noexcept {
+int ioctlOrBlockSize(int fd, unsigned long request, ...) noexcept {
     va_list arguments;
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
     const bool isCommand = _IOC_TYPE(request) == _IOC_TYPE(VELK_IOC_INIT);
-    return static_cast<int>(syscall(SYS_ioctl, fd, isCommand ? FIONBIO : request, argument));
+    int blockSize = 0;  // the record is not the kernel's to write
+    return static_cast<int>(isCommand ? syscall(SYS_ioctl, fd, FIGETBSZ, &blockSize)
+                                      : syscall(SYS_ioctl, fd, request, argument));
 }
 }

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <exception>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -20,6 +21,7 @@
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
 #include "foundation/CommandTable.h"
+#include "foundation/InheritingMutex.h"
 #include "platform/StubPlatform.h"
 #include "time/Alternatives.h"
 #include "time/DisabledSites.h"
@@ -60,6 +62,14 @@ int taskStartAndEnd() {
            VELKMachine::notifyTaskEnd(&gKeys[bench::threadNumber()], kTask);
 }
 
+// What start and end do at least, under the one mutex or the other.
+template <typename Mutex>
+int lockedBareIoctl() {
+    static Mutex mutex;
+    const std::lock_guard<Mutex> lock(mutex);
+    return bareIoctlWithThreadId();
+}
+
 int sceneChange() {
     return VELKMachine::notifyTaskSceneChange(kRunningTask, VELK_SCENE_CHANGE_MODE_DEFAULT);
 }
@@ -83,6 +93,16 @@ std::string withThreads(const char* name, int threads) {
 // As many threads make the call as make the bare calls.
 Row contended(const char* name, int threads, bench::Action action, bench::Action beside) {
     return {withThreads(name, threads), action, beside, {}, {}, threads, threads};
+}
+
+Row contendedMutex(int threads, std::optional<double> wanted) {
+    return {withThreads("lock and bare call", threads),
+            lockedBareIoctl<InheritingMutex>,
+            lockedBareIoctl<std::mutex>,
+            wanted,
+            {},
+            threads,
+            threads};
 }
 
 // Several threads at once, beside one thread that makes all their calls in turn.
@@ -125,8 +145,12 @@ std::vector<Section> allSections() {
             {"threads at once",
              "in turn",
              1,
-             {inTurn("start + end in turn", 2, taskStartAndEnd, {}),
-              inTurn("start + end in turn", 4, taskStartAndEnd, 1.3)}},
+             {inTurn("start + end at once", 2, taskStartAndEnd, {}),
+              inTurn("start + end at once", 4, taskStartAndEnd, 1.3)}},
+            {"the global mutex",
+             "std::mutex",
+             1,
+             {contendedMutex(1, {}), contendedMutex(2, 1.11), contendedMutex(4, 1.11)}},
             {"instead of task start and end",
              "start + end",
              1,

@@ -26,6 +26,7 @@
 #include "VELKMachine.h"
 #include "VELKSettingsProvider.h"
 #include "foundation/CommandChannel.h"
+#include "foundation/InheritingMutex.h"
 #include "foundation/LogGate.h"
 #include "foundation/NeverDestroyed.h"
 #include "foundation/Published.h"
@@ -48,8 +49,8 @@ constexpr size_t kMaxShortName = sizeof(VELK_TASK_INIT_PARAM::taskName) - 1;
 constexpr int kDefaultUser = 4;
 constexpr int kHandedOverCategory = 0;
 
-constinit NeverDestroyed<std::mutex> gGlobalMutexStorage;
-std::mutex& gGlobalMutex = gGlobalMutexStorage.object;
+NeverDestroyed<InheritingMutex> gGlobalMutexStorage;
+InheritingMutex& gGlobalMutex = gGlobalMutexStorage.object;
 
 constinit NeverDestroyed<std::unique_ptr<VELKRescManagement>> gResourceStorage;
 std::unique_ptr<VELKRescManagement>& gResource VELK_GUARDED_BY(gGlobalMutex) =
@@ -190,7 +191,7 @@ namespace {
         VELK_LOGW_GATED("VELK is not supported!");
         return kFailure;
     }
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     const TraceSection section("VELK::init");
     if (gResource != nullptr) {
         VELK_LOGI("gResource already exists");
@@ -220,7 +221,7 @@ namespace {
 }
 
 [[gnu::cold]] int VELKMachine::uninit() {
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     closeTemporaryDevice();
     if (gUseCount == 0) {
         return kFailure;
@@ -334,7 +335,7 @@ std::string shortTaskName(const VELKRescManagement& resource, int task) {
 }  // namespace
 
 int VELKMachine::notifyTaskStart(const void* key, int task, const VELKTaskExtraParams& extra) {
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
         return failCheckInit();
     }
@@ -379,7 +380,7 @@ int VELKMachine::notifyTaskStart(const void* key, int task) {
 }
 
 int VELKMachine::notifyTaskEnd(const void* key, int task) {
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
         return failCheckInit();
     }
@@ -501,7 +502,7 @@ int VELKMachine::notifySingleShotControl(const VELKSingleShotControl& control) {
 }
 
 int VELKMachine::notifySingleShotControl(int category) {
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
         return failNoInit();
     }
@@ -535,7 +536,7 @@ ActiveSingleShots::DetachedEntry takeControlToReset(VELKRescManagement& resource
 }  // namespace
 
 int VELKMachine::notifyResetSingleShotControl(int category) {
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     if (gResource == nullptr) {
         return failNoInit();
     }
@@ -643,7 +644,7 @@ int VELKMachine::markCriticalTask() {
 
 [[gnu::cold]] int VELKMachine::unsetCriticalTask() {
     const TraceSection section("VELK::unsetCriticalTask");
-    const std::lock_guard<std::mutex> lock(gGlobalMutex);
+    const std::lock_guard<InheritingMutex> lock(gGlobalMutex);
     const VELKSingleShotControl control;
     if (gResource != nullptr) {
         return notifySingleShotControl(control);

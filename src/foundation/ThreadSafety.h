@@ -11,6 +11,10 @@
 #define VELK_THREAD_ATTRIBUTE(x)
 #endif
 
+#define VELK_CAPABILITY(name) VELK_THREAD_ATTRIBUTE(capability(name))
+#define VELK_ACQUIRE() VELK_THREAD_ATTRIBUTE(acquire_capability())
+#define VELK_TRY_ACQUIRE(success) VELK_THREAD_ATTRIBUTE(try_acquire_capability(success))
+#define VELK_RELEASE() VELK_THREAD_ATTRIBUTE(release_capability())
 #define VELK_GUARDED_BY(mutex) VELK_THREAD_ATTRIBUTE(guarded_by(mutex))
 #define VELK_REQUIRES(mutex) VELK_THREAD_ATTRIBUTE(requires_capability(mutex))
 #define VELK_EXCLUDES(mutex) VELK_THREAD_ATTRIBUTE(locks_excluded(mutex))

@@ -16,11 +16,20 @@ void note(const char* what, const pthread_mutex_t* mutex) {
 
 extern "C" {
 int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
+int __real_pthread_mutex_trylock(pthread_mutex_t* mutex);
 int __real_pthread_mutex_unlock(pthread_mutex_t* mutex);
 
 int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
     const int result = __real_pthread_mutex_lock(mutex);
     note("lock ", mutex);
+    return result;
+}
+
+int __wrap_pthread_mutex_trylock(pthread_mutex_t* mutex) {
+    const int result = __real_pthread_mutex_trylock(mutex);
+    if (result == 0) {
+        note("lock ", mutex);
+    }
     return result;
 }
 

@@ -2,6 +2,9 @@
 #include <VELKInfoNotifier.h>
 #include <VELKMachine.h>
 #include <VELKMachineCus.h>
+#include <driver/DriverModel.h>
+#include <tuning/TuningLoader.h>
+#include <tuning/TuningPlatform.h>
 
 #include <iostream>
 
@@ -18,7 +21,7 @@ void expect(int expected, int result, const char* call) {
 
 }  // namespace
 
-int main() {
+int main(int, char** argv) {
     VELKSingleShotControl control;
     control.uclampLevels = {512, 512};
 
@@ -32,5 +35,11 @@ int main() {
     expect(0, VELKMachine::unsetCriticalTask(), "unsetCriticalTask");
     expect(0, unsetCriticalTaskCus(), "unsetCriticalTaskCus");
     expect(-1, VELKMachine::uninit(), "uninit");
+
+    // The desk's headers go with its libraries: with the tuning data of the sample it comes up.
+    desk::installTuning(std::get<0>(desk::loadTuning(argv[1])));
+    expect(0, VELKMachine::init(VELKInitParams{}), "init with tuning data");
+    expect(1, desk::controlNode().snapshot().openDescriptors > 0, "the node, while it is up");
+    expect(0, VELKMachine::uninit(), "uninit after an init");
     return gFailures;
 }

@@ -78,6 +78,9 @@ void AnchorAnalysis::end(Anchor& anchor, const VELK_ANCHOR_PARAM& record, int64_
         return;
     }
     finishPass(anchor, *start, atUs);
+    if (mListener != nullptr) {
+        mListener->onPass({record.anchor, start->atUs, atUs, start->latencyTargetUs});
+    }
     anchor.open.erase(start);
 }
 

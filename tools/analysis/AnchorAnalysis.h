@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+#include "analysis/IntervalListener.h"
 #include "analysis/SessionFigures.h"
 #include "play/PlayedCall.h"
 
@@ -16,6 +17,7 @@ namespace desk {
 
 class AnchorAnalysis {
   public:
+    void tell(IntervalListener* listener) { mListener = listener; }
     // Of a command of that call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
@@ -40,10 +42,11 @@ class AnchorAnalysis {
 
     void beginAnew();
     static void start(Anchor& anchor, const VELK_ANCHOR_PARAM& record, int64_t atUs);
-    static void end(Anchor& anchor, const VELK_ANCHOR_PARAM& record, int64_t atUs);
+    void end(Anchor& anchor, const VELK_ANCHOR_PARAM& record, int64_t atUs);
     static void finishPass(Anchor& anchor, const Start& start, int64_t atUs);
 
     std::map<int32_t, Anchor> mAnchors;
+    IntervalListener* mListener = nullptr;
 };
 
 }  // namespace desk

@@ -64,4 +64,24 @@ DistributionFigures Distribution::figures() const {
     return {mCount, mTotalUs, mLongestUs, percentile(50), percentile(90), percentile(99)};
 }
 
+DistributionBars Distribution::bars(int64_t markUs) const {
+    constexpr int64_t kMostBars = 64;
+    DistributionBars bars;
+    if (mCount == 0) {
+        return bars;
+    }
+    bars.fromUs = std::min(mShortestUs, markUs);
+    const int64_t rangeUs = std::max(percentile(99), markUs) - bars.fromUs;
+    // No narrower than a bucket, or some bars would be empty for that alone.
+    const auto narrowestUs = (bars.fromUs + rangeUs) / static_cast<int64_t>(kBucketsOfPower) + 1;
+    bars.widthUs = std::max(rangeUs / (kMostBars - 2) + 1, narrowestUs);
+    bars.counts.resize(static_cast<size_t>(rangeUs / bars.widthUs) + 2);
+    forEachBucket([&bars](int64_t us, uint64_t count) {
+        const auto place =
+                static_cast<size_t>(std::max<int64_t>(us - bars.fromUs, 0) / bars.widthUs);
+        (place < bars.counts.size() ? bars.counts[place] : bars.above) += count;
+    });
+    return bars;
+}
+
 }  // namespace desk

@@ -18,6 +18,14 @@ struct DistributionFigures {
     int64_t p99Us = 0;
 };
 
+// How many times lie in ranges of the same width, one after another.
+struct DistributionBars {
+    int64_t fromUs = 0;
+    int64_t widthUs = 1;
+    std::vector<uint64_t> counts;
+    uint64_t above = 0;  // the last of them
+};
+
 /*
  * Counts times in the buckets of an HDR histogram: those below 1024 us have a bucket each, above
  * every power of two is divided into 512 buckets of the same width. So a percentile is exact below
@@ -31,6 +39,9 @@ class Distribution {
     // The smallest time that at least that many percent of the times do not exceed, 1 to 100.
     int64_t percentile(uint64_t percent) const;
     DistributionFigures figures() const;
+    // From the shortest time, or `markUs` where that is shorter, to a little above the 99th
+    // percentile and `markUs`.
+    DistributionBars bars(int64_t markUs) const;
 
     uint64_t count() const { return mCount; }
     int64_t totalUs() const { return mTotalUs; }

@@ -2,6 +2,12 @@
 
 namespace desk {
 
+void SessionAnalysis::tell(IntervalListener& listener) {
+    mTasks.tell(&listener);
+    mAnchors.tell(&listener);
+    mSpans.tell(&listener);
+}
+
 void SessionAnalysis::onCall(const PlayedCall& played) {
     countCall(played);
     mThreads.take(played);

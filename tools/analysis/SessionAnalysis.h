@@ -21,6 +21,8 @@ namespace desk {
 
 class SessionAnalysis : public CallListener {
   public:
+    // Who hears of each run, pass and span as it ends. It has to live as long as this.
+    void tell(IntervalListener& listener);
     void onCall(const PlayedCall& played) override;
 
     // Of the calls so far.

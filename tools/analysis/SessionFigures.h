@@ -36,6 +36,7 @@ struct TaskFigures {
     uint64_t starts = 0;
     uint64_t repeatedStarts = 0;       // of these, by a thread that ran the task already
     DistributionFigures runs;          // the ended ones
+    DistributionBars runBars;          // their times
     uint64_t overTarget = 0;           // of these, longer than the target of their time
     std::vector<std::string> threads;  // that started it, by first appearance in the session
 };

@@ -29,6 +29,9 @@ void SpanAnalysis::start(const PlayedCall& played, const VELK_CRITICAL_TASK_PARA
 void SpanAnalysis::end(const PlayedCall& played, const VELK_CRITICAL_TASK_PARAM& record) {
     if (const auto span = mOpen.find(record.tid); span != mOpen.end()) {
         mEnded.add(played.call->atUs - span->second.sinceUs);
+        if (mListener != nullptr) {
+            mListener->onSpan({span->second.thread, span->second.sinceUs, played.call->atUs});
+        }
         mOpen.erase(span);
     }
 }

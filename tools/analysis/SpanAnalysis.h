@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "analysis/IntervalListener.h"
 #include "analysis/SessionFigures.h"
 #include "analysis/ThreadTable.h"
 #include "play/PlayedCall.h"
@@ -15,6 +16,7 @@ namespace desk {
 
 class SpanAnalysis {
   public:
+    void tell(IntervalListener* listener) { mListener = listener; }
     // Of a command of that call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
@@ -34,6 +36,7 @@ class SpanAnalysis {
     std::map<int32_t, Span> mOpen;  // by thread id
     Distribution mEnded;
     uint64_t mNestedStarts = 0;
+    IntervalListener* mListener = nullptr;
 };
 
 }  // namespace desk

@@ -70,6 +70,10 @@ void TaskAnalysis::end(const PlayedCall& played, const VELK_TASK_PARAM& record) 
         const int64_t runUs = played.call->atUs - run.sinceUs;
         task.runs.add(runUs);
         task.figures.overTarget += runUs > task.figures.targetTimeUs ? 1 : 0;
+        if (mListener != nullptr) {
+            mListener->onRun({run.thread, task.figures.task, task.figures.name, run.sinceUs,
+                              played.call->atUs, task.figures.targetTimeUs});
+        }
     });
 }
 
@@ -78,6 +82,7 @@ std::vector<TaskFigures> TaskAnalysis::figures(const ThreadTable& threads) const
     for (const auto& [number, task] : mTasks) {
         TaskFigures& figures = tasks.emplace_back(task.figures);
         figures.runs = task.runs.figures();
+        figures.runBars = task.runs.bars(figures.targetTimeUs);
         for (const uint32_t thread : task.threads) {
             figures.threads.push_back(threads.nameOf(thread));
         }

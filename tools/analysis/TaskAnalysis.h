@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "analysis/IntervalListener.h"
 #include "analysis/SessionFigures.h"
 #include "analysis/ThreadTable.h"
 #include "play/PlayedCall.h"
@@ -17,6 +18,7 @@ namespace desk {
 
 class TaskAnalysis {
   public:
+    void tell(IntervalListener* listener) { mListener = listener; }
     // Of a command of that call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
@@ -46,6 +48,7 @@ class TaskAnalysis {
 
     std::map<int, Task> mTasks;
     std::unordered_map<uint32_t, RegisteredTask> mRegistered;  // by unique task id
+    IntervalListener* mListener = nullptr;
 };
 
 }  // namespace desk

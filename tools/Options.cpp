@@ -19,6 +19,8 @@ Examples:
     velk-replay capture-5s.jsonl --tuning tuning
   The summary alone, in recorded time, with a trace to open in Perfetto:
     velk-replay capture-5s.jsonl --tuning tuning --quiet --speed 1 --trace trace.json
+  A page with timeline, charts and all figures, to open in a browser:
+    velk-replay capture-5s.jsonl --tuning tuning --quiet --report page.html
   A driver that refuses the first three task registrations and is slow to take task starts:
     velk-replay capture-5s.jsonl --tuning tuning --driver '28=EINVAL*3, slow=taskStart:50us'
   A device without the control node, with everything that the library says about it:

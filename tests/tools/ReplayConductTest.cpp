@@ -153,6 +153,7 @@ TEST_F(Replay, ItsUsageIsChecked) {
                   "to"},
                  {"- --tuning FOLDER --filter sort=up", 2, "expected command=NAME, thread=NAME"},
                  {"- --tuning FOLDER --trace -", 2, "--trace: standard output has the summary"},
+                 {"- --tuning FOLDER --report -", 2, "--report: standard output has the summary"},
                  {"- --tuning FOLDER --driver 28=EWHAT", 2,
                   "--driver: driver item \"28=EWHAT\": \"EWHAT\" is no errno"},
                  {"- --tuning FOLDER --trace /nonexistent/t", 2, "/nonexistent/t"},

@@ -71,12 +71,12 @@ InjectedFaults parseInjectedFaults(const std::string& text) {
 }
 
 // Standard output carries the table and the summary.
-void parseTraceFile(const std::string& text, CommonOptions& options) {
+std::string parseFileName(const char* option, const std::string& text) {
     if (text == "-") {
-        throw CLI::ValidationError("--trace",
+        throw CLI::ValidationError(option,
                                    "standard output has the summary, expected the name of a file");
     }
-    options.traceFile = text;
+    return text;
 }
 
 }  // namespace
@@ -95,8 +95,16 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
                "Print these rows alone, see below")
             ->type_name("SPEC");
     app.add_option_function<Text>(
-               "--trace", [&options](const Text& text) { parseTraceFile(text, options); },
+               "--trace",
+               [&options](const Text& text) { options.traceFile = parseFileName("--trace", text); },
                "Write a trace for Perfetto or chrome://tracing")
+            ->type_name("FILE");
+    app.add_option_function<Text>(
+               "--report",
+               [&options](const Text& text) {
+                   options.reportFile = parseFileName("--report", text);
+               },
+               "Write a page with timeline, charts and all figures, to open in a browser")
             ->type_name("FILE");
     app.add_option("--log", options.logFile,
                    "Write the library's Android log, every level; - is standard error")

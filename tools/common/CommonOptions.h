@@ -22,6 +22,7 @@ struct CommonOptions {
     bool isQuiet = false;
     RowFilter filter;
     std::optional<std::string> traceFile;
+    std::optional<std::string> reportFile;
     std::optional<std::string> logFile;   // "-" is standard error
     std::optional<std::string> ulogFile;  // likewise
     std::vector<std::pair<std::string, std::string>> properties;

@@ -88,7 +88,8 @@ std::vector<NamedFile> outputFilesOf(const CommonOptions& options) {
                                     {"standard error", "-", STDERR_FILENO}};
     for (const auto& [role, path] : {std::pair("--log", options.logFile),
                                      {"--ulog", options.ulogFile},
-                                     {"--trace", options.traceFile}}) {
+                                     {"--trace", options.traceFile},
+                                     {"--report", options.reportFile}}) {
         if (path && path != "-") {
             files.push_back({role, *path});
         }

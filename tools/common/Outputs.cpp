@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "common/StandardStreams.h"
+#include "report/page/Page.h"
 
 namespace desk {
 
@@ -24,6 +25,11 @@ Outputs::Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize
         mTraceFile = LineSink::toFile(*options.traceFile);
         mTrace = std::make_unique<TraceWriter>(mTraceFile);
     }
+    if (options.reportFile) {
+        mPageFile = LineSink::toFile(*options.reportFile);
+        mPage = std::make_unique<PageRecorder>();
+        mAnalysis.tell(*mPage);
+    }
     if (wantsProgress(options)) {
         mProgress = std::make_unique<Progress>(inputSize, mStandardOutput);
     }
@@ -41,7 +47,7 @@ std::vector<CallListener*> Outputs::listeners() {
     std::vector<CallListener*> listeners = {&mAnalysis};
     for (CallListener* listener :
          {static_cast<CallListener*>(mPrinter.get()), static_cast<CallListener*>(mTrace.get()),
-          static_cast<CallListener*>(mProgress.get())}) {
+          static_cast<CallListener*>(mPage.get()), static_cast<CallListener*>(mProgress.get())}) {
         if (listener != nullptr) {
             listeners.push_back(listener);
         }
@@ -52,6 +58,9 @@ std::vector<CallListener*> Outputs::listeners() {
 void Outputs::printSummary(const Summary& summary) {
     if (mProgress != nullptr) {
         mProgress->erase();
+    }
+    if (mPage != nullptr) {
+        mPageFile->write(formatPage(summary, *mPage));
     }
     if (mFormat == PrintFormat::JsonLines) {
         mStandardOutput->writeLine(formatSummaryJson(summary));
@@ -71,6 +80,9 @@ std::vector<std::string> Outputs::finish() {
     files.push_back(mStandardOutput);
     if (mTraceFile != nullptr) {
         files.push_back(mTraceFile);
+    }
+    if (mPageFile != nullptr) {
+        files.push_back(mPageFile);
     }
     std::vector<std::string> failures;
     for (const auto& file : files) {

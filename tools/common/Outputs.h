@@ -1,6 +1,6 @@
 /*
  * Everything that a tool writes while calls are made: table or JSON Lines, trace, logs, progress,
- * and the summary at the end.
+ * and at the end the summary and the page.
  */
 #pragma once
 
@@ -17,6 +17,7 @@
 #include "report/Progress.h"
 #include "report/Summary.h"
 #include "report/TraceWriter.h"
+#include "report/page/PageRecorder.h"
 
 namespace desk {
 
@@ -33,6 +34,7 @@ class Outputs {
     std::vector<CallListener*> listeners();
     const SessionAnalysis& analysis() const { return mAnalysis; }
 
+    // And writes the page of the session, where one is asked for.
     void printSummary(const Summary& summary);
     // Ends and closes every output. Returns "FILE: REASON" for each that could not be written in
     // full. A standard stream whose reader has gone counts as written.
@@ -48,6 +50,8 @@ class Outputs {
     std::unique_ptr<CommandPrinter> mPrinter;
     std::shared_ptr<LineSink> mTraceFile;
     std::unique_ptr<TraceWriter> mTrace;
+    std::shared_ptr<LineSink> mPageFile;
+    std::unique_ptr<PageRecorder> mPage;
 };
 
 }  // namespace desk

@@ -55,10 +55,11 @@ std::map<std::string, std::string> inputsOfReplay(int lines, const std::string& 
 const ToolRow kTools[] = {
         {"replayOfStandardInput",
          VELK_REPLAY_PROGRAM,
-         {"-", "--tuning", "tuning", "--trace", "trace", "--log", "log", "--ulog", "ulog"},
+         {"-", "--tuning", "tuning", "--trace", "trace", "--report", "page", "--log", "log",
+          "--ulog", "ulog"},
          inputsOfReplay(500),
          kSession,
-         {{"--trace", "trace"}, {"--log", "log"}, {"--ulog", "ulog"}},
+         {{"--trace", "trace"}, {"--report", "page"}, {"--log", "log"}, {"--ulog", "ulog"}},
          0},
         {"replayWithItsLogOnStandardError",
          VELK_REPLAY_PROGRAM,

@@ -44,6 +44,7 @@ def check_charts(browser):
     charts = browser.datasets()
     expect_equal(charts["latency-2"]["pass"] + charts["latency-2"]["pass over its target"], 150, "passes of anchor 2")
     expect_equal(charts["timeline"]["critical span"], 150, "critical spans on the timeline")
+    expect_equal(charts["timeline"]["control that is active"], 7, "controls on the timeline")
 
 
 def check_tables(browser, summary):
@@ -119,9 +120,11 @@ def check_hostile(browser, program, folder):
     browser.open(page)
     expect_equal(browser.driver.title, "<i>hostile.jsonl - VELKPerfCtrl", "title")
     expect_equal(browser.run("return document.querySelectorAll('img, b, i').length"), 0, "elements made of names")
+    expect_equal(browser.datasets()["timeline"]["open at the end"], 2, "a run and a control without an end")
     row = browser.table("Tasks")[0]
     expect_equal([row[0], row[-1]], [f"2 {sessions.HOSTILE_TASK}", sessions.HOSTILE_THREAD], "names in the table")
-    expect("notifyTaskEnd" in browser.text("attention"), f"attention: {browser.text('attention')}")
+    for words in ("notifyTaskEnd by", "control 5 never reset: notifySingleShotControl by"):
+        expect(words in browser.text("attention"), f"attention: {browser.text('attention')}")
     expect_equal(browser.datasets()["timeline"]["finding, refusal or failed call"], 1, "events on the timeline")
     expect_equal(browser.console(), [], "on the console, hostile names")
 

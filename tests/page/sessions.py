@@ -27,6 +27,8 @@ def hostile():
     yield {"at_us": 5000, "thread": thread, "call": "notifyTaskEnd", "key": "0x1", "task": 2}
     yield {"at_us": 5001, "thread": thread, "call": "notifyTaskEnd", "key": "0x7", "task": 5}
     yield {"at_us": 5002, "thread": thread, "call": "notifyTaskStart", "key": "0x2", "task": 5}
+    yield {"at_us": 6000, "thread": thread, "call": "notifySingleShotControl", "category": 5}
+    yield {"at_us": 9000, "thread": thread, "call": "notifyVSync"}
 
 
 def long_session(rounds):

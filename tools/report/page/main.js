@@ -34,34 +34,40 @@ function linkToWorst(kind, number) {
     }
     const worst =
             late.reduce((one, other) => (other.end - other.at > one.end - one.at ? other : one));
-    return linkToTime(worst.at, worst.end, `the worst, ${formatTime(worst.end - worst.at)}`);
+    return linkToTime(worst.at, worst.end, `The worst: ${formatTime(worst.end - worst.at)}`);
+}
+
+// One point of the list, where anything missed a target: `over` of `count`.
+function pointOfTarget(what, targetUs, over, count, noun, link) {
+    const share =
+            `${formatCount(over)} of ${formatCount(count)} ${noun} (${percentOf(over, count)})`;
+    const text = `${what} of ${formatTime(targetUs)} in ${share}. `;
+    return over > 0 ? [{share: over / count, text, link}] : [];
 }
 
 function pointsOfTargets() {
-    const tasks = summary.tasks.map(
-            (task) => ({
-                over: task.overTarget,
-                share: task.overTarget / task.ends,
-                text: `Task ${task.task} ${task.name} missed its target of ${
-                        formatTime(task.targetTimeUs)} in ${formatCount(task.overTarget)} of ${
-                        countOf(task.ends, "run")} (${percentOf(task.overTarget, task.ends)}): `,
-                link: () => linkToWorst("task", task.task),
-            }));
-    const anchors =
-            summary.anchors.map((anchor) => ({
-                                    over: anchor.overLatencyTarget,
-                                    share: anchor.overLatencyTarget / anchor.passes,
-                                    text: `Anchor ${anchor.anchor} missed its latency target of ${
-                                            formatTime(anchor.latencyTargetUs)} in ${
-                                            formatCount(anchor.overLatencyTarget)} of ${
-                                            formatCount(anchor.passes)} passes (${
-                                            percentOf(anchor.overLatencyTarget, anchor.passes)}): `,
-                                    link: () => linkToWorst("anchor", anchor.anchor),
-                                }));
-    return [...tasks, ...anchors]
-            .filter((point) => point.over > 0)
+    const tasks = summary.tasks.flatMap(
+            (task) => pointOfTarget(
+                    `Task ${task.task} ${task.name} missed its target`, task.targetTimeUs,
+                    task.overTarget, task.ends, "runs", () => linkToWorst("task", task.task)));
+    const latencies = summary.anchors.flatMap(
+            (anchor) => pointOfTarget(
+                    `Anchor ${anchor.anchor} missed its latency target`, anchor.latencyTargetUs,
+                    anchor.overLatencyTarget, anchor.passes, "passes",
+                    () => linkToWorst("anchor", anchor.anchor)));
+    const jitters = summary.anchors.flatMap(
+            (anchor) => pointOfTarget(
+                    `Anchor ${anchor.anchor} missed its jitter target`, anchor.jitterTargetUs,
+                    anchor.overJitterTarget, Math.max(anchor.passes - 1, 0), "changes", () => ""));
+    return [...tasks, ...latencies, ...jitters]
             .sort((one, other) => other.share - one.share)
             .map(({text, link}) => makeElement("li", {}, text, link()));
+}
+
+function pointsOfFrames() {
+    const {missed, count} = summary.frames.vsync;
+    const textContent = `${countOf(missed, "vsync")} missed, ${formatCount(count)} came.`;
+    return missed > 0 ? [makeElement("li", {textContent})] : [];
 }
 
 function pointsOfEvents() {
@@ -81,14 +87,23 @@ function pointsOfEvents() {
     return points;
 }
 
+function linkToStart({sinceUs}) {
+    if (sinceUs === undefined) {
+        return "";
+    }
+    const atUs = sinceUs - data.firstUs;
+    return linkToTime(atUs, atUs, `since ${formatMoment(atUs)}`);
+}
+
 function pointsOfEnd() {
     return listActive(summary.active)
-            .filter((each) => each.sinceUs === undefined)
-            .map((each) => makeElement("li", {textContent: `At the end: ${each.what}`}));
+            .filter((each) => each.isControl || each.sinceUs === undefined)
+            .map((each) => makeElement("li", {}, `At the end: ${each.what} `, linkToStart(each)));
 }
 
 function addAttention() {
-    const points = [...pointsOfTargets(), ...pointsOfEvents(), ...pointsOfEnd()];
+    const points =
+            [...pointsOfTargets(), ...pointsOfFrames(), ...pointsOfEvents(), ...pointsOfEnd()];
     const nothing = makeElement("li", {
         textContent: "Nothing: every target was met, and the driver found fault with nothing."
     });
@@ -100,6 +115,7 @@ addAttention();
 setUpWindow();
 setUpTimeline();
 addLatencyCharts();
+addFrameChart();
 addLevelCharts();
 addDistributions();
 addTables();

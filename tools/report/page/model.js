@@ -58,6 +58,7 @@ function linkToTime(atUs, untilUs, text) {
 // ---------------------------------------------------------------------------
 
 const rowTexts = {
+    control: {noun: "control", nouns: "controls", title: (row) => `control ${row.number}`},
     anchor: {noun: "pass", nouns: "passes", title: (row) => `anchor ${row.number}`},
     task: {noun: "run", nouns: "runs", title: (row) => `${row.thread} · ${row.number} ${row.name}`},
     span: {
@@ -121,11 +122,36 @@ function addOpenIntervals(rows) {
     }
 }
 
+function describeControl(control) {
+    const wishes = [
+        control.percentLevel === null ? "" : `percent level ${control.percentLevel}`,
+        control.uclampLevels.length > 0 ? `uclamps ${control.uclampLevels.join(", ")}` : "",
+        ...control.criticalTaskUclamps.map(([task, uclamp]) => `task ${task} at ${uclamp}`),
+    ];
+    const asked = wishes.filter((wish) => wish !== "").join("; ") || "no level";
+    return `${control.call} by ${control.thread} in line ${control.line} asks for ${asked}`;
+}
+
+// A row for each category of controls.
+function controlRows() {
+    const rows = new Map();
+    for (const control of summary.boosts.controls) {
+        const {category, fromUs, untilUs, end} = control;
+        if (!rows.has(category)) {
+            rows.set(category, makeRow({kind: "control", thread: "", number: category, name: ""}));
+        }
+        const row = rows.get(category);
+        const item = makeItem(row, fromUs - data.firstUs, untilUs - data.firstUs, 0, end === null);
+        row.items.push({...item, note: describeControl(control)});
+    }
+    return [...rows.values()];
+}
+
 function makeRows() {
-    const rows = data.rows.map(makeRow);
+    const rows = [...controlRows(), ...data.rows.map(makeRow)];
     addOpenIntervals(rows);
     const threads = [...new Set(rows.map((row) => row.thread))];
-    const placeOf = (row) => (row.kind === "anchor" ? -1 : threads.indexOf(row.thread));
+    const placeOf = (row) => ({control: -2, anchor: -1})[row.kind] ?? threads.indexOf(row.thread);
     return rows.sort((one, other) => placeOf(one) - placeOf(other) || one.number - other.number);
 }
 

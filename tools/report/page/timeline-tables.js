@@ -70,6 +70,10 @@ function describeAggregation() {
     } else {
         sentences.push("Every interval is exact.");
     }
+    if (summary.boosts.furtherControls > 0) {
+        const left = formatCount(summary.boosts.furtherControls);
+        sentences.push(`The first controls have bars; ${left} later ones are left out.`);
+    }
     if (data.intervalsWithoutRow > 0) {
         sentences.push(`There is no room for more rows: ${
                 formatCount(data.intervalsWithoutRow)} intervals of others are left out.`);

@@ -7,6 +7,7 @@ const barKinds = {
     onTime: {text: "run within its target", colour: "on-time"},
     pass: {text: "pass of an anchor", colour: "pass"},
     over: {text: "over its target", colour: "over"},
+    control: {text: "control that is active", colour: "control"},
     span: {text: "critical span", colour: "span"},
     open: {text: "open at the end", colour: "open"},
     aggregated: {text: "several, aggregated", colour: "aggregated"},
@@ -48,7 +49,7 @@ function kindOf(item) {
     if (item.isOver) {
         return "over";
     }
-    return {task: "onTime", anchor: "pass", span: "span"}[item.row.kind];
+    return {task: "onTime", anchor: "pass", span: "span", control: "control"}[item.row.kind];
 }
 
 function addToGroup(group, item) {
@@ -120,13 +121,14 @@ function barsInWindow(pixelUs) {
 }
 
 // What is said of a bar: its row, and lines on it.
-function describeBar({at, end, count, total, longest, over, target, isOpen, event, row}) {
+function describeBar({at, end, count, total, longest, over, target, isOpen, event, row, note}) {
     if (event) {
         return [eventKinds[event.kind], [describeEvent(event), `at ${formatMoment(at)}`]];
     }
     const times = `from ${formatMoment(at)} to ${formatMoment(end)}`;
+    const notes = note && count === 1 ? [note] : [];
     if (isOpen) {
-        return [row.title, [`${row.noun} without an end`, times]];
+        return [row.title, [`${row.noun} without an end`, ...notes, times]];
     }
     if (count > 1) {
         const late = over > 0 ? `, ${formatCount(over)} over the target` : "";
@@ -144,7 +146,7 @@ function describeBar({at, end, count, total, longest, over, target, isOpen, even
             `, ${formatTime(Math.abs(excess))} ${excess > 0 ? "over" : "below"} the target of ${
                     formatTime(target)}` :
             "";
-    return [row.title, [`${row.noun} of ${formatTime(longest)}${judged}`, times]];
+    return [row.title, [`${row.noun} of ${formatTime(longest)}${judged}`, ...notes, times]];
 }
 
 function select(shown) {

@@ -68,7 +68,8 @@ if(VELK_DESK)
                       ${PROJECT_SOURCE_DIR}/host/tuning ${PROJECT_SOURCE_DIR}/host/ulogger
                       ${PROJECT_SOURCE_DIR}/platform/
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velkdesk COMPONENT desk
-            FILES_MATCHING PATTERN "*.h" REGEX "/tuning/[^/]*Json[^/]*$" EXCLUDE)
+            FILES_MATCHING PATTERN "*.h"
+            REGEX "/tuning/[^/]*Json[^/]*$|/(DriverSession|OpenDescriptors|RecordCopy|TaskRuns)\\.h$" EXCLUDE)
     install(FILES ${PROJECT_SOURCE_DIR}/src/foundation/CommandRecords.h
                   ${PROJECT_SOURCE_DIR}/src/foundation/CommandTable.h
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velkdesk/foundation COMPONENT desk)
@@ -76,6 +77,10 @@ if(VELK_DESK)
 
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples ${PROJECT_SOURCE_DIR}/schema
             DESTINATION ${VELK_SHARED_DIR} COMPONENT desk)
+
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
+            DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT desk)
+    install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT desk)
 
     foreach(tool IN LISTS VELK_TOOLS)
         install(FILES ${PROJECT_SOURCE_DIR}/cmake/completion.bash

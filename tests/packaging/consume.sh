@@ -50,6 +50,15 @@ quietly cmake -S "$consumer" -B "$work/cxx" -DCMAKE_PREFIX_PATH="$work/installed
 quietly cmake --build "$work/cxx"
 "$work/cxx/cxx-consumer" "$samples/tuning"
 
+# The examples build from a copy of their folder, in both ways.
+cp -r "$work/installed/share/doc/velkperfctrl/examples" "$work/examples"
+quietly make -C "$work/examples"
+quietly cmake -S "$work/examples" -B "$work/examples/build" -DCMAKE_PREFIX_PATH="$work/installed"
+quietly cmake --build "$work/examples/build"
+for program in "$work"/examples/{,build/}{camera-service,customer-module}; do
+    [[ $("$program" 2>&1) == *velk-run* ]] || fail "$program does not say what it lacks"
+done
+
 quietly env -i "$work/installed/bin/velk-replay" "$samples/capture-5s.jsonl" \
     --tuning "$samples/tuning" --quiet
 # Every option of the help stands in the page, as a term of its own or beside another.

@@ -54,10 +54,12 @@ def check_tables(browser, summary):
                  "the table of tasks")
     expect_equal([row[1] for row in browser.table("Anchors")], [str(each["passes"]) for each in summary["anchors"]],
                  "the table of anchors")
-    expect_equal(browser.run("return [...document.querySelectorAll('details')].map((each) => each.open = true).length"),
+    expect_equal(browser.run("""
+        return [...document.querySelectorAll('details:not([hidden])')].map((each) => each.open = true).length"""),
                  len(browser.datasets()), "tables of charts")
     browser.settle()
-    expect_equal(browser.run("return document.querySelectorAll('details:not(:has(td))').length"), 0, "charts without a table")
+    expect_equal(browser.run("return document.querySelectorAll('details:not([hidden]):not(:has(td))').length"), 0,
+                 "charts without a table")
     browser.run("document.querySelectorAll('details').forEach((each) => each.open = false)")
 
 
@@ -120,6 +122,9 @@ def check_hostile(browser, program, folder):
     browser.open(page)
     expect_equal(browser.driver.title, "<i>hostile.jsonl - VELKPerfCtrl", "title")
     expect_equal(browser.run("return document.querySelectorAll('img, b, i').length"), 0, "elements made of names")
+    browser.run("document.getElementById('events').open = true")
+    browser.settle()
+    expect_equal([row[3] for row in browser.table("call returned -1: 1")], ["notifyTaskEnd"], "the table of events")
     expect_equal(browser.datasets()["timeline"]["open at the end"], 2, "a run and a control without an end")
     row = browser.table("Tasks")[0]
     expect_equal([row[0], row[-1]], [f"2 {sessions.HOSTILE_TASK}", sessions.HOSTILE_THREAD], "names in the table")

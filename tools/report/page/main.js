@@ -1,6 +1,6 @@
 // Puts the page together.
 
-const mostEventsListed = 50;
+const mostEventsListed = 20;
 
 function describeSession() {
     const name = summary.session.split("/").at(-1);
@@ -70,21 +70,37 @@ function pointsOfFrames() {
     return missed > 0 ? [makeElement("li", {textContent})] : [];
 }
 
+function linkToEvent({atUs}) { return linkToTime(atUs, atUs, `At ${formatMoment(atUs)}`); }
+
 function pointsOfEvents() {
     const points = data.events.slice(0, mostEventsListed)
                            .map((event) => makeElement(
-                                        "li", {}, `${describeEvent(event)}: `,
-                                        linkToTime(
-                                                event.atUs, event.atUs,
-                                                `at ${formatMoment(event.atUs)}`)));
+                                        "li", {}, `${describeEvent(event)}. `, linkToEvent(event)));
     const all = Object.values(data.eventCounts).reduce((sum, count) => sum + count, 0);
     if (all > points.length) {
-        points.push(makeElement("li", {
-            textContent: `and ${
-                    formatCount(all - points.length)} more findings, refusals and failed calls`
-        }));
+        const left = formatCount(all - points.length);
+        const textContent = `${left} more findings, refusals and failed calls, see the table.`;
+        points.push(makeElement("li", {textContent}));
     }
     return points;
+}
+
+function tableOfEvents() {
+    const counts = Object.entries(data.eventCounts)
+                           .filter(([, count]) => count > 0)
+                           .map(([kind, count]) => `${eventKinds[kind]}: ${formatCount(count)}`);
+    return makeTable(
+            `${counts.join(", ")}. The first of each:`,
+            [
+                ["at", linkToEvent],
+                ["line", (event) => `${event.line}`, "number"],
+                ["thread", (event) => event.thread],
+                ["what", (event) => event.what],
+                ["kind", (event) => eventKinds[event.kind]],
+                ["text", (event) => event.text, "wide"],
+            ],
+            data.events,
+    );
 }
 
 function linkToStart({sinceUs}) {
@@ -107,6 +123,8 @@ function addAttention() {
     const nothing = makeElement("li", {
         textContent: "Nothing: every target was met, and the driver found fault with nothing."
     });
+    document.getElementById("events").hidden = data.events.length === 0;
+    keepTable("events", tableOfEvents);
     document.getElementById("attention").append(...(points.length > 0 ? points : [nothing]));
 }
 

@@ -161,10 +161,9 @@ const eventKinds = {
     failure: "call returned -1",
 };
 
-function describeEvent(event) {
-    const text = event.text === "" ? "" : `: ${event.text}`;
-    return `${event.what} by ${event.thread} in line ${event.line}, ${eventKinds[event.kind]}${
-            text}`;
+function describeEvent({kind, what, thread, line, text}) {
+    const more = text === "" ? "" : `: ${text}`;
+    return `${what} by ${thread} in line ${line}: ${eventKinds[kind]}${more}`;
 }
 
 const rows = makeRows();

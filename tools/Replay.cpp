@@ -113,7 +113,7 @@ int replay(const Options& options) {
         kernel.emplace();
     }
     setUpDesk(kProgram, options.common);
-    Outputs outputs(options.common, input.size());
+    Outputs outputs(options.common, input.name(), input.size());
     BlockQueue queue;
     Player player(queue, options.speed, outputs.listeners());
     const SignalWatcher signals([&player] { player.stop(); });

@@ -188,9 +188,14 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
 {"at_us": 9, "thread": "p", "call": "notifyVSync"}
 {"at_us": 9, "thread": "p", "call": "notifyVSync"}
 {"at_us": 9, "thread": "p", "call": "notifyCamFps", "fps": 30}
-{"at_us": 9, "thread": "p", "call": "notifySingleShotControl", "control": {"percentLevel": 70}}
+{"at_us": 9, "thread": "p", "call": "notifySingleShotControl", "control": {"percentLevel": 70, "uclampLevels": [0, 700]}}
+{"at_us": 9, "thread": "p", "call": "notifyAnchorPointStart", "anchor": 1, "serial": 7}
+{"at_us": 9, "thread": "p", "call": "notifyAnchorPointStart", "anchor": 1, "serial": 8}
+{"at_us": 9, "thread": "p", "call": "notifySingleShotCriticalTaskStart", "task": 3}
+{"at_us": 12, "thread": "q", "call": "notifyAnchorPointEnd", "anchor": 1, "serial": 7}
 )";
-    EXPECT_EQ(runTool(with({"-q", "--trace", path("trace.json"), "--driver", "vsync=EIO*1"}),
+    EXPECT_EQ(runTool(with({"-q", "--trace", path("trace.json"), "--driver", "vsync=EIO*1",
+                            "--property", "vendor.debug.velk.latencySpec=100900"}),
                       overlapping)
                       .status,
               0);
@@ -202,7 +207,7 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     std::vector<std::string> others;
     for (const json& event : trace.at("traceEvents")) {
         const std::string phase = event.at("ph");
-        if (phase == "C" || phase == "i") {
+        if (phase == "C" || phase == "i" || phase == "b" || phase == "e") {
             others.push_back(event.at("name").get<std::string>() +
                              event.value("args", json()).dump());
         }
@@ -237,10 +242,15 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     }
     EXPECT_EQ(tasks, (std::vector<std::string>{"B SCALE", "B SCALE", "B RENDER", "E RENDER",
                                                "E SCALE", "E SCALE", "B RENDER", "E RENDER"}));
-    EXPECT_EQ(others,
-              (std::vector<std::string>{R"(vsync refused{"errno":"EIO"})",
-                                        "notifyVSync returned -1{}", "vsync{}", R"(fps{"fps":30})",
-                                        R"(percentLevel{"percentLevel":70})"}));
+    EXPECT_EQ(others, (std::vector<std::string>{
+                              R"(vsync refused{"errno":"EIO"})", "notifyVSync returned -1{}",
+                              "vsync{}", R"(fps{"fps":30})", R"(percentLevel{"percentLevel":70})",
+                              R"(uclampLevel 1{"uclampLevel 1":700})",
+                              R"(anchor 1{"jitterTarget":0,"latencyTarget":900,"serial":7})",
+                              R"(anchor 1{"jitterTarget":0,"latencyTarget":900,"serial":8})",
+                              R"(critical span of p{"criticalValue":320})", "anchor 1{}",
+                              R"(anchor 1{"end":"none"})", R"(critical span of p{"end":"none"})"}));
+    EXPECT_EQ(trace.at("otherData").at("session"), "standard input");
 }
 
 // Also while every command takes far longer than the time between the recorded calls.

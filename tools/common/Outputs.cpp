@@ -16,14 +16,15 @@ bool wantsProgress(const CommonOptions& options) {
 
 }  // namespace
 
-Outputs::Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize)
+Outputs::Outputs(const CommonOptions& options, const std::string& session,
+                 std::optional<uint64_t> inputSize)
     : mFormat(options.format),
       mIsQuiet(options.isQuiet),
       mStandardOutput(LineSink::toStandardOutput()),
       mLogs(options) {
     if (options.traceFile) {
         mTraceFile = LineSink::toFile(*options.traceFile);
-        mTrace = std::make_unique<TraceWriter>(mTraceFile);
+        mTrace = std::make_unique<TraceWriter>(mTraceFile, TraceSource{session, options.tuning});
     }
     if (options.reportFile) {
         mPageFile = LineSink::toFile(*options.reportFile);

@@ -24,9 +24,10 @@ namespace desk {
 // No failing write ends the run. What has failed is told at the end, by finish().
 class Outputs {
   public:
-    // Opens the files. `inputSize` is what the progress is measured by, in bytes, if it is known.
-    // Throws std::system_error.
-    Outputs(const CommonOptions& options, std::optional<uint64_t> inputSize);
+    // Opens the files. `session` is what the session is called, `inputSize` what the progress is
+    // measured by, in bytes, if it is known. Throws std::system_error.
+    Outputs(const CommonOptions& options, const std::string& session,
+            std::optional<uint64_t> inputSize);
     Outputs(const Outputs&) = delete;
     Outputs& operator=(const Outputs&) = delete;
 

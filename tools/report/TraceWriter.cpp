@@ -11,13 +11,11 @@
 #include "driver/TaskRuns.h"
 #include "report/RecordJson.h"
 #include "report/RowFilter.h"
+#include "report/TraceText.h"
 
 namespace desk {
 
 namespace {
-
-// All threads belong to one process.
-constexpr int kProcess = 1;
 
 // How far an instant reaches.
 constexpr const char* kThread = "t";
@@ -25,15 +23,10 @@ constexpr const char* kGlobal = "g";
 
 using nlohmann::ordered_json;
 
-constexpr const char* kNoArguments = "{}";
-
-std::string dump(const ordered_json& json) {
-    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
-}
-
-std::string quote(std::string_view text) {
-    return dump(ordered_json(text));
-}
+// By place.
+constexpr std::array<const char*, std::tuple_size_v<ControlLevels>> kLevelNames = {
+        "uclampLevel 0", "uclampLevel 1", "uclampLevel 2", "uclampLevel 3",
+        "uclampLevel 4", "uclampLevel 5", "uclampLevel 6", "uclampLevel 7"};
 
 // The call's own arguments, and each command that it sent.
 std::string describeArguments(const PlayedCall& played) {
@@ -45,18 +38,7 @@ std::string describeArguments(const PlayedCall& played) {
                     describeRecord(*command.command, recordToPrint(played, command).data());
         }
     }
-    return dump(arguments);
-}
-
-// The trace's times are in microseconds.
-std::string microseconds(int64_t ns) {
-    constexpr int64_t kNsPerUs = 1000;
-    return fmt::format("{}.{:03}", ns / kNsPerUs, ns % kNsPerUs);
-}
-
-// Thread numbers as they stand in the trace, where 0 is the idle thread.
-uint32_t traceThread(uint32_t thread) {
-    return thread + 1;
+    return dumpForTrace(arguments);
 }
 
 template <typename Record, typename Use>
@@ -71,11 +53,21 @@ void forEachAccepted(const PlayedCall& played, uint32_t request, Use&& use) {
 
 }  // namespace
 
-TraceWriter::TraceWriter(std::shared_ptr<LineSink> sink) : mSink(std::move(sink)) {
+TraceWriter::TraceWriter(std::shared_ptr<LineSink> sink, TraceSource source)
+    : mSink(std::move(sink)),
+      mSource(std::move(source)),
+      mSpans([this](const std::string& event) { write(event); }) {
+    for (size_t i = 0; i < mLevels.size(); ++i) {
+        mLevels[i].name = kLevelNames[i];
+    }
     mSink->writeLine(R"({"displayTimeUnit":"ms","traceEvents":[)");
     write(fmt::format(
             R"({{"ph":"M","pid":{},"name":"process_name","args":{{"name":"camera session"}}}})",
-            kProcess));
+            kTraceProcess));
+    write(fmt::format(R"({{"ph":"M","pid":{},"name":"process_labels","args":{{"labels":{}}}}})",
+                      kTraceProcess,
+                      quoteForTrace(fmt::format("session {}, tuning {}, version {}",
+                                                mSource.session, mSource.tuning, VELK_VERSION))));
     setTracing(true);
 }
 
@@ -92,6 +84,7 @@ void TraceWriter::onCall(const PlayedCall& played) {
     writeSections(played.call->thread, played.startNs);
     endSlices(played);
     beginSlices(played);
+    mSpans.onCall(played);
     writeInstants(played);
     writeCounters(played);
     drainTrace(mSections);
@@ -104,8 +97,12 @@ void TraceWriter::finish() {
     setTracing(false);
     if (!std::exchange(mIsFinished, true)) {
         endAllSlices(mLastNs);
-        mSink->writeLine(
-                fmt::format(R"(],"otherData":{{"droppedSections":{}}}}})", droppedTraceEvents()));
+        mSpans.endAll(mLastNs);
+        mSink->writeLine(fmt::format(R"(],"otherData":{}}})",
+                                     dumpForTrace({{"session", mSource.session},
+                                                   {"tuning", mSource.tuning},
+                                                   {"version", VELK_VERSION},
+                                                   {"droppedSections", droppedTraceEvents()}})));
     }
 }
 
@@ -119,7 +116,7 @@ void TraceWriter::nameTrack(const PlayedCall& played) {
         track.isNamed = true;
         write(fmt::format(
                 R"({{"ph":"M","pid":{},"tid":{},"name":"thread_name","args":{{"name":{}}}}})",
-                kProcess, traceThread(number), quote(played.thread)));
+                kTraceProcess, traceThread(number), quoteForTrace(played.thread)));
     }
 }
 
@@ -128,9 +125,9 @@ void TraceWriter::beginSlices(const PlayedCall& played) {
         if (command.command != nullptr && command.request == VELK_IOC_TASK_INIT) {
             const auto record = copyRecord<VELK_TASK_INIT_PARAM>(command.record.data());
             mTasks[record.uniqueTaskId] = {std::string(taskNameOf(record)),
-                                           dump({{"uniqueTaskId", record.uniqueTaskId},
-                                                 {"targetTime", record.targetTime},
-                                                 {"defaultUclamp", record.defaultUclamp}})};
+                                           dumpForTrace({{"uniqueTaskId", record.uniqueTaskId},
+                                                         {"targetTime", record.targetTime},
+                                                         {"defaultUclamp", record.defaultUclamp}})};
         }
     }
     forEachAccepted<VELK_TASK_PARAM>(
@@ -171,7 +168,7 @@ void TraceWriter::writeInstants(const PlayedCall& played) {
                 arguments["finding"] = command.finding;
             }
             writeInstant(played, fmt::format("{} refused", commandName(command)), kThread,
-                         dump(arguments));
+                         dumpForTrace(arguments));
         } else if (command.request == VELK_IOC_VSYNC) {
             writeInstant(played, "vsync", kGlobal, kNoArguments);
         }
@@ -182,15 +179,15 @@ void TraceWriter::writeInstants(const PlayedCall& played) {
             arguments["message"] = played.problem;
         }
         writeInstant(played, fmt::format("{} returned -1", played.call->info->name), kThread,
-                     dump(arguments));
+                     dumpForTrace(arguments));
     }
 }
 
 void TraceWriter::writeInstant(const PlayedCall& played, std::string_view name,
                                std::string_view scope, std::string_view arguments) {
     write(fmt::format(R"({{"ph":"i","pid":{},"tid":{},"ts":{},"name":{},"s":"{}","args":{}}})",
-                      kProcess, traceThread(played.call->thread), microseconds(played.startNs),
-                      quote(name), scope, arguments));
+                      kTraceProcess, traceThread(played.call->thread), traceTime(played.startNs),
+                      quoteForTrace(name), scope, arguments));
 }
 
 void TraceWriter::writeCounters(const PlayedCall& played) {
@@ -204,6 +201,9 @@ void TraceWriter::writeCounters(const PlayedCall& played) {
     for (const ReceivedCommand& command : played.commands) {
         if (command.control) {
             writeCounter(mPercentLevel, played.startNs, command.control->percentLevel);
+            for (size_t i = 0; i < mLevels.size(); ++i) {
+                writeCounter(mLevels[i], played.startNs, command.control->uclampLevels[i]);
+            }
         }
     }
 }
@@ -211,7 +211,7 @@ void TraceWriter::writeCounters(const PlayedCall& played) {
 void TraceWriter::writeCounter(Counter& counter, int64_t timeNs, int64_t value) {
     if (std::exchange(counter.value, value) != value) {
         write(fmt::format(R"({{"ph":"C","pid":{},"ts":{},"name":"{}","args":{{"{}":{}}}}})",
-                          kProcess, microseconds(timeNs), counter.name, counter.name, value));
+                          kTraceProcess, traceTime(timeNs), counter.name, counter.name, value));
     }
 }
 
@@ -281,8 +281,8 @@ void TraceWriter::writeSliceEnd(char phase, uint32_t thread, int64_t timeNs, std
     Track& track = mTracks[thread];
     track.lastNs = std::max(timeNs, track.lastNs + 1);
     write(fmt::format(R"({{"ph":"{}","pid":{},"tid":{},"ts":{},"name":{},"args":{}}})", phase,
-                      kProcess, traceThread(thread), microseconds(track.lastNs), quote(name),
-                      arguments));
+                      kTraceProcess, traceThread(thread), traceTime(track.lastNs),
+                      quoteForTrace(name), arguments));
 }
 
 }  // namespace desk

@@ -1,28 +1,38 @@
 /*
  * Writes a trace that chrome://tracing and Perfetto open: a track for every thread with the tasks
- * that it runs and the library's sections within, each with its arguments; instants for vsync, for
- * refused commands and for calls that returned -1; counters for the frame rate and the merged
- * percent level. It is written as the session goes, not kept.
+ * that it runs and the library's sections within, each with its arguments; asynchronous slices for
+ * the passes of anchors and for critical spans; instants for vsync, for refused commands and for
+ * calls that returned -1; counters for the frame rate and the merged levels. It is written as the
+ * session goes, not kept.
  */
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
 #include "log/LineSink.h"
 #include "play/PlayedCall.h"
+#include "report/TraceSpans.h"
 #include "trace/TraceCollector.h"
 
 namespace desk {
 
+// What the trace is of.
+struct TraceSource {
+    std::string session;
+    std::string tuning;
+};
+
 class TraceWriter : public CallListener {
   public:
     // Switches the collection of sections on.
-    explicit TraceWriter(std::shared_ptr<LineSink> sink);
+    TraceWriter(std::shared_ptr<LineSink> sink, TraceSource source);
     // Leaves a whole document, also after an error.
     ~TraceWriter() override;
     TraceWriter(const TraceWriter&) = delete;
@@ -78,12 +88,15 @@ class TraceWriter : public CallListener {
                        std::string_view arguments);
 
     std::shared_ptr<LineSink> mSink;
+    TraceSource mSource;
+    TraceSpans mSpans;
     std::vector<Track> mTracks;                            // by the session's thread number
     std::unordered_map<uint32_t, Task> mTasks;             // by unique task id
     std::unordered_map<uint32_t, std::vector<Run>> mRuns;  // by unique task id
     std::vector<TraceEvent> mSections;                     // its memory is used for every call
     Counter mFps = {"fps"};
     Counter mPercentLevel = {"percentLevel"};
+    std::array<Counter, std::tuple_size_v<ControlLevels>> mLevels;
     int64_t mLastNs = 0;
     bool mHasEvents = false;
     bool mIsFinished = false;

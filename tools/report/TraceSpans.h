@@ -1,0 +1,46 @@
+/*
+ * Asynchronous slices of a trace: the passes of anchors and the critical spans of threads. They may
+ * begin and end on different threads, and overlap the slices of tasks in any way.
+ */
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "play/PlayedCall.h"
+
+namespace desk {
+
+class TraceSpans {
+  public:
+    // `write` gets each event as a JSON object.
+    explicit TraceSpans(std::function<void(const std::string&)> write);
+
+    void onCall(const PlayedCall& played);
+    // Ends what is open.
+    void endAll(int64_t timeNs);
+
+  private:
+    struct Slice {
+        const char* category = "";
+        std::string id;
+        std::string name;
+        uint32_t thread = 0;  // the session's number
+        uint32_t serial = 0;  // of a pass
+        int64_t fromNs = 0;
+    };
+
+    void takeAnchor(const PlayedCall& played, const VELK_ANCHOR_PARAM& record);
+    void takeSpan(const PlayedCall& played, const VELK_CRITICAL_TASK_PARAM& record, bool isStart);
+    void begin(const Slice& slice, const std::string& arguments);
+    void end(const Slice& slice, int64_t timeNs, bool isMatched);
+
+    std::function<void(const std::string&)> mWrite;
+    std::map<int32_t, std::deque<Slice>> mPasses;  // by anchor, the newest last
+    std::map<int32_t, Slice> mSpans;               // by thread id
+};
+
+}  // namespace desk

@@ -55,10 +55,10 @@ def check_tables(browser, summary):
     expect_equal([row[1] for row in browser.table("Anchors")], [str(each["passes"]) for each in summary["anchors"]],
                  "the table of anchors")
     expect_equal(browser.run("""
-        return [...document.querySelectorAll('details:not([hidden])')].map((each) => each.open = true).length"""),
+        return [...document.querySelectorAll('main details:not([hidden])')].map((each) => each.open = true).length"""),
                  len(browser.datasets()), "tables of charts")
     browser.settle()
-    expect_equal(browser.run("return document.querySelectorAll('details:not([hidden]):not(:has(td))').length"), 0,
+    expect_equal(browser.run("return document.querySelectorAll('main details:not([hidden]):not(:has(td))').length"), 0,
                  "charts without a table")
     browser.run("document.querySelectorAll('details').forEach((each) => each.open = false)")
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -117,11 +118,38 @@ void writeRunBars(Output out, const std::vector<TaskFigures>& tasks) {
     });
 }
 
+// Cuts a list to what a page has room for. Returns how many elements that leaves out.
+template <typename Element>
+size_t cut(std::vector<Element>& list) {
+    constexpr size_t kMost = 500;
+    const size_t kept = std::min(list.size(), kMost);
+    const size_t left = list.size() - kept;
+    list.erase(list.begin() + static_cast<std::ptrdiff_t>(kept), list.end());
+    return left;
+}
+
+// A session may have any number of these, a page may not.
+void writeSummary(Output out, Summary summary) {
+    SessionFigures& figures = summary.figures;
+    std::erase_if(summary.driver.tasks, [](const TaskSnapshot& task) { return task.isRegistered; });
+    const size_t anchors = cut(figures.anchors);
+    const size_t runs = cut(figures.activeRuns);
+    const size_t spans = cut(figures.activeSpans);
+    const size_t tasks = cut(summary.driver.tasks);
+    const size_t findings = cut(summary.driver.findings);
+    fmt::format_to(out, "\"report\":{}", formatSummaryJson(summary));
+    fmt::format_to(out,
+                   ",\"leftOut\":{{\"anchors\":{},\"runs without an end\":{},"
+                   "\"critical spans without an end\":{},\"tasks that were never accepted\":{},"
+                   "\"findings\":{}}}",
+                   anchors, runs, spans, tasks, findings);
+}
+
 std::string formatData(const Summary& summary, const PageRecorder& recorder) {
     std::string data;
     const Output out(data);
-    fmt::format_to(out, "{{\"version\":\"" VELK_VERSION "\",\"report\":{}",
-                   formatSummaryJson(summary));
+    fmt::format_to(out, "{{\"version\":\"" VELK_VERSION "\",");
+    writeSummary(out, summary);
     fmt::format_to(out, ",\"firstUs\":{},\"intervalsWithoutRow\":{},\"rows\":", recorder.firstUs(),
                    recorder.intervalsWithoutRow());
     writeArray(out, recorder.rows(), [out](const PageRow& row) { writeRow(out, row); });

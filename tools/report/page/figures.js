@@ -240,7 +240,17 @@ function boostTables() {
     ];
 }
 
+// A page has no room for all of what a session may have any number of.
+function describeLeftOut() {
+    const parts = Object.entries(data.leftOut)
+                          .filter(([, count]) => count > 0)
+                          .map(([what, count]) => `${formatCount(count)} ${what}`);
+    return parts.length === 0 ? "" :
+                                `The page leaves out ${parts.join(", ")}; the summary has them.`;
+}
+
 function addTables() {
+    document.getElementById("left-out").textContent = describeLeftOut();
     const commands =
             Object.entries(summary.commands)
                     .filter(([, counts]) => Object.values(counts).some((count) => count > 0));

@@ -4,9 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <exception>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include "KernelWatch.h"
@@ -17,9 +15,7 @@
 #include "common/SignalWatcher.h"
 #include "common/StandardStreams.h"
 #include "driver/DriverModel.h"
-#include "play/Player.h"
-#include "session/BlockQueue.h"
-#include "session/SessionReader.h"
+#include "play/ReadAndPlay.h"
 
 namespace desk {
 
@@ -33,51 +29,6 @@ void refuseToOverwriteInputs(const Options& options) {
     std::vector<NamedFile> inputs = inputFilesOf(options.common);
     inputs.push_back({"the session", options.session, options.session == "-" ? STDIN_FILENO : -1});
     refuseSharedFiles(inputs, outputFilesOf(options.common));
-}
-
-// Reads the session into the queue on a thread of its own.
-class ReaderThread {
-  public:
-    ReaderThread(InputFile& input, BlockQueue& queue) : mInput(input), mQueue(queue) {
-        mThread = std::thread([this] { read(); });
-    }
-
-    ~ReaderThread() {
-        mInput.stop();
-        mQueue.close();
-        mThread.join();
-    }
-
-    ReaderThread(const ReaderThread&) = delete;
-    ReaderThread& operator=(const ReaderThread&) = delete;
-
-  private:
-    void read() {
-        SessionReader reader(mInput);
-        for (bool isLast = false; !isLast;) {
-            SessionBlock block = reader.next();
-            isLast = block.isLast;
-            if (!mQueue.push(std::move(block))) {
-                return;
-            }
-        }
-    }
-
-    InputFile& mInput;
-    BlockQueue& mQueue;
-    std::thread mThread;
-};
-
-PlayResult readAndPlay(InputFile& input, BlockQueue& queue, Player& player) {
-    try {
-        const ReaderThread reader(input, queue);
-        return player.play();
-    } catch (const std::exception& error) {
-        // What was played until then is to be reported all the same.
-        PlayResult result;
-        result.error = error.what();
-        return result;
-    }
 }
 
 // A session without a call is an error unless it is empty, and then it is to be said.

@@ -22,6 +22,13 @@ class AnchorAnalysis {
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
     std::vector<AnchorFigures> figures() const;
+    // Calls `use(anchor, latency, jitter)` for each anchor, with its distributions.
+    template <typename Use>
+    void forEachAnchor(Use&& use) const {
+        for (const auto& [number, anchor] : mAnchors) {
+            use(number, anchor.latency, anchor.jitter);
+        }
+    }
 
   private:
     struct Start {

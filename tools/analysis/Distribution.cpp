@@ -44,6 +44,20 @@ void Distribution::add(int64_t us) {
     mTotalUs += std::min(us, std::numeric_limits<int64_t>::max() - mTotalUs);
 }
 
+void Distribution::add(const Distribution& other) {
+    if (other.mCount == 0) {
+        return;
+    }
+    mBuckets.resize(std::max(mBuckets.size(), other.mBuckets.size()));
+    for (size_t bucket = 0; bucket < other.mBuckets.size(); ++bucket) {
+        mBuckets[bucket] += other.mBuckets[bucket];
+    }
+    mShortestUs = mCount == 0 ? other.mShortestUs : std::min(mShortestUs, other.mShortestUs);
+    mLongestUs = std::max(mLongestUs, other.mLongestUs);
+    mCount += other.mCount;
+    mTotalUs += std::min(other.mTotalUs, std::numeric_limits<int64_t>::max() - mTotalUs);
+}
+
 int64_t Distribution::percentile(uint64_t percent) const {
     // Rounded up, in two parts so that no count overflows.
     const uint64_t rank = mCount / 100 * percent + (mCount % 100 * percent + 99) / 100;

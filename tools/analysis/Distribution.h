@@ -35,6 +35,7 @@ struct DistributionBars {
 class Distribution {
   public:
     void add(int64_t us);  // not negative
+    void add(const Distribution& other);
 
     // The smallest time that at least that many percent of the times do not exceed, 1 to 100.
     int64_t percentile(uint64_t percent) const;

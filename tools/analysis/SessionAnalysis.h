@@ -27,6 +27,8 @@ class SessionAnalysis : public CallListener {
 
     // Of the calls so far.
     SessionFigures figures() const;
+    const TaskAnalysis& tasks() const { return mTasks; }
+    const AnchorAnalysis& anchors() const { return mAnchors; }
 
   private:
     void countCall(const PlayedCall& played);

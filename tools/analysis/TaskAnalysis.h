@@ -23,6 +23,13 @@ class TaskAnalysis {
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
     std::vector<TaskFigures> figures(const ThreadTable& threads) const;
+    // Calls `use(task, runs)` for each task, with the distribution of its ended runs.
+    template <typename Use>
+    void forEachTask(Use&& use) const {
+        for (const auto& [number, task] : mTasks) {
+            use(number, task.runs);
+        }
+    }
     std::vector<ActiveRun> activeRuns(const ThreadTable& threads) const;
 
   private:

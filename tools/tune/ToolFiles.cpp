@@ -1,15 +1,20 @@
 #include "tune/ToolFiles.h"
 
+#include <android-base/file.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
+#include <system_error>
+#include <utility>
 
 #include "common/OutputFiles.h"
 #include "common/StandardStreams.h"
 #include "log/LineSink.h"
 #include "text/PrintableText.h"
-#include "tuning/TuningLoader.h"
 
 namespace desk {
 
@@ -26,6 +31,38 @@ void keepOutputsFromInputs(const std::vector<std::string>& folders,
     }
     refuseSharedFiles(inputs, {{"standard output", "-", STDOUT_FILENO},
                                {"standard error", "-", STDERR_FILENO}});
+}
+
+std::shared_ptr<const TuningData> requireTuning(const std::string& folder) {
+    TuningResult tuning = loadTuning(folder, FaultLimit::None);
+    if (const auto* error = std::get_if<TuningError>(&tuning)) {
+        throw std::runtime_error(error->text());
+    }
+    return std::get<std::shared_ptr<const TuningData>>(std::move(tuning));
+}
+
+TuningTexts requireTexts(const std::string& folder) {
+    requireTuning(folder);
+    const auto read = [&folder](const char* name) -> std::optional<std::string> {
+        std::string text;
+        constexpr bool kFollowLinks = true;
+        const std::filesystem::path path = std::filesystem::path(folder) / name;
+        if (android::base::ReadFileToString(path, &text, kFollowLinks)) {
+            return text;
+        }
+        if (errno != ENOENT) {
+            throw std::system_error(errno, std::generic_category(), path.string());
+        }
+        return std::nullopt;
+    };
+    return {read(kTuningFiles[0]).value_or(""), read(kTuningFiles[1]), read(kTuningFiles[2])};
+}
+
+void requireFiles(const std::vector<std::string>& sessions) {
+    if (std::find(sessions.begin(), sessions.end(), "-") != sessions.end()) {
+        throw std::runtime_error(
+                "SESSION: found -, and standard input can be read only once, expected a file");
+    }
 }
 
 void printResult(std::string_view text) {

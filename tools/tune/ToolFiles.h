@@ -3,9 +3,12 @@
  */
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tuning/TuningLoader.h"
 
 namespace desk {
 
@@ -13,6 +16,13 @@ namespace desk {
 // of the folders, or into a session.
 void keepOutputsFromInputs(const std::vector<std::string>& folders,
                            const std::vector<std::string>& sessions);
+
+// What the loader takes of a folder, or throws std::runtime_error with everything that it refuses.
+std::shared_ptr<const TuningData> requireTuning(const std::string& folder);
+// The texts of the files of such a folder.
+TuningTexts requireTexts(const std::string& folder);
+// Throws std::runtime_error for standard input, which can be read only once.
+void requireFiles(const std::vector<std::string>& sessions);
 
 // Writes to standard output, with control characters escaped in every line. Throws
 // std::runtime_error when it cannot be written in full; that its reader has gone is no fault.

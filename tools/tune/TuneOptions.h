@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -15,7 +16,19 @@ struct CheckOptions {
     bool isStrict = false;
 };
 
-using TuneOptions = std::variant<CheckOptions>;
+struct CompareOptions {
+    std::vector<std::string> folders;  // one or two
+    std::vector<std::string> sessions;
+};
+
+struct SuggestOptions {
+    std::vector<std::string> sessions;
+    int percentile = 90;
+    std::optional<std::string> base;
+    std::string output;
+};
+
+using TuneOptions = std::variant<CheckOptions, CompareOptions, SuggestOptions>;
 
 // Where the command line asks for an end, the exit status; what there is to say is said.
 std::variant<TuneOptions, int> parseTuneOptions(int argc, const char* const* argv);

@@ -98,6 +98,9 @@ SweepOutcome SweptTool::start(const std::vector<std::string>& arguments,
     for (const auto& [option, output] : mRow.outputs) {
         fs::remove(mFolder / output);
     }
+    for (const std::string& made : mRow.madeFiles) {
+        fs::remove_all((mFolder / made).parent_path());
+    }
     const std::string input = mRow.standardInput.empty() ? "/dev/null" : mRow.standardInput;
     std::map<int, Stream> all = streams;  // those that are given come before the usual ones
     all.insert({{STDIN_FILENO, {input, O_RDONLY}},
@@ -130,6 +133,9 @@ SweepOutcome SweptTool::start(const std::vector<std::string>& arguments,
     outcome.outputs["out"] = withoutNumbers(contentOf(mFolder / "out"));
     for (const auto& [option, output] : mRow.outputs) {
         outcome.outputs[output] = withoutNumbers(contentOf(mFolder / output));
+    }
+    for (const std::string& made : mRow.madeFiles) {
+        outcome.outputs[made] = withoutNumbers(contentOf(mFolder / made));
     }
     outcome.err = contentOf(mFolder / "err");
     return outcome;

@@ -21,6 +21,7 @@ struct ToolRow {
     std::string standardInput;                   // a path in the folder, or empty
     std::map<std::string, std::string> outputs;  // option and the path that it is given here
     int status;                                  // of the exit, without faults
+    std::vector<std::string> madeFiles = {};     // in folders that it makes, whole or not at all
 };
 
 // A standard stream as the tool gets it: a path to open, a descriptor of the test, or closed.

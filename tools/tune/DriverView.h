@@ -1,0 +1,43 @@
+/*
+ * What a driver gets to see of tuning data while a session is played.
+ */
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "analysis/SessionAnalysis.h"
+#include "tune/SessionReplay.h"
+
+namespace desk {
+
+/*
+ * Its result has the members `summary`, as velk-replay prints it, and `records`: of each subject
+ * ("task 5", "anchor 1", a call that sends a control) the different records that it led to,
+ * each with the line of the first and their number. `unexpected` says what went wrong, if anything.
+ * Thread ids and unique task ids, which depend on the run and not on the tuning, are left out.
+ */
+class DriverView : public Evaluation {
+  public:
+    void onCall(const PlayedCall& played) override;
+    nlohmann::ordered_json result() const override;
+
+  private:
+    struct Sent {
+        uint64_t line = 0;
+        uint64_t count = 0;
+    };
+
+    void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
+    void add(const std::string& subject, const nlohmann::ordered_json& record,
+             const PlayedCall& played);
+    // The critical tasks by name in place of their ids.
+    void nameTasks(nlohmann::ordered_json& control) const;
+
+    SessionAnalysis mAnalysis;
+    std::map<std::string, std::map<std::string, Sent>> mRecords;  // by subject and text
+    std::map<uint32_t, std::string> mTaskNames;                   // by unique task id
+};
+
+}  // namespace desk

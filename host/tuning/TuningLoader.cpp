@@ -16,10 +16,6 @@ namespace desk {
 
 namespace {
 
-constexpr const char* kPlatformFile = kTuningFiles[0];
-constexpr const char* kCustomerFile = kTuningFiles[1];
-constexpr const char* kSettingsFile = kTuningFiles[2];
-
 // Parses one file's text and hands it to `read`; a fault gets the file's name.
 void readText(const char* file, const std::string& text,
               void (*read)(const JsonValue& json, TuningData& data), FaultLimit limit,

@@ -37,7 +37,10 @@ struct TuningError {
 };
 
 // The names of the files that a folder may hold.
-inline constexpr std::array kTuningFiles = {"platform.json", "customer.json", "settings.json"};
+inline constexpr const char* kPlatformFile = "platform.json";
+inline constexpr const char* kCustomerFile = "customer.json";
+inline constexpr const char* kSettingsFile = "settings.json";
+inline constexpr std::array kTuningFiles = {kPlatformFile, kCustomerFile, kSettingsFile};
 
 using TuningResult = std::variant<std::shared_ptr<const TuningData>, TuningError>;
 

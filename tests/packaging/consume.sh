@@ -97,6 +97,6 @@ velk-replay -q --speed |max
 velk-replay --tuning sha|share
 velk-replay sh|share
 velk-node-check --st|--strict
-velk-tuning |check
+velk-tuning |check compare suggest
 velk-tuning check --s|--strict
 END

@@ -100,13 +100,13 @@ void compareSubject(const std::string& subject, const ordered_json& a, const ord
     }
 }
 
-struct Subjects {
+struct SubjectGroup {
     const char* heading;
     std::vector<std::string> prefixes;  // that their names begin with; none: all others
 };
 
-const std::vector<Subjects>& subjectsOfRecords() {
-    static const std::vector<Subjects> subjects = {
+const std::vector<SubjectGroup>& subjectsOfRecords() {
+    static const std::vector<SubjectGroup> subjects = {
             {"Registrations", {"init command", "task "}},
             {"Targets of anchors", {"anchor "}},
             {"Critical spans", {"critical span "}},
@@ -117,11 +117,13 @@ const std::vector<Subjects>& subjectsOfRecords() {
 
 size_t placeOf(const std::string& subject) {
     const auto& all = subjectsOfRecords();
-    const auto found = std::find_if(all.begin(), all.end(), [&subject](const Subjects& subjects) {
-        return subjects.prefixes.empty() ||
-               std::any_of(subjects.prefixes.begin(), subjects.prefixes.end(),
-                           [&subject](const auto& each) { return subject.starts_with(each); });
-    });
+    const auto found =
+            std::find_if(all.begin(), all.end(), [&subject](const SubjectGroup& subjects) {
+                return subjects.prefixes.empty() ||
+                       std::any_of(
+                               subjects.prefixes.begin(), subjects.prefixes.end(),
+                               [&subject](const auto& each) { return subject.starts_with(each); });
+            });
     return static_cast<size_t>(found - all.begin());
 }
 

@@ -24,7 +24,7 @@ bool isShort(const ordered_json& json) {
     return json.is_array() && json.size() == 1 && isFlat(json[0]) && json.dump().size() < kMaxWidth;
 }
 
-std::string write(const ordered_json& json, size_t depth) {
+std::string writeValue(const ordered_json& json, size_t depth) {
     if (!json.is_structured()) {
         return json.dump();
     }
@@ -34,7 +34,7 @@ std::string write(const ordered_json& json, size_t depth) {
     for (const auto& [key, value] : json.items()) {
         text += text.empty() ? border : isOneLine ? ", " : "," + border;
         text += json.is_object() ? ordered_json(key).dump() + ": " : "";
-        text += write(value, depth + 1);
+        text += writeValue(value, depth + 1);
     }
     if (!isOneLine) {
         text += "\n" + std::string(kIndent * depth, ' ');
@@ -45,7 +45,7 @@ std::string write(const ordered_json& json, size_t depth) {
 }  // namespace
 
 std::string layOut(const ordered_json& json) {
-    return write(json, 0) + "\n";
+    return writeValue(json, 0) + "\n";
 }
 
 }  // namespace desk

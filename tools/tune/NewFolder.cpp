@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // Where links and dots lead to, without a slash at the end.
-fs::path placeOf(const std::string& path) {
+fs::path folderAt(const std::string& path) {
     const fs::path place = fs::weakly_canonical(fs::absolute(path));
     return place.has_filename() ? place : place.parent_path();
 }
@@ -77,7 +77,7 @@ class SignalsHeld {
 }  // namespace
 
 void requireNewFolder(const std::string& path) {
-    const fs::path place = placeOf(path);
+    const fs::path place = folderAt(path);
     const bool isFree = !fs::exists(fs::symlink_status(place)) ||
                         (fs::is_directory(place) && fs::is_empty(place));
     if (!isFree) {
@@ -87,7 +87,7 @@ void requireNewFolder(const std::string& path) {
 }
 
 void writeNewFolder(const std::string& path, const std::vector<NewFile>& files) {
-    const fs::path place = placeOf(path);
+    const fs::path place = folderAt(path);
     const SignalsHeld held;
     const Preparation preparation(place);
     for (const NewFile& file : files) {

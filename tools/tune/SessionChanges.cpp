@@ -18,7 +18,7 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-constexpr const char* kNothing = "-";
+constexpr const char* kNoFigure = "-";
 
 // Times of one kind in both sessions.
 struct TimesOfBoth {
@@ -42,11 +42,11 @@ void addRow(const std::string& name, const TimesOfBoth& times, TextTable& table)
                                       fmt::format("{}", times.count[1])};
     for (const int64_t(*figure)[2] : {&times.p50, &times.p90}) {
         for (size_t i = 0; i < 2; ++i) {
-            cells.push_back(times.count[i] > 0 ? fmt::format("{}", (*figure)[i]) : kNothing);
+            cells.push_back(times.count[i] > 0 ? fmt::format("{}", (*figure)[i]) : kNoFigure);
         }
     }
     if (times.count[0] == 0 || times.count[1] == 0) {
-        cells.insert(cells.end(), 3, kNothing);
+        cells.insert(cells.end(), 3, kNoFigure);
     } else {
         const int64_t change = times.p50[1] - times.p50[0];
         const int64_t spread = std::max(times.p90[0] - times.p50[0], times.p90[1] - times.p50[1]);
@@ -54,7 +54,7 @@ void addRow(const std::string& name, const TimesOfBoth& times, TextTable& table)
         cells.push_back(fmt::format("{}", spread));
         cells.push_back(spread > 0 ? fmt::format("{:+.2f}", static_cast<double>(change) /
                                                                     static_cast<double>(spread))
-                                   : kNothing);
+                                   : kNoFigure);
     }
     table.add(std::move(cells));
 }

@@ -62,12 +62,12 @@ std::string tableOf(const std::vector<Suggestion>& suggestions, int percentile) 
 }
 
 std::vector<NewFile> filesOf(const TuningTexts& texts) {
-    std::vector<NewFile> files = {{kTuningFiles[0], texts.platform}};
+    std::vector<NewFile> files = {{kPlatformFile, texts.platform}};
     if (texts.customer) {
-        files.push_back({kTuningFiles[1], *texts.customer});
+        files.push_back({kCustomerFile, *texts.customer});
     }
     if (texts.settings) {
-        files.push_back({kTuningFiles[2], *texts.settings});
+        files.push_back({kSettingsFile, *texts.settings});
     }
     return files;
 }

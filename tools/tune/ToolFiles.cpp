@@ -55,7 +55,7 @@ TuningTexts requireTexts(const std::string& folder) {
         }
         return std::nullopt;
     };
-    return {read(kTuningFiles[0]).value_or(""), read(kTuningFiles[1]), read(kTuningFiles[2])};
+    return {read(kPlatformFile).value_or(""), read(kCustomerFile), read(kSettingsFile)};
 }
 
 void requireFiles(const std::vector<std::string>& sessions) {

@@ -16,9 +16,6 @@ namespace {
 using nlohmann::ordered_json;
 using Pointer = ordered_json::json_pointer;
 
-constexpr const char* kPlatformFile = kTuningFiles[0];
-constexpr const char* kCustomerFile = kTuningFiles[1];
-
 constexpr std::array kTargetKeys = {"latencyUs", "jitterUs"};  // by AnchorTarget
 
 const char* keyOf(AnchorTarget target) {
@@ -65,10 +62,10 @@ std::optional<std::string> findEntry(const ordered_json& source, const UseCase& 
 
 }  // namespace
 
-TuningDraft::TuningDraft(const TuningTexts& texts) : mSettings(texts.settings) {
-    mPlatform = {ordered_json::parse(texts.platform), texts.platform};
+TuningDraft::TuningDraft(const TuningTexts& texts)
+    : mPlatform(ordered_json::parse(texts.platform), texts.platform), mSettings(texts.settings) {
     if (texts.customer) {
-        mCustomer = {ordered_json::parse(*texts.customer), *texts.customer};
+        mCustomer.emplace(ordered_json::parse(*texts.customer), *texts.customer);
     }
 }
 
@@ -94,7 +91,7 @@ const TuningDraft::File& TuningDraft::fileOf(const TuningPlace& place) const {
 
 TuningDraft::File& TuningDraft::changedFile(const std::string& file) {
     if (file == kCustomerFile && !mCustomer) {
-        mCustomer = {{{"variants", ordered_json::array()}}, ""};
+        mCustomer.emplace(ordered_json{{"variants", ordered_json::array()}}, "");
     }
     File& changed = file == kPlatformFile ? mPlatform : *mCustomer;
     changed.isChanged = true;

@@ -59,6 +59,9 @@ class TuningDraft {
 
   private:
     struct File {
+        File(const nlohmann::ordered_json& content, std::string written)
+            : json(content), text(std::move(written)) {}
+
         nlohmann::ordered_json json;
         std::string text;  // as it was read
         bool isChanged = false;

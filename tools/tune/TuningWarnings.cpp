@@ -14,9 +14,6 @@ namespace desk {
 
 namespace {
 
-constexpr const char* kPlatformFile = kTuningFiles[0];
-constexpr const char* kCustomerFile = kTuningFiles[1];
-constexpr const char* kSettingsFile = kTuningFiles[2];
 constexpr size_t kClusters = 3;
 
 class Warnings {

@@ -1,4 +1,4 @@
-/*
+/** @class VELKInfoNotifier
  * VELKInfoNotifier: frame information for the CPU scheduling driver.
  *
  * Both operations may be called from any thread, take no lock, and return 0 when the driver took
@@ -14,11 +14,11 @@
 
 class VELKInfoNotifier {
   public:
-    // A display vertical sync happened: command 33. The driver stamps it with its own clock.
+    /// A display vertical sync happened: command 33. The driver stamps it with its own clock.
     VELK_API static int notifyVSync();
 
-    // The camera runs at `fps` frames per second: command 34 with the rate truncated toward zero.
-    // Negative values and NaN are sent as 0, values above the 32-bit range as 4294967295.
+    /// The camera runs at `fps` frames per second: command 34 with the rate truncated toward zero.
+    /// Negative values and NaN are sent as 0, values above the 32-bit range as 4294967295.
     VELK_API static int notifyCamFps(float fps);
 };
 

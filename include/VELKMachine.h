@@ -1,4 +1,4 @@
-/*
+/** @class VELKMachine
  * VELKMachine: what camera threads tell the CPU scheduling driver.
  *
  *     #include <VELKMachine.h>
@@ -57,7 +57,7 @@
 
 class VELKMachine {
   public:
-    /*
+    /**
      * Brings the library up, or counts one more user when it is up already.
      *
      * The first user's call takes over the descriptor that marking opened, or opens the control
@@ -79,7 +79,7 @@ class VELKMachine {
      */
     VELK_API static int init(const VELKInitParams& params);
 
-    /*
+    /**
      * Removes one user. The last user's call sends command 32 (uninit), waits for the calls that
      * are inside without the global mutex, and destroys the instance with all tables, ids and its
      * descriptor. Every call also closes the descriptor that marking opened while the library was
@@ -93,7 +93,7 @@ class VELKMachine {
      */
     VELK_API static int uninit();
 
-    /*
+    /**
      * The calling thread starts one unit of camera work. `key` identifies the caller (only its
      * value is used) and `task` the kind of work; the pair gets a unique task id on its first start
      * and keeps it until the last uninit.
@@ -115,9 +115,9 @@ class VELKMachine {
      */
     VELK_API static int notifyTaskStart(const void* key, int task,
                                         const VELKTaskExtraParams& extra);
-    VELK_API static int notifyTaskStart(const void* key, int task);
+    VELK_API static int notifyTaskStart(const void* key, int task); /**< @overload */
 
-    /*
+    /**
      * The calling thread ends the unit of work of the pair: sends command 30 (thread id, unique
      * task id) and marks every thread that runs this id as no longer running it, also when the
      * driver refuses. The pair keeps its id.
@@ -130,7 +130,7 @@ class VELKMachine {
      */
     VELK_API static int notifyTaskEnd(const void* key, int task);
 
-    /*
+    /**
      * The task that the calling thread is running has entered another scene: sends command 31 with
      * the thread id, the unique task id of the first active start of `task` on this thread, and
      * `mode` unchanged.
@@ -141,7 +141,7 @@ class VELKMachine {
      */
     VELK_API static int notifyTaskSceneChange(int task, VELKSceneChangeMode mode);
 
-    /*
+    /**
      * Activates the single-shot control that the settings hold for `category` in the current
      * scenario, else in the fallback scenario 8. For a category that the settings do not know at
      * all, it is the first control that a caller handed over with that category. The control is
@@ -154,7 +154,7 @@ class VELKMachine {
      */
     VELK_API static int notifySingleShotControl(int category);
 
-    /*
+    /**
      * Activates `control` and sends it as command 35. Each value that it asks for is replaced by
      * the merge over all active controls:
      *   - uclampLevels: per position the maximum, with the tuning data's level as the floor;
@@ -162,12 +162,12 @@ class VELKMachine {
      *   - limits[0] other than 0: the maximum, 999999 when there is none;
      *   - criticalTaskUclamps: per task enum the maximum, with its default uclamp as the floor. Of
      *     several entries for one enum only the first is merged. Each uclamp is sent with the
-     * unique task ids that run the enum, and with those whose run has ended but whose place no
-     * later start of the enum has taken. When there is no such id, or more than 20 in all, the
-     * record is sent without ids and an error is logged;
+     *     unique task ids that run the enum, and with those whose run has ended but whose place no
+     *     later start of the enum has taken. When there is no such id, or more than 20 in all, the
+     *     record is sent without ids and an error is logged;
      *   - sharedFlag: 1 when controls with the flag were activated more often than withdrawn.
-     * Values that the control does not ask for, and all other fields, are sent unchanged.
      *
+     * Values that the control does not ask for, and all other fields, are sent unchanged.
      * A control of category 0 goes onto the stack of handed-over controls. For any other category
      * that the settings do not know, the first control becomes the category's default until the
      * last uninit. The control stays active, also when the driver refuses it, until it is reset.
@@ -179,7 +179,7 @@ class VELKMachine {
      */
     VELK_API static int notifySingleShotControl(const VELKSingleShotControl& control);
 
-    /*
+    /**
      * Withdraws a control and sends command 35 with the reset flag. Each value that the control
      * asked for is replaced by the merge over the controls that stay active. sharedFlag is 1 when
      * no active control holds it any more, and a requestValue other than -1 is sent as -2
@@ -198,9 +198,9 @@ class VELKMachine {
      * Exceptions: the control is active as before.
      */
     VELK_API static int notifyResetSingleShotControl();
-    VELK_API static int notifyResetSingleShotControl(int category);
+    VELK_API static int notifyResetSingleShotControl(int category); /**< @overload */
 
-    /*
+    /**
      * The caller's work becomes critical. While the library is up this is
      * notifySingleShotControl(user) and returns its result. While it is down, the settings'
      * control of `user` for scenario 8 is sent as command 35, without being checked or merged and
@@ -215,9 +215,9 @@ class VELKMachine {
      * stays open, unused, until the process exits.
      */
     VELK_API static int markCriticalTask();
-    VELK_API static int markCriticalTask(int user);
+    VELK_API static int markCriticalTask(int user); /**< @overload */
 
-    /*
+    /**
      * The caller's work is critical no longer: a control in its default state is sent as command
      * 35. What marking activated while the library was up stays active until
      * notifyResetSingleShotControl(user).
@@ -233,7 +233,7 @@ class VELKMachine {
      */
     VELK_API static int unsetCriticalTask();
 
-    /*
+    /**
      * The calling thread starts (command 36: thread id and critical value) or ends (command 37:
      * thread id) a critical piece of `task`. The critical value is the larger of the task's default
      * uclamp and what the active single-shot controls ask for it. Start and end must come from the
@@ -245,9 +245,9 @@ class VELKMachine {
      * while the driver works.
      */
     VELK_API static int notifySingleShotCriticalTaskStart(int task);
-    VELK_API static int notifySingleShotCriticalTaskEnd(int task);
+    VELK_API static int notifySingleShotCriticalTaskEnd(int task); /**< see above */
 
-    /*
+    /**
      * The pipeline passes an anchor point: command 38 with the anchor, the phase, `serial`
      * unchanged, and the anchor's targets of the current scenario (start: latency and jitter; end:
      * jitter alone). The customer's non-zero targets override the platform's. The properties
@@ -263,7 +263,7 @@ class VELKMachine {
      * are looked up; none while the driver works.
      */
     VELK_API static int notifyAnchorPointStart(int anchor, unsigned int serial);
-    VELK_API static int notifyAnchorPointEnd(int anchor, unsigned int serial);
+    VELK_API static int notifyAnchorPointEnd(int anchor, unsigned int serial); /**< see above */
 };
 
 #endif  // VELK_MACHINE_H

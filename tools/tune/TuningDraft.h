@@ -6,7 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
-#include <vector>
+#include <tuple>
+#include <utility>
 
 #include "tune/SessionSurvey.h"
 #include "tuning/TuningLoader.h"
@@ -59,8 +60,8 @@ class TuningDraft {
 
   private:
     struct File {
-        File(const nlohmann::ordered_json& content, std::string written)
-            : json(content), text(std::move(written)) {}
+        File(nlohmann::ordered_json content, std::string written)
+            : json(std::move(content)), text(std::move(written)) {}
 
         nlohmann::ordered_json json;
         std::string text;  // as it was read

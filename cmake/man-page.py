@@ -40,11 +40,15 @@ def sections_of(text):
 
 
 def items_of(lines):
-    """Pairs of a term and its description from a list in two columns."""
+    """Pairs of a term and its description from a list in two columns; prose has no term."""
     items = []
     for line in filter(None, lines):
         indent = len(line) - len(line.lstrip())
-        if indent <= 2 or indent <= 6 and line.lstrip().startswith("-"):
+        if indent == 2 and "  " not in line.strip() and len(line) > 60:
+            if not items or items[-1][0]:
+                items.append(("", []))
+            items[-1][1].append(line.strip())
+        elif indent <= 2 or indent <= 6 and line.lstrip().startswith("-"):
             term, _, words = re.sub(r"^(-\w),\s*", r"\1, ", line.strip()).partition("  ")
             items.append((term, [words.strip()]))
         else:
@@ -54,7 +58,8 @@ def items_of(lines):
 
 def format_list(lines):
     for term, words in items_of(lines):
-        yield from (".TP", f'.B {escaped(term)}', escaped(words))
+        yield from (".TP", f'.B {escaped(term)}') if term else (".PP",)
+        yield escaped(words)
 
 
 def format_examples(lines, tool):

@@ -29,6 +29,7 @@ class VELK_CAPABILITY("mutex") VELK_INTERNAL InheritingMutex {
             lockContended();
         }
     }
+    // NOLINTNEXTLINE(readability-identifier-naming): the standard library's name.
     bool try_lock() noexcept VELK_TRY_ACQUIRE(true) { return pthread_mutex_trylock(&mMutex) == 0; }
     void unlock() noexcept VELK_RELEASE() { pthread_mutex_unlock(&mMutex); }
 

@@ -6,7 +6,7 @@ namespace model {
 
 namespace {
 
-constexpr size_t kStackSize = 64 * 1024;
+constexpr size_t kStackSize = 65536;
 
 bool acquires(std::memory_order order) {
     return order != std::memory_order_relaxed && order != std::memory_order_release;

@@ -22,6 +22,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <unordered_set>
 #include <vector>
 
@@ -104,6 +105,7 @@ class Atomic {
     Atomic(const Atomic&) = delete;
     Atomic& operator=(const Atomic&) = delete;
 
+    // NOLINTBEGIN(readability-identifier-naming): the standard library's names.
     using Order = std::memory_order;
     static constexpr Order kDefault = Order::seq_cst;
     T load(Order order = kDefault) const { return fromWord(run().load(mLocation, order)); }
@@ -115,6 +117,7 @@ class Atomic {
     T fetch_sub(T number, Order order = kDefault) { return fetch_add(-number, order); }
     void wait(T old, Order order = kDefault) const { run().wait(mLocation, toWord(old), order); }
     void notify_all() { run().notify(mLocation); }
+    // NOLINTEND(readability-identifier-naming)
 
   private:
     static int64_t toWord(T value) {

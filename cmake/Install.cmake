@@ -48,8 +48,8 @@ endfunction()
 velk_install_pkg_config(velkperfctrl)
 
 if(VELK_DESK)
-    set(VELK_TOOLS velk-node-check velk-replay velk-tuning)
-    set(VELK_DESK_LIBRARIES velkdesk velknode velkrecord)
+    set(VELK_TOOLS velk-node-check velk-replay velk-run velk-tuning)
+    set(VELK_DESK_LIBRARIES velkdesk velklive velknode velkrecord)
     file(RELATIVE_PATH VELK_LIBDIR_FROM_BINDIR
          ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     get_directory_property(VELK_AOSP_LIBRARY_DIR DIRECTORY host DEFINITION VELK_AOSP_LIBRARY_DIR)

@@ -71,4 +71,4 @@ _velk() {
     fi
 }
 
-complete -F _velk velk-node-check velk-replay velk-tuning
+complete -F _velk velk-node-check velk-replay velk-run velk-tuning

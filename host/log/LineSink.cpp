@@ -42,6 +42,12 @@ std::shared_ptr<LineSink> LineSink::toStandardError() {
             new LineSink(STDERR_FILENO, "standard error", Keeping::Nothing));
 }
 
+std::shared_ptr<LineSink> LineSink::toReceiver(std::function<void(std::string_view)> take) {
+    std::shared_ptr<LineSink> sink(new LineSink(-1, "receiver", Keeping::Nothing));
+    sink->mTake = std::move(take);
+    return sink;
+}
+
 LineSink::LineSink(int descriptor, std::string name, Keeping keeping)
     : mDescriptor(descriptor),
       mIsStandardStream(descriptor <= STDERR_FILENO),
@@ -119,6 +125,10 @@ void LineSink::flushBuffer() noexcept {
 }
 
 void LineSink::writeOut(std::string_view text) noexcept {
+    if (mTake) {
+        mTake(text);
+        return;
+    }
     while (!text.empty() && mError == 0) {
         const ssize_t count = ::write(mDescriptor, text.data(), text.size());
         if (count >= 0) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -21,6 +22,8 @@ class LineSink {
     static std::shared_ptr<LineSink> toStandardOutput();
     // Keeps nothing back from one line to the next.
     static std::shared_ptr<LineSink> toStandardError();
+    // Hands over each line, with its end, as it is written. `take` must not write to the sink.
+    static std::shared_ptr<LineSink> toReceiver(std::function<void(std::string_view)> take);
 
     ~LineSink();
     LineSink(const LineSink&) = delete;
@@ -56,7 +59,8 @@ class LineSink {
     const bool mIsStandardStream;
     std::string mName;
     Keeping mKeeping;
-    std::string mBuffer;  // its memory is taken before it is needed
+    std::function<void(std::string_view)> mTake;  // instead of the descriptor, if there is one
+    std::string mBuffer;                          // its memory is taken before it is needed
     int mError = 0;
 };
 

@@ -20,6 +20,8 @@ struct CommonOptions {
     std::string tuning;
     PrintFormat format = PrintFormat::Table;
     bool isQuiet = false;
+    bool isLive = false;  // calls are made by another program, which may use the terminal too
+    std::optional<std::string> outputFile;  // none: standard output
     RowFilter filter;
     std::optional<std::string> traceFile;
     std::optional<std::string> reportFile;

@@ -86,7 +86,8 @@ std::vector<NamedFile> inputFilesOf(const CommonOptions& options) {
 std::vector<NamedFile> outputFilesOf(const CommonOptions& options) {
     std::vector<NamedFile> files = {{"standard output", "-", STDOUT_FILENO},
                                     {"standard error", "-", STDERR_FILENO}};
-    for (const auto& [role, path] : {std::pair("--log", options.logFile),
+    for (const auto& [role, path] : {std::pair("--output", options.outputFile),
+                                     {"--log", options.logFile},
                                      {"--ulog", options.ulogFile},
                                      {"--trace", options.traceFile},
                                      {"--report", options.reportFile}}) {

@@ -1,5 +1,7 @@
 #include "common/Logs.h"
 
+#include <utility>
+
 #include "log/DeskLog.h"
 
 namespace desk {
@@ -19,7 +21,10 @@ std::shared_ptr<LineSink> openSink(const std::optional<std::string>& path) {
 }  // namespace
 
 Logs::Logs(const CommonOptions& options)
-    : mLog(openSink(options.logFile)), mUlog(openSink(options.ulogFile)) {
+    : Logs(openSink(options.logFile), openSink(options.ulogFile)) {}
+
+Logs::Logs(std::shared_ptr<LineSink> log, std::shared_ptr<LineSink> ulog)
+    : mLog(std::move(log)), mUlog(std::move(ulog)) {
     setAndroidLog(mLog);
     uint32_t mode = kAndroidLog;
     if (mUlog != nullptr) {

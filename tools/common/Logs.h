@@ -17,12 +17,17 @@ class Logs {
   public:
     // Opens the files. Throws std::system_error.
     explicit Logs(const CommonOptions& options);
+    // A log without a sink is not written.
+    Logs(std::shared_ptr<LineSink> log, std::shared_ptr<LineSink> ulog);
     ~Logs();
     Logs(const Logs&) = delete;
     Logs& operator=(const Logs&) = delete;
 
     // Of each log that is written.
     std::vector<std::shared_ptr<LineSink>> sinks() const;
+    // Null where it is not written.
+    LineSink* log() const { return mLog.get(); }
+    LineSink* ulog() const { return mUlog.get(); }
 
   private:
     std::shared_ptr<LineSink> mLog;

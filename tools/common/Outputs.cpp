@@ -11,7 +11,8 @@ namespace {
 
 // A bar would run into lines that others write to standard error.
 bool wantsProgress(const CommonOptions& options) {
-    return isatty(STDERR_FILENO) != 0 && options.logFile != "-" && options.ulogFile != "-";
+    return !options.isLive && isatty(STDERR_FILENO) != 0 && options.logFile != "-" &&
+           options.ulogFile != "-";
 }
 
 }  // namespace
@@ -20,7 +21,8 @@ Outputs::Outputs(const CommonOptions& options, const std::string& session,
                  std::optional<uint64_t> inputSize)
     : mFormat(options.format),
       mIsQuiet(options.isQuiet),
-      mStandardOutput(LineSink::toStandardOutput()),
+      mOutput(options.outputFile ? LineSink::toFile(*options.outputFile)
+                                 : LineSink::toStandardOutput()),
       mLogs(options) {
     if (options.traceFile) {
         mTraceFile = LineSink::toFile(*options.traceFile);
@@ -32,10 +34,12 @@ Outputs::Outputs(const CommonOptions& options, const std::string& session,
         mAnalysis.tell(*mPage);
     }
     if (wantsProgress(options)) {
-        mProgress = std::make_unique<Progress>(inputSize, mStandardOutput);
+        mProgress = std::make_unique<Progress>(inputSize, mOutput);
     }
     if (!options.isQuiet) {
-        mPrinter = std::make_unique<CommandPrinter>(mStandardOutput, options.format, options.filter,
+        const CommandPrinter::Place place = {options.outputFile ? -1 : STDOUT_FILENO,
+                                             options.isLive ? "call" : "line"};
+        mPrinter = std::make_unique<CommandPrinter>(mOutput, place, options.format, options.filter,
                                                     [this] {
                                                         if (mProgress != nullptr) {
                                                             mProgress->erase();
@@ -64,13 +68,13 @@ void Outputs::printSummary(const Summary& summary) {
         mPageFile->write(formatPage(summary, *mPage));
     }
     if (mFormat == PrintFormat::JsonLines) {
-        mStandardOutput->writeLine(formatSummaryJson(summary));
+        mOutput->writeLine(formatSummaryJson(summary));
         return;
     }
     if (!mIsQuiet) {
-        mStandardOutput->writeLine("");
+        mOutput->writeLine("");
     }
-    mStandardOutput->write(formatSummaryText(summary));
+    mOutput->write(formatSummaryText(summary));
 }
 
 std::vector<std::string> Outputs::finish() {
@@ -78,7 +82,7 @@ std::vector<std::string> Outputs::finish() {
         mTrace->finish();
     }
     std::vector<std::shared_ptr<LineSink>> files = mLogs.sinks();
-    files.push_back(mStandardOutput);
+    files.push_back(mOutput);
     if (mTraceFile != nullptr) {
         files.push_back(mTraceFile);
     }

@@ -34,6 +34,7 @@ class Outputs {
     // Everybody who hears of the calls, in the order in which they have to.
     std::vector<CallListener*> listeners();
     const SessionAnalysis& analysis() const { return mAnalysis; }
+    const Logs& logs() const { return mLogs; }
 
     // And writes the page of the session, where one is asked for.
     void printSummary(const Summary& summary);
@@ -44,7 +45,7 @@ class Outputs {
   private:
     PrintFormat mFormat;
     bool mIsQuiet;
-    std::shared_ptr<LineSink> mStandardOutput;
+    std::shared_ptr<LineSink> mOutput;
     Logs mLogs;
     SessionAnalysis mAnalysis;
     std::unique_ptr<Progress> mProgress;

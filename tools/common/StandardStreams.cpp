@@ -18,7 +18,8 @@ void prepareStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0) {
             // The lowest free number is this one. Open for the wrong direction, it fails at use.
-            static_cast<void>(::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+            const int direction = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+            static_cast<void>(::open("/dev/null", direction | O_CLOEXEC));
         }
     }
 }

@@ -10,9 +10,11 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "driver/DriverEvent.h"
 #include "session/SessionCall.h"
+#include "trace/TraceCollector.h"
 
 namespace desk {
 
@@ -37,6 +39,8 @@ struct PlayedCall {
     int64_t startNs = 0;             // of the session clock
     int64_t endNs = 0;
     std::span<const ReceivedCommand> commands;
+    // The sections of the call; null: they are still where the desk collects them.
+    const std::vector<TraceEvent>* sections = nullptr;
     std::string_view problem;  // what the library said of it as a warning or an error, if anything
 };
 

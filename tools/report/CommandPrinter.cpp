@@ -56,15 +56,16 @@ ordered_json beginJson(const PlayedCall& played) {
 
 }  // namespace
 
-CommandPrinter::CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format,
+CommandPrinter::CommandPrinter(std::shared_ptr<LineSink> output, Place place, PrintFormat format,
                                RowFilter filter, std::function<void()> beforeRows)
     : mOutput(std::move(output)),
+      mPlace(place),
       mFormat(format),
       mFilter(std::move(filter)),
       mBeforeRows(std::move(beforeRows)),
-      mIsTerminal(terminalColumns(STDOUT_FILENO).has_value()) {
+      mIsTerminal(terminalColumns(place.terminal).has_value()) {
     if (mFormat == PrintFormat::Table) {
-        mColumns = terminalColumns(STDOUT_FILENO);
+        mColumns = terminalColumns(mPlace.terminal);
         printRow(fmt::format("{:>12}  {:<12}  {:<13}  {:<11}  ", "time ms", "thread", "command",
                              "verdict"),
                  "fields", "");
@@ -76,7 +77,7 @@ void CommandPrinter::onCall(const PlayedCall& played) {
         return;  // nobody reads it any more
     }
     if (mIsTerminal) {
-        mColumns = terminalColumns(STDOUT_FILENO);
+        mColumns = terminalColumns(mPlace.terminal);
     }
     mBeforeRows();
     mFilter.onCall(played);
@@ -120,7 +121,7 @@ void CommandPrinter::printTableRow(const PlayedCall& played, const ReceivedComma
 
 void CommandPrinter::printTableFailure(const PlayedCall& played) {
     const std::string call = describeCall(played.call->info->name, played.call->arguments);
-    std::string outcome = fmt::format("  <- line {}{}", played.call->line,
+    std::string outcome = fmt::format("  <- {} {}{}", mPlace.unit, played.call->line,
                                       played.isFailureInjected ? ", injected" : "");
     if (!played.problem.empty()) {
         outcome += fmt::format("  <- {}", printableText(messageOf(played)));

@@ -18,13 +18,18 @@ namespace desk {
 
 enum class PrintFormat : uint8_t { Table, JsonLines };
 
-// Rows of a table fit the terminal, where standard output is one: fields are cut to what is left
-// beside the outcome.
+// Rows of a table fit the terminal, where the output is one: fields are cut to what is left beside
+// the outcome.
 class CommandPrinter : public CallListener {
   public:
-    // `output` is standard output. `beforeRows` is called ahead of the rows of a call.
-    CommandPrinter(std::shared_ptr<LineSink> output, PrintFormat format, RowFilter filter,
-                   std::function<void()> beforeRows);
+    struct Place {
+        int terminal;      // the descriptor behind the output if that may be a terminal, else -1
+        const char* unit;  // what rows number calls by: "line" of a session
+    };
+
+    // `beforeRows` is called ahead of the rows of a call.
+    CommandPrinter(std::shared_ptr<LineSink> output, Place place, PrintFormat format,
+                   RowFilter filter, std::function<void()> beforeRows);
 
     void onCall(const PlayedCall& played) override;
     void onWait() override;
@@ -38,6 +43,7 @@ class CommandPrinter : public CallListener {
     void printJsonFailure(const PlayedCall& played);
 
     std::shared_ptr<LineSink> mOutput;
+    Place mPlace;
     PrintFormat mFormat;
     RowFilter mFilter;
     std::function<void()> mBeforeRows;

@@ -25,8 +25,8 @@ std::string Summary::unexpected() const {
     }
     std::vector<std::string> parts;
     if (failed > 0) {
-        parts.push_back(fmt::format("{} returned -1 unexpectedly, the first in line {}",
-                                    countOf(failed, "call"), firstLine));
+        parts.push_back(fmt::format("{} returned -1 unexpectedly, the first in {} {}",
+                                    countOf(failed, "call"), unit(), firstLine));
     }
     if (refused > 0) {
         parts.push_back(fmt::format("the driver found fault with {}", countOf(refused, "command")));
@@ -42,6 +42,17 @@ Summary summarize(const std::string& session, SessionFigures figures, const Driv
     summary.isStopped = result.isStopped;
     summary.error = result.error;
     summary.cutOff = result.cutOff;
+    summary.figures = std::move(figures);
+    summary.driver = driver;
+    return summary;
+}
+
+Summary summarizeProgram(const std::string& program, const std::string& ending, bool isStopped,
+                         SessionFigures figures, const DriverSnapshot& driver) {
+    Summary summary;
+    summary.session = program;
+    summary.ending = ending;
+    summary.isStopped = isStopped;
     summary.figures = std::move(figures);
     summary.driver = driver;
     return summary;

@@ -14,7 +14,8 @@
 namespace desk {
 
 struct Summary {
-    std::string session;
+    std::string session;                // or the program that made the calls
+    std::optional<std::string> ending;  // of a program: "exited with 1", "ended by SIGSEGV"
     double playedSeconds = 0;
     bool isStopped = false;
     std::optional<std::string> error;
@@ -26,10 +27,16 @@ struct Summary {
     // What went wrong other than as the driver was told to: calls that failed, commands that it
     // found fault with. Empty when nothing did.
     std::string unexpected() const;
+    // What calls are numbered by.
+    const char* unit() const { return ending ? "call" : "line"; }
 };
 
 Summary summarize(const std::string& session, SessionFigures figures, const DriverSnapshot& driver,
                   const PlayResult& result, double playedSeconds);
+
+// Of a program that has made its calls itself.
+Summary summarizeProgram(const std::string& program, const std::string& ending, bool isStopped,
+                         SessionFigures figures, const DriverSnapshot& driver);
 
 // For people, with a line's end after every line.
 std::string formatSummaryText(const Summary& summary);

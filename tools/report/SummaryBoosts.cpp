@@ -89,7 +89,7 @@ void writeLevels(TextOutput out, const LevelFigures& levels, int64_t recordedUs)
     }
 }
 
-void writeControls(TextOutput out, const ControlFigures& controls) {
+void writeControls(TextOutput out, const ControlFigures& controls, const char* unit) {
     if (controls.activations + controls.resets == 0) {
         return;
     }
@@ -105,10 +105,10 @@ void writeControls(TextOutput out, const ControlFigures& controls) {
     fmt::format_to(out, "\n{:<14} {:>8} {:>12} {:>12} {:>8}  {:<12}  {:<25}  {}\n", "Controls",
                    "category", "from ms", "ms", "overlaps", "thread", "ended by", "asks for");
     writeFirst(out, controls.list, controls.further, "control",
-               [out](const ControlActivation& control) {
+               [out, unit](const ControlActivation& control) {
                    fmt::format_to(out,
                                   "  {:<12} {:>8} {:>12.3f} {:>12.3f} {:>8}  {:<12}  {:<25}  {}\n",
-                                  fmt::format("line {}", control.line), control.category,
+                                  fmt::format("{} {}", unit, control.line), control.category,
                                   milliseconds(control.fromUs),
                                   milliseconds(control.untilUs - control.fromUs), control.overlaps,
                                   printableText(control.thread), describeEnd(control.end),
@@ -149,22 +149,22 @@ ordered_json unresetToJson(const UnresetControls& unreset) {
             {"criticalTaskUclamps", unreset.taskUclamps}};
 }
 
-void writeBoosts(TextOutput out, const SessionFigures& figures) {
+void writeBoosts(TextOutput out, const SessionFigures& figures, const char* unit) {
     const LevelFigures& levels = figures.levels;
     const bool isBoosted = levels.percentLevels.size() + levels.uclampLevels.size() > 2;
     if (isBoosted || figures.controls.activations + figures.controls.resets > 0) {
         writeLevels(out, levels, figures.recordedUs);
-        writeControls(out, figures.controls);
+        writeControls(out, figures.controls, unit);
     }
 }
 
-void writeUnreset(TextOutput out, const UnresetControls& unreset) {
+void writeUnreset(TextOutput out, const UnresetControls& unreset, const char* unit) {
     writeFirst(out, unreset.controls, unreset.furtherControls, "control",
-               [out](const ControlActivation& control) {
-                   fmt::format_to(out,
-                                  "  control of category {} by {} in line {} since {:.3f} ms: {}\n",
-                                  control.category, printableText(control.thread), control.line,
-                                  milliseconds(control.fromUs), describeEnd(control.end));
+               [out, unit](const ControlActivation& control) {
+                   fmt::format_to(
+                           out, "  control of category {} by {} in {} {} since {:.3f} ms: {}\n",
+                           control.category, printableText(control.thread), unit, control.line,
+                           milliseconds(control.fromUs), describeEnd(control.end));
                });
     for (const auto& [task, uclamp] : unreset.taskUclamps) {
         fmt::format_to(out, "  controls ask for uclamp {} of task {}\n", uclamp, task);

@@ -175,12 +175,16 @@ ordered_json findingsToJson(const std::vector<FindingCount>& findings) {
 std::string formatSummaryJson(const Summary& summary) {
     const DriverSnapshot& driver = summary.driver;
     const SessionFigures& figures = summary.figures;
-    ordered_json body = {{"session", summary.session},
+    ordered_json body = {{summary.ending ? "program" : "session", summary.session},
                          {"calls", figures.calls},
                          {"threads", figures.threads},
                          {"recordedUs", figures.recordedUs},
-                         {"playedSeconds", summary.playedSeconds},
                          {"interrupted", summary.isStopped}};
+    if (summary.ending) {
+        body["ending"] = *summary.ending;
+    } else {
+        body["playedSeconds"] = summary.playedSeconds;
+    }
     if (summary.error) {
         body["error"] = *summary.error;
     }

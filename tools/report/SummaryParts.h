@@ -24,8 +24,9 @@ nlohmann::ordered_json unresetToJson(const UnresetControls& unreset);
 
 // Each writes nothing where there is nothing to say.
 void writeFrames(TextOutput out, const FrameFigures& frames);
-void writeBoosts(TextOutput out, const SessionFigures& figures);
-void writeUnreset(TextOutput out, const UnresetControls& unreset);
+// `unit` is what calls are numbered by.
+void writeBoosts(TextOutput out, const SessionFigures& figures, const char* unit);
+void writeUnreset(TextOutput out, const UnresetControls& unreset, const char* unit);
 
 constexpr double milliseconds(int64_t us) {
     constexpr double kUsPerMs = 1e3;

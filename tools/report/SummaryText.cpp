@@ -18,7 +18,22 @@ using Output = TextOutput;
 
 constexpr double kUsPerSecond = 1e6;
 
+void writeProgramHead(Output out, const Summary& summary) {
+    fmt::format_to(out, "Program {}\n", printableText(summary.session));
+    fmt::format_to(out, "  {} on {}, {:.3f} s from the first to the last, {}\n",
+                   countOf(summary.figures.calls, "call"),
+                   countOf(summary.figures.threads, "thread"),
+                   static_cast<double>(summary.figures.recordedUs) / kUsPerSecond, *summary.ending);
+    if (summary.isStopped) {
+        fmt::format_to(out, "  interrupted\n");
+    }
+}
+
 void writeHead(Output out, const Summary& summary) {
+    if (summary.ending) {
+        writeProgramHead(out, summary);
+        return;
+    }
     fmt::format_to(out, "Session {}\n", printableText(summary.session));
     fmt::format_to(
             out, "  {} on {}, {:.3f} s recorded, played in {:.3f} s",
@@ -146,11 +161,11 @@ void writeRegistrations(Output out, const DriverSnapshot& driver) {
     }
 }
 
-void writeFailures(Output out, const std::vector<OperationFigures>& operations) {
+void writeFailures(Output out, const Summary& summary) {
     fmt::format_to(out, "\n{:<42} {:>9} {:>11}\n", "Calls that returned -1", "injected",
                    "unexpected");
     bool isNone = true;
-    for (const OperationFigures& operation : operations) {
+    for (const OperationFigures& operation : summary.figures.operations) {
         if (operation.failed + operation.failedInjected == 0) {
             continue;
         }
@@ -158,7 +173,7 @@ void writeFailures(Output out, const std::vector<OperationFigures>& operations) 
         fmt::format_to(out, "  {:<40} {:>9} {:>11}", operation.name, operation.failedInjected,
                        operation.failed);
         if (operation.failed > 0) {
-            fmt::format_to(out, "  first in line {}", operation.firstFailedLine);
+            fmt::format_to(out, "  first in {} {}", summary.unit(), operation.firstFailedLine);
         }
         fmt::format_to(out, "\n");
     }
@@ -205,8 +220,8 @@ void writeActive(Output out, const Summary& summary) {
         fmt::format_to(out, "  never reset before uninit: {}\n",
                        describeControl(driver.controlAtUninit));
     }
-    writeUnreset(out, controls.active);
-    writeUnreset(out, controls.atUninit);
+    writeUnreset(out, controls.active, summary.unit());
+    writeUnreset(out, controls.atUninit, summary.unit());
     if (driver.openDescriptors > 0) {
         fmt::format_to(out, "  {} of the control node\n",
                        countOf(driver.openDescriptors, "open descriptor"));
@@ -248,9 +263,9 @@ std::string formatSummaryText(const Summary& summary) {
     writeAnchors(out, summary.figures.anchors);
     writeSpans(out, summary.figures);
     writeFrames(out, summary.figures.frames);
-    writeBoosts(out, summary.figures);
+    writeBoosts(out, summary.figures, summary.unit());
     writeRegistrations(out, summary.driver);
-    writeFailures(out, summary.figures.operations);
+    writeFailures(out, summary);
     writeActive(out, summary);
     writeFindings(out, summary.driver.findings);
     return text;

@@ -87,9 +87,13 @@ void TraceWriter::onCall(const PlayedCall& played) {
     mSpans.onCall(played);
     writeInstants(played);
     writeCounters(played);
-    drainTrace(mSections);
     Track& track = mTracks[played.call->thread];
-    track.sections.assign(mSections.begin(), mSections.end());
+    if (played.sections != nullptr) {
+        track.sections = *played.sections;
+    } else {
+        drainTrace(mSections);
+        track.sections.assign(mSections.begin(), mSections.end());
+    }
     track.callArguments = describeArguments(played);
 }
 

@@ -1,0 +1,98 @@
+/*
+ * What velk-run and the library that it preloads tell each other: frames on a stream socket, each
+ * with its size and its kind ahead. Both come from one build and run on one machine.
+ */
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace desk {
+
+// The name of the socket, in the namespace of abstract sockets.
+inline constexpr const char* kSocketVariable = "VELK_RUN_SOCKET";
+
+enum class FrameKind : uint32_t {
+    Setup,  // to the program, as the first and only one: what the desk is to be like
+    Call,   // a call that has ended, or a command that belongs to none
+    Log,    // a line of the Android log, with its end
+    Ulog,   // a line of the camera stack's logger, with its end
+};
+
+struct FrameHead {
+    uint32_t size = 0;  // of what follows the head, in bytes
+    FrameKind kind = FrameKind::Setup;
+};
+
+// The content of one frame, written piece by piece. Its memory can be used for the next one.
+class FrameWriter {
+  public:
+    explicit FrameWriter(FrameKind kind) { start(kind); }
+
+    void start(FrameKind kind) {
+        mBytes.clear();
+        put(FrameHead{0, kind});
+    }
+
+    template <typename T>
+    void put(const T& value) {
+        static_assert(std::is_trivially_copyable_v<T>);
+        append({reinterpret_cast<const char*>(&value), sizeof value});
+    }
+
+    void putText(std::string_view text) {
+        put(static_cast<uint32_t>(text.size()));
+        append(text);
+    }
+
+    // All but the head. Valid until something is written, as is the frame.
+    std::string_view content() const { return std::string_view(mBytes).substr(sizeof(FrameHead)); }
+
+    // As it stands, without its size.
+    void append(std::string_view bytes) { mBytes.append(bytes); }
+
+    // The whole frame.
+    std::string_view finish() {
+        const auto size = static_cast<uint32_t>(mBytes.size() - sizeof(FrameHead));
+        std::memcpy(mBytes.data() + offsetof(FrameHead, size), &size, sizeof size);
+        return mBytes;
+    }
+
+  private:
+    std::string mBytes;
+};
+
+// Reads what stands in a frame. Throws std::runtime_error where it ends too early.
+class FrameReader {
+  public:
+    explicit FrameReader(std::string_view content) : mRest(content) {}
+
+    template <typename T>
+    T get() {
+        static_assert(std::is_trivially_copyable_v<T>);
+        T value;
+        std::memcpy(&value, take(sizeof value).data(), sizeof value);
+        return value;
+    }
+
+    std::string_view getText() { return take(get<uint32_t>()); }
+
+    std::string_view take(size_t size) {
+        if (size > mRest.size()) {
+            throw std::runtime_error("a message of the program's ends too early");
+        }
+        const std::string_view taken = mRest.substr(0, size);
+        mRest.remove_prefix(size);
+        return taken;
+    }
+
+  private:
+    std::string_view mRest;
+};
+
+}  // namespace desk

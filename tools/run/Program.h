@@ -1,0 +1,74 @@
+/*
+ * The program that velk-run runs.
+ */
+#pragma once
+
+#include <android-base/unique_fd.h>
+#include <sys/types.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace desk {
+
+// As env, timeout and the like: what is not the program's own exit status.
+inline constexpr int kExitToolFailed = 125;
+inline constexpr int kExitNotExecutable = 126;
+inline constexpr int kExitNotFound = 127;
+
+// The program cannot be run, or nothing could be seen of it.
+class ProgramError : public std::runtime_error {
+  public:
+    ProgramError(int exitStatus, const std::string& text)
+        : std::runtime_error(text), mExitStatus(exitStatus) {}
+    int exitStatus() const { return mExitStatus; }
+
+  private:
+    int mExitStatus;
+};
+
+// Throws ProgramError when the loader would preload nothing into the program: it is statically
+// linked, runs as another user, or is built for another machine.
+void refuseUnseen(const std::string& program);
+
+struct Start {
+    std::vector<std::string> words;      // the program and its arguments
+    std::vector<std::string> libraries;  // to be preloaded, behind those of the environment
+    std::vector<std::string> variables;  // NAME=VALUE, to be added to the environment
+};
+
+class Program {
+  public:
+    // Starts it with the signals and the standard streams that this process was given. Throws
+    // ProgramError.
+    explicit Program(const Start& start);
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    pid_t process() const { return mProcess; }
+    // Readable once it has ended.
+    int descriptor() const { return mDescriptor.get(); }
+    // Takes its end in, which it waits for.
+    void await();
+
+    // "exited with 0", "ended by SIGSEGV". Once it has ended, as the next one.
+    std::string ending() const;
+    // Exit status, or the negative number of the signal that ended it.
+    int status() const;
+
+  private:
+    pid_t mProcess = -1;
+    android::base::unique_fd mDescriptor;
+    std::optional<int> mWaitStatus;
+};
+
+// Ends this process as the signal would end it, without another dump of memory.
+[[noreturn]] void endBySignal(int signal);
+
+// To be called first of all: which signals this process was given as ignored.
+void rememberSignals();
+
+}  // namespace desk

@@ -1,0 +1,107 @@
+/*
+ * Programs into which nothing can be preloaded.
+ */
+#include <android-base/file.h>
+#include <android-base/strings.h>
+#include <elf.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <link.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "run/Program.h"
+
+namespace desk {
+
+namespace {
+
+using android::base::unique_fd;
+
+// The file that would be executed; empty when there is none.
+std::string findProgram(const std::string& name) {
+    if (name.find('/') != std::string::npos) {
+        return name;
+    }
+    const char* const path = std::getenv("PATH");
+    for (const std::string& folder : android::base::Split(path != nullptr ? path : "", ":")) {
+        std::string file = (folder.empty() ? "." : folder) + "/" + name;
+        if (access(file.c_str(), X_OK) == 0) {
+            return file;
+        }
+    }
+    return "";
+}
+
+// A set-user-id program, or one with capabilities: the loader ignores LD_PRELOAD.
+bool gainsRights(const std::string& file) {
+    struct stat status = {};
+    if (stat(file.c_str(), &status) != 0) {
+        return false;
+    }
+    const bool isOtherUser = (status.st_mode & S_ISUID) != 0 && status.st_uid != geteuid();
+    const bool isOtherGroup = (status.st_mode & S_ISGID) != 0 && status.st_gid != getegid();
+    const bool hasCapabilities =
+            geteuid() != 0 && getxattr(file.c_str(), "security.capability", nullptr, 0) > 0;
+    return isOtherUser || isOtherGroup || hasCapabilities;
+}
+
+bool readAt(const unique_fd& file, void* place, size_t size, off64_t offset) {
+    return android::base::ReadFullyAtOffset(file, place, size, offset);
+}
+
+bool readHead(const std::string& file, ElfW(Ehdr) & head, unique_fd& descriptor) {
+    descriptor.reset(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    return descriptor.ok() && readAt(descriptor, head.e_ident, sizeof head.e_ident, 0) &&
+           std::memcmp(head.e_ident, ELFMAG, SELFMAG) == 0 &&
+           readAt(descriptor, &head, sizeof head, 0);
+}
+
+// Whether the loader has a part in running it.
+bool hasLoader(const unique_fd& file, const ElfW(Ehdr) & head) {
+    for (size_t i = 0; i < head.e_phnum; ++i) {
+        ElfW(Phdr) part = {};
+        const auto offset = static_cast<off64_t>(head.e_phoff + i * head.e_phentsize);
+        if (readAt(file, &part, sizeof part, offset) && part.p_type == PT_INTERP) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+void refuseUnseen(const std::string& program) {
+    const std::string file = findProgram(program);
+    if (gainsRights(file)) {
+        throw ProgramError(kExitToolFailed,
+                           fmt::format("{}: runs with the rights of another user, so that nothing "
+                                       "can be preloaded into it; run velk-run as that user",
+                                       program));
+    }
+    ElfW(Ehdr) head = {};
+    ElfW(Ehdr) own = {};
+    unique_fd descriptor;
+    unique_fd ownDescriptor;
+    if (!readHead(file, head, descriptor) || !readHead("/proc/self/exe", own, ownDescriptor)) {
+        return;  // a script, whose interpreter is what runs; or the start tells what is wrong
+    }
+    if (head.e_machine != own.e_machine || head.e_ident[EI_CLASS] != own.e_ident[EI_CLASS]) {
+        throw ProgramError(kExitToolFailed,
+                           fmt::format("{}: built for another kind of machine than velk-run, so "
+                                       "that nothing can be preloaded into it",
+                                       program));
+    }
+    if (!hasLoader(descriptor, head)) {
+        throw ProgramError(kExitToolFailed,
+                           fmt::format("{}: statically linked, so that nothing can be preloaded "
+                                       "into it; link it dynamically",
+                                       program));
+    }
+}
+
+}  // namespace desk

@@ -1,0 +1,236 @@
+#include "run/Run.h"
+
+#include <android-base/file.h>
+#include <fmt/format.h>
+#include <poll.h>
+
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+#include <utility>
+
+#include "common/Desk.h"
+#include "common/OutputFiles.h"
+#include "common/Outputs.h"
+#include "common/StandardStreams.h"
+#include "report/CountText.h"
+#include "run/InstalledFiles.h"
+#include "run/LiveServer.h"
+#include "run/LiveSession.h"
+#include "run/Program.h"
+#include "run/SignalPassing.h"
+
+namespace desk {
+
+namespace {
+
+constexpr const char* kProgram = "velk-run";
+
+void refuseToOverwriteInputs(const RunOptions& options) {
+    std::vector<NamedFile> outputs = outputFilesOf(options.common);
+    if (options.recording) {
+        outputs.push_back({"--record", *options.recording});
+    }
+    std::vector<NamedFile> inputs = inputFilesOf(options.common);
+    inputs.push_back({"the program", options.program.front()});
+    refuseSharedFiles(inputs, outputs);
+}
+
+// The program may look at other files than this process does, so it gets the texts.
+std::optional<std::string> textOf(const std::filesystem::path& file) {
+    std::string text;
+    constexpr bool kFollowLinks = true;
+    return android::base::ReadFileToString(file, &text, kFollowLinks) ? std::optional(text)
+                                                                      : std::nullopt;
+}
+
+Setup setupOf(const CommonOptions& options) {
+    const std::filesystem::path tuning = options.tuning;
+    Setup setup;
+    setup.hasLog = options.logFile.has_value();
+    setup.hasUlog = options.ulogFile.has_value();
+    setup.hasTrace = options.traceFile.has_value();
+    setup.faults = options.injectedFaults;
+    setup.tuning.platform = textOf(tuning / kTuningFiles[0]).value_or("");
+    setup.tuning.customer = textOf(tuning / kTuningFiles[1]);
+    setup.tuning.settings = textOf(tuning / kTuningFiles[2]);
+    setup.properties = options.properties;
+    return setup;
+}
+
+Start startOf(const RunOptions& options, const std::string& socketName) {
+    Start start;
+    start.words = options.program;
+    start.variables.push_back(fmt::format("{}={}", kSocketVariable, socketName));
+    start.libraries.push_back(deskLibrary("libvelklive.so"));
+    if (options.recording) {
+        start.libraries.push_back(deskLibrary("libvelkrecord.so"));
+        start.variables.push_back("VELK_RECORD=" +
+                                  std::filesystem::absolute(*options.recording).string());
+    }
+    start.libraries.push_back(deskLibrary("libvelknode.so"));
+    return start;
+}
+
+// A running program and what is heard of it.
+class LiveRun {
+  public:
+    LiveRun(const RunOptions& options, Outputs& outputs)
+        : mLogs(outputs.logs()),
+          mSession(outputs.listeners()),
+          mServer(std::in_place, setupOf(options.common),
+                  [this](FrameKind kind, std::string_view content) { take(kind, content); }) {
+        mProgram.emplace(startOf(options, mServer->name()));
+    }
+
+    // To the end of the program, and of the process that is followed.
+    void follow() {
+        while (!mHasProgramEnded || isFollowing()) {
+            waitForAny();
+            if (mWaiting[kSignals].revents != 0) {
+                takeSignals();
+            }
+            mServer->receive();
+            if (mWaiting[kFollowed].revents != 0) {
+                mHasFollowedEnded = true;
+            }
+            if (mWaiting[kStarted].revents != 0) {
+                takeEnd();
+            }
+        }
+        while (mServer->receive()) {
+        }
+        mSession.finish();
+    }
+
+    // After an error: nobody is to wait for this process.
+    void letGo() {
+        mServer.reset();
+        if (!mHasProgramEnded) {
+            mProgram->await();
+        }
+    }
+
+    const LiveSession& session() const { return mSession; }
+    const Program& program() const { return *mProgram; }
+    bool isInterrupted() const { return mSignals.received() != 0; }
+
+  private:
+    enum Place : uint8_t { kSignals, kStarted, kFollowed };
+
+    bool isFollowing() const {
+        return mServer->followed() != 0 && !mHasFollowedEnded && !mIsToStop &&
+               mServer->followedDescriptor() >= 0;
+    }
+
+    void waitForAny() {
+        const auto patience = mSession.advance();
+        mWaiting = {{mSignals.descriptor(), POLLIN, 0},
+                    {mHasProgramEnded ? -1 : mProgram->descriptor(), POLLIN, 0},
+                    {mHasFollowedEnded ? -1 : mServer->followedDescriptor(), POLLIN, 0}};
+        mServer->addTo(mWaiting);
+        if (poll(mWaiting.data(), mWaiting.size(), 0) == 0) {
+            mSession.wait();
+            poll(mWaiting.data(), mWaiting.size(),
+                 patience ? static_cast<int>(patience->count()) : -1);
+        }
+    }
+
+    void take(FrameKind kind, std::string_view content) {
+        if (kind == FrameKind::Call) {
+            mSession.take(content);
+        } else if (LineSink* const log = kind == FrameKind::Log ? mLogs.log() : mLogs.ulog()) {
+            log->write(content);
+        }
+    }
+
+    void takeSignals() {
+        mSignals.pass(mHasProgramEnded ? 0 : mProgram->process());
+        mIsToStop = mHasProgramEnded;
+    }
+
+    void takeEnd() {
+        mProgram->await();
+        mHasProgramEnded = true;
+        if (isFollowing() && mServer->followed() != mProgram->process()) {
+            sayError(kProgram, fmt::format("the program has ended; process {}, which it started, "
+                                           "is followed to its end",
+                                           mServer->followed()));
+        }
+    }
+
+    SignalPassing mSignals;
+    std::optional<Program> mProgram;
+    bool mHasProgramEnded = false;
+    bool mHasFollowedEnded = false;
+    bool mIsToStop = false;
+    const Logs& mLogs;
+    LiveSession mSession;
+    std::optional<LiveServer> mServer;
+    std::vector<pollfd> mWaiting;
+};
+
+// Where what was seen is not what the user may expect.
+void sayWhatIsMissing(const std::string& program, const LiveSession& session) {
+    if (session.foreignCommands() > 0) {
+        sayError(kProgram,
+                 fmt::format("{} went to the driver outside of the library's calls: {} links the "
+                             "library statically, or sends them itself",
+                             countOf(session.foreignCommands(), "command"), program));
+    } else if (session.calls() == 0) {
+        sayError(kProgram, fmt::format("{} made no call to the library", program));
+    }
+}
+
+bool follow(LiveRun& live) {
+    try {
+        live.follow();
+        return true;
+    } catch (const std::exception& error) {
+        sayError(kProgram, fmt::format("the rest of the program is not shown: {}", error.what()));
+        live.letGo();
+        return false;
+    }
+}
+
+}  // namespace
+
+int run(const RunOptions& given) {
+    RunOptions options = given;
+    refuseUnseen(options.program.front());
+    if (options.common.tuning.empty()) {
+        options.common.tuning = sampleTuning();
+        sayError(kProgram,
+                 fmt::format("no --tuning: the sample's is used, {}", options.common.tuning));
+    }
+    refuseToOverwriteInputs(options);
+    setUpDesk(kProgram, options.common);
+    Outputs outputs(options.common, options.program.front(), std::nullopt);
+    LiveRun live(options, outputs);
+    bool isWhole = follow(live);
+
+    const std::string& name = options.program.front();
+    const bool isEmpty = live.session().calls() + live.session().foreignCommands() == 0;
+    const Summary summary =
+            summarizeProgram(name, live.program().ending(), live.isInterrupted(),
+                             outputs.analysis().figures(), live.session().snapshot());
+    if (!isEmpty || options.common.format == PrintFormat::JsonLines) {
+        outputs.printSummary(summary);
+    }
+    const std::vector<std::string> failures = outputs.finish();
+    sayWhatIsMissing(name, live.session());
+    if (const std::string unexpected = summary.unexpected(); !unexpected.empty()) {
+        sayError(kProgram, unexpected);
+    }
+    for (const std::string& failure : failures) {
+        sayError(kProgram, failure);
+    }
+    isWhole = isWhole && failures.empty();
+    const int status = live.program().status();
+    if (status < 0) {
+        endBySignal(-status);
+    }
+    return status == 0 && !isWhole ? kExitToolFailed : status;
+}
+
+}  // namespace desk

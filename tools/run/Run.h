@@ -1,0 +1,14 @@
+/*
+ * One run of a program from the options to the exit status.
+ */
+#pragma once
+
+#include "run/RunOptions.h"
+
+namespace desk {
+
+// Runs the program, prints, and returns the exit status; ends the process as the program ended if
+// that was by a signal. Throws std::exception when there is nothing to be run or to be seen.
+int run(const RunOptions& options);
+
+}  // namespace desk

@@ -62,12 +62,13 @@ Start startOf(const RunOptions& options, const std::string& socketName) {
     Start start;
     start.words = options.program;
     start.variables.push_back(fmt::format("{}={}", kSocketVariable, socketName));
-    start.libraries.push_back(deskLibrary("libvelklive.so"));
+    // The recorder comes first: in exact order a call waits there, and only then is it seen here.
     if (options.recording) {
         start.libraries.push_back(deskLibrary("libvelkrecord.so"));
         start.variables.push_back("VELK_RECORD=" +
                                   std::filesystem::absolute(*options.recording).string());
     }
+    start.libraries.push_back(deskLibrary("libvelklive.so"));
     start.libraries.push_back(deskLibrary("libvelknode.so"));
     return start;
 }

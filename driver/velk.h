@@ -20,9 +20,10 @@
 #include "CommandRecords.h"
 
 #define VELK_FIRST_COMMAND 27
-#define VELK_COMMAND_COUNT 12
+#define VELK_COMMAND_COUNT ARRAY_SIZE(VELK_COMMAND_ROWS)
 
 union velk_record {
+	u8 bytes[VELK_LARGEST_RECORD];
 	struct VELK_INIT_PARAM init;
 	struct VELK_TASK_INIT_PARAM task_init;
 	struct VELK_TASK_PARAM task;
@@ -130,8 +131,9 @@ extern unsigned int velk_max_tasks;
 extern unsigned int velk_max_holds;
 
 /* velk_records.c */
-bool velk_is_command(unsigned int request);
-int velk_check_record(unsigned int request, const union velk_record *record, u32 tid);
+const struct VELKCommandRow *velk_find_command(unsigned int request);
+int velk_check_record(const struct VELKCommandRow *command, const union velk_record *record,
+		      u32 tid);
 
 /* velk_process.c */
 struct velk_process *velk_process_open(void);
@@ -139,7 +141,7 @@ void velk_process_release(struct velk_process *process);
 void velk_forget_dead_processes(void);
 
 /* velk_session.c */
-int velk_session_command(struct velk_process *process, unsigned int request,
+int velk_session_command(struct velk_process *process, const struct VELKCommandRow *command,
 			 const union velk_record *record);
 void velk_session_clear(struct velk_process *process, struct velk_room *room);
 void velk_room_free(struct velk_room *room);

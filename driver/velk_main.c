@@ -49,29 +49,31 @@ static int velk_release(struct inode *inode, struct file *file)
 	return 0;
 }
 
-static int answer(struct velk_process *process, unsigned int request, void __user *argument,
-		  union velk_record *record)
+/* @command is NULL when the request is of none. */
+static int answer(struct velk_process *process, const struct VELKCommandRow *command,
+		  void __user *argument, union velk_record *record)
 {
-	if (!velk_is_command(request))
+	if (!command)
 		return -ENOTTY;
-	if (copy_from_user(record, argument, _IOC_SIZE(request)))
+	if (copy_from_user(record, argument, _IOC_SIZE(command->request)))
 		return -EFAULT;
-	return velk_session_command(process, request, record);
+	return velk_session_command(process, command, record);
 }
 
-static void count(struct velk_process *process, unsigned int request, int result)
+static void count(struct velk_process *process, const struct VELKCommandRow *command, int result)
 {
 	struct velk_counter *counter;
 
-	if (!velk_is_command(request)) {
+	if (!command) {
 		atomic64_inc(&process->other_requests);
 		return;
 	}
-	counter = &process->commands[_IOC_NR(request) - VELK_FIRST_COMMAND];
+	counter = &process->commands[command - VELK_COMMAND_ROWS];
 	atomic64_inc(result ? &counter->refused : &counter->accepted);
 }
 
-static void trace_command(unsigned int request, const union velk_record *record, int result)
+static void trace_command(unsigned int request, const struct VELKCommandRow *command,
+			  const union velk_record *record, int result)
 {
 	u32 id = 0;
 	s32 value = 0;
@@ -102,22 +104,23 @@ static void trace_command(unsigned int request, const union velk_record *record,
 		value = record->anchor.phase;
 		break;
 	}
-	trace_velk_command(request, id, value, result);
+	trace_velk_command(request, command, id, value, result);
 }
 
 static long velk_ioctl(struct file *file, unsigned int request, unsigned long argument)
 {
 	struct velk_process *process = file->private_data;
+	const struct VELKCommandRow *command = velk_find_command(request);
 	union velk_record record;
 	int result;
 
 	/* A child that inherited the file has no part in its parent's state. */
 	if (process->pid != task_tgid(current))
 		return -EPERM;
-	result = answer(process, request, (void __user *)argument, &record);
-	count(process, request, result);
+	result = answer(process, command, (void __user *)argument, &record);
+	count(process, command, result);
 	if (trace_velk_command_enabled())
-		trace_command(request, &record, result);
+		trace_command(request, command, &record, result);
 	return result;
 }
 

@@ -4,65 +4,50 @@
 
 #include "velk.h"
 
-bool velk_is_command(unsigned int request)
+/* NULL when the request is of no command. */
+const struct VELKCommandRow *velk_find_command(unsigned int request)
 {
-	switch (request) {
-	case VELK_IOC_INIT:
-	case VELK_IOC_TASK_INIT:
-	case VELK_IOC_TASK_START:
-	case VELK_IOC_TASK_END:
-	case VELK_IOC_SCENE_CHANGE:
-	case VELK_IOC_UNINIT:
-	case VELK_IOC_VSYNC:
-	case VELK_IOC_CAM_FPS:
-	case VELK_IOC_SINGLE_SHOT:
-	case VELK_IOC_CRITICAL_START:
-	case VELK_IOC_CRITICAL_END:
-	case VELK_IOC_ANCHOR:
-		return true;
+	const unsigned int index = _IOC_NR(request) - VELK_FIRST_COMMAND;
+
+	if (index >= VELK_COMMAND_COUNT || VELK_COMMAND_ROWS[index].request != request)
+		return NULL;
+	return &VELK_COMMAND_ROWS[index];
+}
+
+static s64 value_of(const struct VELKField *field, const u8 *bytes, size_t element)
+{
+	switch (field->type) {
+	case VELK_UNSIGNED32:
+		return ((const u32 *)bytes)[element];
+	case VELK_SIGNED32:
+		return ((const s32 *)bytes)[element];
 	default:
-		return false;
+		return bytes[element];
 	}
-}
-
-static bool are_levels(const u32 *levels, size_t count)
-{
-	size_t i;
-
-	for (i = 0; i < count; i++) {
-		if (levels[i] > VELK_MAX_UCLAMP)
-			return false;
-	}
-	return true;
-}
-
-static bool is_init_valid(const struct VELK_INIT_PARAM *record)
-{
-	return are_levels(record->clusterLevels, ARRAY_SIZE(record->clusterLevels)) &&
-	       record->tuningParam1 > 0 && record->tuningParam2 > 0;
 }
 
 /* Terminated, and zero up to its end. */
-static bool is_name_valid(const char *name, size_t size)
+static bool is_text_valid(const char *text, size_t size)
 {
-	size_t length = strnlen(name, size);
+	const size_t length = strnlen(text, size);
 
-	return length < size && !memchr_inv(name + length, 0, size - length);
+	return length < size && !memchr_inv(text + length, 0, size - length);
 }
 
-static bool is_task_init_valid(const struct VELK_TASK_INIT_PARAM *record)
+static bool is_field_valid(const struct VELKField *field, const u8 *record, u32 tid)
 {
-	return record->uniqueTaskId && !record->reserved4 && !record->reserved20 &&
-	       !memchr_inv(record->reserved37, 0, sizeof(record->reserved37)) &&
-	       record->defaultUclamp >= 1 && record->defaultUclamp <= VELK_MAX_UCLAMP &&
-	       record->targetTime >= VELK_MIN_TARGET_TIME && record->isVIPTask <= 1 &&
-	       is_name_valid(record->taskName, sizeof(record->taskName));
-}
+	const u8 *bytes = record + field->offset;
+	size_t i;
 
-static bool is_task_valid(const struct VELK_TASK_PARAM *record, bool has_mode, u32 tid)
-{
-	return record->tid == tid && record->uniqueTaskId && !record->reserved8 &&
-	       (has_mode || !record->sceneChangeMode);
+	if (field->type == VELK_TEXT)
+		return is_text_valid(bytes, field->count);
+	for (i = 0; i < field->count; i++) {
+		const s64 value = value_of(field, bytes, i);
+
+		if (value < field->smallest || value > field->largest)
+			return false;
+	}
+	return strcmp(field->name, "tid") || value_of(field, bytes, 0) == tid;
 }
 
 /* The ids fill their array from the front, and behind them both arrays are zero. */
@@ -78,74 +63,37 @@ static bool are_critical_tasks_valid(const struct VELK_SINGLE_SHOT_PARAM *record
 		if (record->criticalTaskIds[i] || record->criticalTaskUclamps[i])
 			return false;
 	}
-	return are_levels(record->criticalTaskUclamps, used);
+	return true;
 }
 
-static bool is_single_shot_valid(const struct VELK_SINGLE_SHOT_PARAM *record, u32 tid)
-{
-	return (u32)record->tid == tid && !record->reserved146[0] && !record->reserved146[1] &&
-	       !record->reserved326[0] && !record->reserved326[1] &&
-	       are_levels(record->uclampLevels, ARRAY_SIZE(record->uclampLevels)) &&
-	       are_levels(record->rangeLevels1, ARRAY_SIZE(record->rangeLevels1)) &&
-	       are_levels(record->rangeLevels2, ARRAY_SIZE(record->rangeLevels2)) &&
-	       are_levels(record->rangeLevels3, ARRAY_SIZE(record->rangeLevels3)) &&
-	       record->percentLevel >= VELK_PERCENT_NONE_ACTIVE && record->percentLevel <= 100 &&
-	       record->isReset <= 1 && record->auxFlag <= 1 && record->passFlag <= 1 &&
-	       record->sharedFlag <= 1 && are_critical_tasks_valid(record);
-}
-
-static bool is_critical_start_valid(const struct VELK_CRITICAL_TASK_PARAM *record, u32 tid)
-{
-	return (u32)record->tid == tid && record->criticalValue >= 1 &&
-	       record->criticalValue <= VELK_MAX_UCLAMP;
-}
-
-static bool is_critical_end_valid(const struct VELK_CRITICAL_TASK_PARAM *record, u32 tid)
-{
-	return (u32)record->tid == tid && !record->criticalValue;
-}
-
+/* An end has no latency target. */
 static bool is_anchor_valid(const struct VELK_ANCHOR_PARAM *record)
 {
-	if (record->reserved4 || record->reserved12)
-		return false;
-	return record->phase == VELK_ANCHOR_START ||
-	       (record->phase == VELK_ANCHOR_END && !record->latencyTarget);
+	return record->phase == VELK_ANCHOR_START || !record->latencyTarget;
 }
 
-static bool is_valid(unsigned int request, const union velk_record *record, u32 tid)
+/* Whether the fields fit together, each of which is valid. */
+static bool fits_together(unsigned int request, const union velk_record *record)
 {
 	switch (request) {
-	case VELK_IOC_INIT:
-		return is_init_valid(&record->init);
-	case VELK_IOC_TASK_INIT:
-		return is_task_init_valid(&record->task_init);
-	case VELK_IOC_TASK_START:
-	case VELK_IOC_TASK_END:
-		return is_task_valid(&record->task, false, tid);
-	case VELK_IOC_SCENE_CHANGE:
-		return is_task_valid(&record->task, true, tid);
-	case VELK_IOC_UNINIT:
-		return !record->uninit.reserved0;
-	case VELK_IOC_VSYNC:
-		return !record->vsync.reserved0 && !record->vsync.reserved4;
-	case VELK_IOC_CAM_FPS:
-		return !record->cam_fps.reserved0;
 	case VELK_IOC_SINGLE_SHOT:
-		return is_single_shot_valid(&record->single_shot, tid);
-	case VELK_IOC_CRITICAL_START:
-		return is_critical_start_valid(&record->critical, tid);
-	case VELK_IOC_CRITICAL_END:
-		return is_critical_end_valid(&record->critical, tid);
+		return are_critical_tasks_valid(&record->single_shot);
 	case VELK_IOC_ANCHOR:
 		return is_anchor_valid(&record->anchor);
 	default:
-		return false;
+		return true;
 	}
 }
 
 /* 0 or -EINVAL. @tid is the calling thread. */
-int velk_check_record(unsigned int request, const union velk_record *record, u32 tid)
+int velk_check_record(const struct VELKCommandRow *command, const union velk_record *record,
+		      u32 tid)
 {
-	return is_valid(request, record, tid) ? 0 : -EINVAL;
+	size_t i;
+
+	for (i = 0; i < command->fieldCount; i++) {
+		if (!is_field_valid(&command->fields[i], record->bytes, tid))
+			return -EINVAL;
+	}
+	return fits_together(command->request, record) ? 0 : -EINVAL;
 }

@@ -249,11 +249,12 @@ static bool is_lockless(unsigned int request)
 }
 
 /* Judges and does a command of the calling thread. Returns 0 or a negative error number. */
-int velk_session_command(struct velk_process *process, unsigned int request,
+int velk_session_command(struct velk_process *process, const struct VELKCommandRow *command,
 			 const union velk_record *record)
 {
+	const unsigned int request = command->request;
 	struct velk_room room = { .dropped_tasks = RB_ROOT };
-	int result = velk_check_record(request, record, task_pid_vnr(current));
+	int result = velk_check_record(command, record, task_pid_vnr(current));
 
 	if (is_lockless(request)) {
 		if (!result && request == VELK_IOC_CAM_FPS)

@@ -6,13 +6,6 @@
 
 #include "velk.h"
 
-/* clang-format off */
-static const char *const command_names[VELK_COMMAND_COUNT] = {
-	"init", "taskInit", "taskStart", "taskEnd", "sceneChange", "uninit",
-	"vsync", "camFps", "singleShot", "criticalStart", "criticalEnd", "anchor",
-};
-/* clang-format on */
-
 static void show_counters(struct seq_file *file, struct velk_process *process)
 {
 	size_t i;
@@ -23,7 +16,7 @@ static void show_counters(struct seq_file *file, struct velk_process *process)
 
 		if (accepted || refused)
 			seq_printf(file, "  command %s accepted=%llu refused=%llu\n",
-				   command_names[i], accepted, refused);
+				   VELK_COMMAND_ROWS[i].name, accepted, refused);
 	}
 }
 

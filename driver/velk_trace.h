@@ -11,39 +11,31 @@
 
 #include "velk.h"
 
-#define velk_show_command(request) \
-	__print_symbolic(request, \
-			 { VELK_IOC_INIT, "init" }, \
-			 { VELK_IOC_TASK_INIT, "taskInit" }, \
-			 { VELK_IOC_TASK_START, "taskStart" }, \
-			 { VELK_IOC_TASK_END, "taskEnd" }, \
-			 { VELK_IOC_SCENE_CHANGE, "sceneChange" }, \
-			 { VELK_IOC_UNINIT, "uninit" }, \
-			 { VELK_IOC_VSYNC, "vsync" }, \
-			 { VELK_IOC_CAM_FPS, "camFps" }, \
-			 { VELK_IOC_SINGLE_SHOT, "singleShot" }, \
-			 { VELK_IOC_CRITICAL_START, "criticalStart" }, \
-			 { VELK_IOC_CRITICAL_END, "criticalEnd" }, \
-			 { VELK_IOC_ANCHOR, "anchor" })
-
-/* A command as it was answered. The id is that of the task or anchor, the rest is in the record. */
+/*
+ * A command as it was answered. The id is that of the task or anchor, the rest is in the record.
+ * @command is NULL when the request is of none.
+ */
 TRACE_EVENT(velk_command,
-	TP_PROTO(unsigned int request, u32 id, s32 value, int result),
-	TP_ARGS(request, id, value, result),
+	TP_PROTO(unsigned int request, const struct VELKCommandRow *command, u32 id, s32 value,
+		 int result),
+	TP_ARGS(request, command, id, value, result),
 	TP_STRUCT__entry(
-		__field(unsigned int, request)
+		__array(char, command, 32)
 		__field(u32, id)
 		__field(s32, value)
 		__field(int, result)
 	),
 	TP_fast_assign(
-		__entry->request = request;
+		if (command)
+			strscpy(__entry->command, command->name, sizeof(__entry->command));
+		else
+			snprintf(__entry->command, sizeof(__entry->command), "0x%x", request);
 		__entry->id = id;
 		__entry->value = value;
 		__entry->result = result;
 	),
-	TP_printk("command=%s id=%u value=%d result=%d", velk_show_command(__entry->request),
-		  __entry->id, __entry->value, __entry->result)
+	TP_printk("command=%s id=%u value=%d result=%d", __entry->command, __entry->id,
+		  __entry->value, __entry->result)
 );
 
 /* A thread's boost changed: what is wanted, and the util_min that it has now because of it. */

@@ -8,13 +8,13 @@ namespace {
 
 const char* elementName(VELKFieldType type) {
     switch (type) {
-        case VELKFieldType::Unsigned32:
+        case VELK_UNSIGNED32:
             return "u32";
-        case VELKFieldType::Signed32:
+        case VELK_SIGNED32:
             return "s32";
-        case VELKFieldType::Byte:
+        case VELK_BYTE:
             return "u8";
-        case VELKFieldType::Text:
+        case VELK_TEXT:
             break;
     }
     return "char";
@@ -45,13 +45,13 @@ std::string describeType(const VELKField& field) {
 
 std::string describeValues(const VELKField& field) {
     switch (field.type) {
-        case VELKFieldType::Unsigned32:
+        case VELK_UNSIGNED32:
             return describeRange<uint32_t>(field.smallest, field.largest);
-        case VELKFieldType::Signed32:
+        case VELK_SIGNED32:
             return describeRange<int32_t>(field.smallest, field.largest);
-        case VELKFieldType::Byte:
+        case VELK_BYTE:
             return describeRange<uint8_t>(field.smallest, field.largest);
-        case VELKFieldType::Text:
+        case VELK_TEXT:
             break;
     }
     return "up to " + std::to_string(field.largest) + " characters";

@@ -36,12 +36,12 @@ void describeField(const FieldValue& field, fmt::memory_buffer& out) {
 int64_t FieldValue::number(size_t index) const {
     const std::byte* place = mBytes + index * mField->elementSize;
     switch (mField->type) {
-        case VELKFieldType::Unsigned32:
+        case VELK_UNSIGNED32:
             return readAs<uint32_t>(place);
-        case VELKFieldType::Signed32:
+        case VELK_SIGNED32:
             return readAs<int32_t>(place);
-        case VELKFieldType::Byte:
-        case VELKFieldType::Text:
+        case VELK_BYTE:
+        case VELK_TEXT:
             break;
     }
     return readAs<uint8_t>(place);

@@ -21,7 +21,7 @@ class FieldValue {
     const VELKField& field() const { return *mField; }
     std::string_view name() const { return mField->name; }
     bool isReserved() const { return mField->isReserved; }
-    bool isText() const { return mField->type == VELKFieldType::Text; }
+    bool isText() const { return mField->type == VELK_TEXT; }
     bool isArray() const { return !isText() && mField->count > 1; }
 
     size_t size() const { return mField->count; }  // elements; of a text, its bytes

@@ -19,7 +19,7 @@ class SafeCopy {
     const void* get() const { return mRecord; }
 
   private:
-    alignas(8) std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> mBytes;
+    alignas(8) std::array<std::byte, VELK_LARGEST_RECORD> mBytes;
     const void* mRecord = nullptr;
 };
 

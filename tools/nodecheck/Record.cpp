@@ -48,19 +48,19 @@ const VELKField* findField(const VELKCommand& command, const char* name) {
 }
 
 size_t elementsOf(const VELKField& field) {
-    return field.type == VELKFieldType::Text ? 1 : field.count;
+    return field.type == VELK_TEXT ? 1 : field.count;
 }
 
 int64_t valueOf(const Record& record, const VELKField& field, size_t element) {
     const std::byte* const place = record.bytes.data() + field.offset + element * field.elementSize;
     switch (field.type) {
-        case VELKFieldType::Unsigned32:
+        case VELK_UNSIGNED32:
             return numberAt<uint32_t>(place);
-        case VELKFieldType::Signed32:
+        case VELK_SIGNED32:
             return numberAt<int32_t>(place);
-        case VELKFieldType::Byte:
+        case VELK_BYTE:
             return numberAt<uint8_t>(place);
-        case VELKFieldType::Text:
+        case VELK_TEXT:
             break;
     }
     return static_cast<int64_t>(strnlen(reinterpret_cast<const char*>(place), field.count));
@@ -69,13 +69,13 @@ int64_t valueOf(const Record& record, const VELKField& field, size_t element) {
 void setValue(Record& record, const VELKField& field, size_t element, int64_t value) {
     std::byte* const place = record.bytes.data() + field.offset + element * field.elementSize;
     switch (field.type) {
-        case VELKFieldType::Unsigned32:
+        case VELK_UNSIGNED32:
             return putNumber<uint32_t>(place, value);
-        case VELKFieldType::Signed32:
+        case VELK_SIGNED32:
             return putNumber<int32_t>(place, value);
-        case VELKFieldType::Byte:
+        case VELK_BYTE:
             return putNumber<uint8_t>(place, value);
-        case VELKFieldType::Text:
+        case VELK_TEXT:
             break;
     }
     std::memset(place, 0, field.count);
@@ -83,18 +83,18 @@ void setValue(Record& record, const VELKField& field, size_t element, int64_t va
 }
 
 int64_t smallestOfType(const VELKField& field) {
-    return field.type == VELKFieldType::Signed32 ? std::numeric_limits<int32_t>::min() : 0;
+    return field.type == VELK_SIGNED32 ? std::numeric_limits<int32_t>::min() : 0;
 }
 
 int64_t largestOfType(const VELKField& field) {
     switch (field.type) {
-        case VELKFieldType::Unsigned32:
+        case VELK_UNSIGNED32:
             return std::numeric_limits<uint32_t>::max();
-        case VELKFieldType::Signed32:
+        case VELK_SIGNED32:
             return std::numeric_limits<int32_t>::max();
-        case VELKFieldType::Byte:
+        case VELK_BYTE:
             return std::numeric_limits<uint8_t>::max();
-        case VELKFieldType::Text:
+        case VELK_TEXT:
             break;
     }
     return static_cast<int64_t>(field.count);
@@ -145,7 +145,7 @@ bool fitsTogether(const Record& record) {
 
 std::string describe(const VELKCommand& command, const VELKField& field, size_t element,
                      int64_t value) {
-    if (field.type == VELKFieldType::Text) {
+    if (field.type == VELK_TEXT) {
         return fmt::format("{} {} of {} characters", command.name, field.name, value);
     }
     const std::string place = field.count > 1 ? fmt::format("[{}]", element) : std::string();

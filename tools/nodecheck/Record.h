@@ -14,7 +14,7 @@ namespace nodecheck {
 
 struct Record {
     const VELKCommand* command = nullptr;
-    alignas(8) std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> bytes = {};
+    alignas(8) std::array<std::byte, VELK_LARGEST_RECORD> bytes = {};
 
     const void* data() const { return bytes.data(); }
 };

@@ -28,14 +28,14 @@ struct ReceivedCommand {
     int error = 0;
     std::string finding;
     std::optional<MergedControl> control;  // in force after it, of a command that can change it
-    alignas(8) std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> record = {};
+    alignas(8) std::array<std::byte, VELK_LARGEST_RECORD> record = {};
 };
 
 struct PlayedCall {
     const SessionCall* call = nullptr;
     std::string_view thread;
     int result = 0;
-    bool isFailureInjected = false;  // failed because the driver was told to refuse
+    bool isFailureInjected = false;  // failed because of an injected fault
     int64_t startNs = 0;             // of the session clock
     int64_t endNs = 0;
     std::span<const ReceivedCommand> commands;

@@ -63,7 +63,7 @@ int altered(int error) {
 }
 
 int command(uint32_t request, void* argument) {
-    std::array<std::byte, sizeof(VELK_SINGLE_SHOT_PARAM)> record = {};
+    std::array<std::byte, VELK_LARGEST_RECORD> record = {};
     const iovec to = {record.data(), std::min<size_t>(_IOC_SIZE(request), record.size())};
     const iovec from = {argument, to.iov_len};
     const bool isRead =

@@ -1,6 +1,7 @@
 /*
- * Prints every command of the control node: number, name, request and size, then the offset, type,
- * name and valid values of each field of its record.
+ * Prints what docs/wire-protocol.md tells about every command of the control node, as rows.awk
+ * prints it: number, name, request and size, then the offset, type, name and valid values of each
+ * field.
  */
 #include <cinttypes>
 #include <cstdio>
@@ -10,11 +11,13 @@
 
 int main() {
     for (const VELKCommand& command : VELK_COMMANDS) {
-        std::printf("%" PRIu32 " %s request 0x%08" PRIx32 " size %zu\n", command.number,
+        const uint32_t number = command.number;
+        std::printf("%" PRIu32 " | %" PRIu32 " | `%s` | 0x%08" PRIX32 " | %zu |\n", number, number,
                     command.name, command.request, command.recordSize);
         for (const VELKField& field : command.fields) {
-            std::printf("    %3zu %-8s %-19s %s\n", field.offset, desk::describeType(field).c_str(),
-                        field.name, desk::describeValues(field).c_str());
+            std::printf("%" PRIu32 " | %zu | %s | `%s` | %s |\n", number, field.offset,
+                        desk::describeType(field).c_str(), field.name,
+                        desk::describeValues(field).c_str());
         }
     }
 }

@@ -8,6 +8,7 @@
 
 #include "common/ExitStatus.h"
 #include "common/StandardStreams.h"
+#include "session/CallTable.h"
 
 namespace desk {
 
@@ -32,7 +33,7 @@ Examples:
 
 constexpr const char* kExitStatus = R"(
 Exit status:
-  0    every call succeeded, or failed as the driver was told to
+  0    every call succeeded, or failed because of an injected fault
   1    calls failed unexpectedly, the driver found fault with a command, or the kernel's driver
        answered otherwise than the model
   2    bad usage, a malformed session or tuning file, or a file that cannot be read or written
@@ -79,6 +80,9 @@ std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
                [&options](const std::string& text) { options.isOnKernelNode = parseNode(text); },
                "Who answers: the model, by default, or the kernel's node, with the model watching")
             ->type_name("model|real");
+    app.add_flag_callback(
+            "--calls", [] { throw CLI::CallForVersion(describeCalls(), 0); },
+            "Print the calls that a session can hold, with their members, and exit");
     addCommonOptions(app, options.common);
     app.get_option("--tuning")->required();
 
@@ -87,8 +91,8 @@ std::variant<Options, int> parseOptions(int argc, const char* const* argv) {
     }
     if (options.isOnKernelNode && app.count("--driver") > 0) {
         sayError("velk-replay",
-                 "--driver: a real node cannot be told to fail, expected no --node "
-                 "real beside it");
+                 "--driver: no fault can be injected into a real node, expected no "
+                 "--node real beside it");
         return kExitBadInput;
     }
     return options;

@@ -135,6 +135,7 @@ TEST_F(Replay, ItsUsageIsChecked) {
     for (const UsageCase& c : {
                  UsageCase{"--help", 0, ""},
                  {"--version", 0, ""},
+                 {"--calls", 0, ""},
                  {"", 2, "SESSION is required"},
                  {"-", 2, "--tuning is required"},
                  {"/nonexistent --tuning FOLDER", 2,

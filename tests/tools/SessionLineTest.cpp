@@ -1,5 +1,5 @@
 /*
- * Lines that are written, and the page that describes them.
+ * Lines that are written.
  */
 #include "session/SessionLine.h"
 
@@ -18,7 +18,7 @@
 namespace desk {
 namespace {
 
-std::string readPage(const std::string& path) {
+std::string readText(const std::string& path) {
     std::string text;
     EXPECT_TRUE(android::base::ReadFileToString(path, &text)) << path;
     return text;
@@ -35,7 +35,7 @@ SessionCall callOf(const std::string& line) {
 }
 
 TEST(SessionLine, IsWrittenAsTheSampleHasIt) {
-    std::istringstream sample(readPage(VELK_SAMPLES "/capture-5s.jsonl"));
+    std::istringstream sample(readText(VELK_SAMPLES "/capture-5s.jsonl"));
     LineReader reader;
     size_t lines = 0;
     for (std::string line; std::getline(sample, line); ++lines) {
@@ -103,59 +103,6 @@ TEST(SessionLine, HoldsTheClosestToWhatASessionCannotHold) {
                                     c.writtenThread, c.writtenFps));
         EXPECT_EQ(callOf(line).info->name, "notifyCamFps");
     }
-}
-
-std::string listNames(const ArgumentList& list, const char* separator) {
-    std::string names;
-    for (const size_t place : list) {
-        names += fmt::format("{}`{}`", names.empty() ? "" : separator, kArguments[place].name);
-    }
-    return names;
-}
-
-std::string describeMembers(const CallInfo& call) {
-    std::string text = listNames(call.required, ", ") + listNames(call.oneOf, " or ");
-    const std::string optional = listNames(call.optional, ", ");
-    text += text.empty() || optional.empty() ? "" : ", ";
-    return optional.empty() ? text : fmt::format("{}[{}]", text, optional);
-}
-
-struct TypeOf {
-    const ArgumentInfo& info;
-
-    template <std::integral Number>
-    std::string operator()(std::optional<Number> CallArguments::*) const {
-        return fmt::format("whole number, {} bits, {}signed", 8 * sizeof(Number),
-                           std::is_signed_v<Number> ? "" : "un");
-    }
-    std::string operator()(std::optional<bool> CallArguments::*) const { return "true or false"; }
-    std::string operator()(std::optional<float> CallArguments::*) const {
-        return "number in the range of a 32-bit float";
-    }
-    std::string operator()(std::optional<const void*> CallArguments::*) const {
-        return "text of `0x` and 1 to 16 hexadecimal digits: the value of the caller's key";
-    }
-    std::string operator()(std::optional<std::string> CallArguments::*) const {
-        return fmt::format("{} to {} printable characters", info.minLength, info.maxLength);
-    }
-    std::string operator()(std::unique_ptr<const VELKSingleShotControl> CallArguments::*) const {
-        return "object with any of the members of `VELKSingleShotControl`";
-    }
-};
-
-TEST(SessionPage, ListsEveryCallAndEveryMember) {
-    const std::string page = readPage(VELK_DOCS "/session-format.md");
-    std::string calls = "\n| `call` | Members |\n|---|---|\n";
-    for (const CallInfo& call : callTable()) {
-        const std::string members = describeMembers(call);
-        calls += fmt::format("| `{}` | {}{}|\n", call.name, members, members.empty() ? "" : " ");
-    }
-    EXPECT_NE(page.find(calls + "\n"), std::string::npos) << "expected in the page:" << calls;
-    std::string members = "\n| Member | Type |\n|---|---|\n";
-    for (const ArgumentInfo& info : kArguments) {
-        members += fmt::format("| `{}` | {} |\n", info.name, std::visit(TypeOf{info}, info.field));
-    }
-    EXPECT_NE(page.find(members + "\n"), std::string::npos) << "expected in the page:" << members;
 }
 
 }  // namespace

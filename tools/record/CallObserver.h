@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include "session/CallArguments.h"
+#include "session/CallTable.h"
 
 namespace desk {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "session/CallArguments.h"
+#include "session/CallTable.h"
 
 namespace desk {
 

@@ -10,16 +10,15 @@
  */
 #include <unistd.h>
 
-#include <bit>
 #include <cerrno>
 #include <functional>
 #include <utility>
 
 #include "Model.h"
-#include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
 #include "VELKMachineCus.h"
 #include "support/AllocationFaults.h"
+#include "support/Commands.h"
 #include "support/Node.h"
 #include "support/Recorder.h"
 
@@ -54,8 +53,9 @@ class Sequence {
     Sequence(const uint8_t* bytes, size_t size) : mNext(bytes), mEnd(bytes + size) {
         fake::recorder().enable(false);
         node().reset();
-        node().observer = [this](unsigned number, const void* record, int result) {
-            mModel.observe(number, record, result);
+        node().observer = [this](unsigned number, const void* record, size_t recordSize,
+                                 int result) {
+            mModel.observe(number, record, recordSize, result);
         };
         platform().reset();
         for (const auto property :
@@ -89,7 +89,8 @@ class Sequence {
         return values[byte() % values.size()];
     }
 
-    // Makes one call and has the model judge it.
+    // Makes one call and has the model judge it. The prediction is an operation of the model, or a
+    // function with the model as its first parameter.
     template <typename Prediction, typename Operation, typename... Arguments>
     void perform(Prediction prediction, Operation operation, Arguments... arguments) {
         const auto call = [&] { return fake::call([&] { return operation(arguments...); }); };
@@ -101,7 +102,8 @@ class Sequence {
             mModel.forgetEffects();
             result = call();
         }
-        const int expected = mIsModelSilent ? result : (mModel.*prediction)(arguments...);
+        const int expected =
+                mIsModelSilent ? result : std::invoke(prediction, mModel, arguments...);
         mModel.checkComplete(mIsModelSilent);
         if (result != expected || (result != 0 && result != -1) || platform().openSections != 0) {
             fail("result %d, expected %d; %d sections are open", result, expected,
@@ -149,8 +151,16 @@ class Sequence {
                                        : perform(&Model::anchorStart, notifyAnchorPointStartCus,
                                                  pick(kAnchors), ~0U - byte());
             default:
-                perform(&Model::vsync, VELKInfoNotifier::notifyVSync);
-                return perform(&Model::camFps, VELKInfoNotifier::notifyCamFps, readFloat());
+                makePlainCalls(readBits());
+        }
+    }
+
+    void makePlainCalls(uint32_t bits) {
+        for (const fake::PlainCall& plain : fake::kPlainCalls) {
+            Record record(plain.number);
+            const auto put = [&record](size_t offset, uint32_t word) { record.put(offset, word); };
+            perform([&record](Model& model) { return model.sendWhileUp(record); },
+                    [&] { return plain.make(bits, put); });
         }
     }
 
@@ -247,12 +257,12 @@ class Sequence {
         return reinterpret_cast<const void*>(key < 12 ? 0x55FD00 + 16 * key : ~key << 32);
     }
 
-    float readFloat() {
+    uint32_t readBits() {
         uint32_t bits = 0;
         for (int i = 0; i < 4; ++i) {
             bits = bits << 8 | byte();
         }
-        return std::bit_cast<float>(bits);
+        return bits;
     }
 
     void readLevels(std::vector<uint32_t>& levels) {

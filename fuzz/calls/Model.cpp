@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -19,10 +18,6 @@ using fake::TaskFigures;
 
 int32_t gThread = 0;
 
-namespace {
-constexpr std::array<size_t, 12> kSizes = {36, 40, 16, 16, 16, 4, 8, 8, 340, 8, 8, 28};
-}
-
 void fail(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
@@ -33,10 +28,10 @@ void fail(const char* format, ...) {
 
 // --- Comparing commands --------------------------------------------------------------------------
 
-void Model::observe(unsigned number, const void* record, int result) {
+void Model::observe(unsigned number, const void* record, size_t size, int result) {
     Effect& effect = mEffects.emplace_back(Effect{Record(number), result});
-    if (record != nullptr) {
-        std::memcpy(effect.record.bytes.data(), record, kSizes.at(number - 27));
+    if (size > 0) {
+        std::memcpy(effect.record.bytes.data(), record, size);
     }
 }
 
@@ -244,7 +239,7 @@ int Model::sceneChange(int task, VELKSceneChangeMode mode) {
     return -1;
 }
 
-// --- Anchors and frames --------------------------------------------------------------------------
+// --- Anchors -------------------------------------------------------------------------------------
 
 int Model::target(int anchor, size_t element) const {
     if (const int64_t isolated = platform().properties[fake::kLatencySpec + element];
@@ -275,13 +270,6 @@ int Model::anchor(int anchor, uint32_t serial, int phase) {
     record.put(20, phase == 1 ? target(anchor, 0) : 0);
     record.put(24, target(anchor, 1));
     return send(mFd, record);
-}
-
-int Model::camFps(float fps) {
-    Record record(34);
-    record.put(4,
-               std::isnan(fps) ? 0 : static_cast<uint32_t>(std::clamp<double>(fps, 0, 0xFFFFFFFF)));
-    return mUp ? send(mFd, record) : -1;
 }
 
 }  // namespace fuzz

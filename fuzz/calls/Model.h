@@ -54,11 +54,11 @@ class Model {
     int spanEnd(int task) { return span(37, task); }
     int anchorStart(int id, uint32_t serial) { return anchor(id, serial, 1); }
     int anchorEnd(int id, uint32_t serial) { return anchor(id, serial, 2); }
-    int vsync() { return mUp ? send(mFd, Record(33)) : -1; }
-    int camFps(float fps);
+    // Of an operation that only sends a record.
+    int sendWhileUp(const Record& record) { return mUp ? send(mFd, record) : -1; }
 
     // What the library did in a call: a command with the driver's answer, or an open of the node.
-    void observe(unsigned number, const void* record, int result);
+    void observe(unsigned number, const void* record, size_t size, int result);
     // Before a call is made again.
     void forgetEffects() { mEffects.clear(); }
     // Fails when the library did more than the model expected, unless that is not compared.

@@ -8,7 +8,7 @@ namespace {
 TEST_F(LibraryTest, ExampleSendsItsCommands) {
     platform().anchors[kScenario][1] = {4000, 50};
     std::vector<unsigned> sent;
-    node().observer = [&](unsigned what, const void* /*record*/, int /*result*/) {
+    node().observer = [&](unsigned what, const void* /*record*/, size_t /*size*/, int /*result*/) {
         sent.push_back(what);
     };
     call([] {

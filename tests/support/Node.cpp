@@ -95,7 +95,7 @@ int Node::onOpen(const char* path, int flags, unsigned mode) {
         }
     }
     if (isNode && observer) {
-        observer(kOpenNode, nullptr, fd);
+        observer(kOpenNode, nullptr, 0, fd);
     }
     if (recorder().isOn()) {
         const bool rewrites = flags == (O_RDWR | O_CREAT | O_TRUNC);
@@ -119,14 +119,14 @@ int Node::onIoctl(int fd, unsigned long request, const void* record) {
     }
     mCommands.fetch_add(1, kRelaxed);
     const auto result = static_cast<int>(injectedOr(number, 0));
+    const size_t size = (request >> 16) & 0x3FFF;
     if (observer) {
-        observer(number, record, result);
+        observer(number, record, size, result);
     }
     if (recorder().isOn()) {
         const std::string where = fd == kFirstDescriptor ? "" : '@' + std::to_string(fd);
         const std::string how = result == 0 ? "" : " = " + std::to_string(result);
-        const std::string what = describeRecord(number, static_cast<const uint8_t*>(record),
-                                                (request >> 16) & 0x3FFF);
+        const std::string what = describeRecord(number, static_cast<const uint8_t*>(record), size);
         recorder().record(Event{.kind = kNode,
                                 .text = "ioctl" + where + ' ' + std::to_string(number) + what + how,
                                 .request = static_cast<uint32_t>(request)});

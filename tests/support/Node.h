@@ -3,8 +3,7 @@
  * linker wraps the four). Every other path and descriptor goes to the C library.
  *
  * The node accepts everything until a fault is injected. It hands out the descriptors 100, 101, ...
- * and never one twice. A use after a close is a violation, as is a request that is none of the
- * twelve.
+ * and never one twice. A use after a close is a violation, as is a request of no command.
  */
 #pragma once
 
@@ -33,7 +32,7 @@ class Node {
     std::vector<int> openDescriptors() const;
     uint64_t commands() const { return mCommands; }
     // Sees every command with its answer and every open of the node, the latter without a record.
-    std::function<void(unsigned what, const void* record, int result)> observer;
+    std::function<void(unsigned what, const void* record, size_t size, int result)> observer;
 
     // Whether the call is the library's or the descriptor one of the node's.
     bool serves(int fd) const;

@@ -3,42 +3,14 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <sstream>
 #include <vector>
 
+#include "support/Commands.h"
+
 namespace fake {
 namespace {
-
-struct Record {
-    uint32_t request;
-    const char* fields;
-};
-
-// Offset, type, count and name of each field. The types are unsigned and signed words, thread ids,
-// bytes and characters.
-constexpr std::array<Record, 12> kRecords = {
-        {{0x4024671B,
-          "0u1 driverParam 4u3 clusterLevels 16u3 maxEfficientFreqs 28i1 tuningParam1 "
-          "32i1 tuningParam2"},
-         {0x4028671C,
-          "0u1 uniqueTaskId 8i1 defaultUclamp 12i1 targetTime 16i1 taskSpecValue 24b1 isVIPTask "
-          "25b1 extraFlag0 26b1 extraFlag1 27c10 taskName"},
-         {0x4010671D, "0t1 tid 4u1 uniqueTaskId"},
-         {0x4010671E, "0t1 tid 4u1 uniqueTaskId"},
-         {0x4010671F, "0t1 tid 4u1 uniqueTaskId 12u1 sceneChangeMode"},
-         {0x40046720, ""},
-         {0x40086721, ""},
-         {0x40086722, "4u1 fps"},
-         {0x41546723,
-          "0t1 tid 4u8 uclampLevels 36i1 percentLevel 40i1 requestValue 44i1 auxValue "
-          "48u8 rangeLevels1 80u8 rangeLevels2 112u8 rangeLevels3 144b1 isReset 145b1 auxFlag "
-          "148u20 criticalTaskIds 228u20 criticalTaskUclamps 308u4 limits 324b1 passFlag "
-          "325b1 sharedFlag 328i3 extraValues"},
-         {0x40086724, "0t1 tid 4i1 criticalValue"},
-         {0x40086725, "0t1 tid"},
-         {0x401C6726, "0i1 anchor 8i1 phase 16u1 serial 20i1 latencyTarget 24i1 jitterTarget"}}};
 
 std::string textOf(char type, const uint8_t* bytes) {
     uint32_t value = 0;
@@ -68,7 +40,7 @@ std::string textOf(char type, size_t count, const uint8_t* bytes) {
 
 bool isRequest(unsigned long request) {
     return std::any_of(kRecords.begin(), kRecords.end(),
-                       [&](const Record& record) { return record.request == request; });
+                       [&](const SpelledRecord& record) { return record.request == request; });
 }
 
 std::string describeRecord(unsigned command, const uint8_t* bytes, size_t size) {

@@ -1,6 +1,5 @@
 /*
- * The requests and their records as a transcript shows them. They are spelled out here once more,
- * so that a mistake in the library's own description of them shows.
+ * The records as a transcript shows them.
  */
 #pragma once
 
@@ -12,7 +11,7 @@ namespace fake {
 
 inline constexpr unsigned kFirstCommand = 27;
 
-// Whether this is the request of one of the twelve commands.
+// Whether this is the request of a command.
 bool isRequest(unsigned long request);
 
 // The fields that are not zero, " uniqueTaskId=1 taskName=SCALE": lists without the zeros at their

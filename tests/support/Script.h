@@ -39,8 +39,8 @@ void play(const Script& script);
 // The mark of a line and what follows: {">", "end", "1", "5"}.
 using Words = std::vector<std::string>;
 void carryOut(const Words& words);
-// How all calls and changes are written: "> end KEY TASK", "! missing own/customer", ...
-std::vector<std::string> usages();
+// How all changes are written: "! missing own/customer", ...
+std::vector<std::string> changeUsages();
 
 // The kinds of events that expectations compare.
 uint32_t& shownEvents();

@@ -3,13 +3,13 @@
 #include <future>
 #include <stdexcept>
 
+#include "support/Commands.h"
 #include "support/LibraryTest.h"
 #include "support/RecordText.h"
 #include "support/Script.h"
 #include "support/ScriptArguments.h"
 
 namespace fake {
-namespace {
 
 VELKSingleShotControl controlOf(const Arguments& a) {
     VELKSingleShotControl c;
@@ -32,11 +32,6 @@ VELKSingleShotControl controlOf(const Arguments& a) {
     return c;
 }
 
-constexpr const char* kControl =
-        "[category=N] [uclamp=N,...] [percent=N] [reset] [request=N] [aux=N] [release] [auxflag] "
-        "[range1=N,...] [range2=N,...] [range3=N,...] [critical=TASK:N,...] [limits=N,...] [pass] "
-        "[shared] [extra=N,...]";
-
 void callInit(const Arguments& a) {
     VELKInitParams params = kParams;
     a.set("driver", params.driverParam);
@@ -56,9 +51,11 @@ void callStart(const Arguments& a) {
     if (std::memcmp(&extra, &none, sizeof(extra)) == 0) {
         start(a.at<uintptr_t>(0), a.at(1));
     } else {
-        start(a.at<uintptr_t>(0), a.at(1), extra);
+        make(notifyTaskStartExtraCus, keyOf(a.at<uintptr_t>(0)), a.at(1), &extra);
     }
 }
+
+namespace {
 
 Source& sourceOf(const Arguments& a) {
     return platform().sources.at(a.choice(0));
@@ -79,10 +76,12 @@ void goDown(const Arguments& /*none*/) {
 
 void fail(const Arguments& a) {
     static constexpr std::array kErrors = {0, ENOENT, EACCES, EMFILE, EINTR, EINVAL, EIO};
-    const auto what = static_cast<unsigned>(a.choice(0));
-    const bool isCommand = what > kClose;
-    node().fail(isCommand ? what - kClose - 1 + kFirstCommand : what, kErrors.at(a.choice(1)),
-                a.at(2, kForever), a.at(3, -1));
+    const bool isCommand = std::isdigit(static_cast<unsigned char>(a.word(0)[0])) != 0;
+    const auto what = isCommand ? a.at<unsigned>(0) : static_cast<unsigned>(a.choice(0));
+    if (isCommand ? what - kFirstCommand >= kRecords.size() : what > kClose) {
+        throw Mistake("there is no command '" + a.word(0) + "'");
+    }
+    node().fail(what, kErrors.at(a.choice(1)), a.at(2, kForever), a.at(3, -1));
 }
 
 void setProperty(const Arguments& a) {
@@ -128,40 +127,14 @@ void show(const Arguments& a) {
     shownEvents() = shown;
 }
 
-struct Command {
-    std::string arguments;  // a pattern; see ScriptArguments.h
-    void (*run)(const Arguments&);
-};
-
-const std::map<std::string, Command>& commands() {
-    using Args = const Arguments&;
-    static const std::map<std::string, Command> table = {
-            {"> init", {"[driver=N] [freq] [p1=N] [p2=N] [extra]", callInit}},
-            {"> uninit", {"", [](Args) { uninit(); }}},
-            {"> start", {"KEY TASK [head=N] [flag0=N] [flag1=N]", callStart}},
-            {"> end", {"KEY TASK", [](Args a) { end(a.at<uintptr_t>(0), a.at(1)); }}},
-            {"> scene", {"TASK MODE", [](Args a) { sceneChange(a.at(0), a.at(1)); }}},
-            {"> control", {kControl, [](Args a) { control(controlOf(a)); }}},
-            {"> category", {"CATEGORY", [](Args a) { control(a.at(0)); }}},
-            {"> reset", {"[CATEGORY]", [](Args a) { a.count() == 0 ? reset() : reset(a.at(0)); }}},
-            {"> mark", {"[USER]", [](Args a) { a.count() == 0 ? mark() : mark(a.at(0)); }}},
-            {"> unmark", {"", [](Args) { unmark(); }}},
-            {"> spanStart", {"TASK", [](Args a) { spanStart(a.at(0)); }}},
-            {"> spanEnd", {"TASK", [](Args a) { spanEnd(a.at(0)); }}},
-            {"> anchorStart",
-             {"ANCHOR SERIAL", [](Args a) { anchorStart(a.at(0), a.at<unsigned>(1)); }}},
-            {"> anchorEnd",
-             {"ANCHOR SERIAL", [](Args a) { anchorEnd(a.at(0), a.at<unsigned>(1)); }}},
-            {"> vsync", {"", [](Args) { vsync(); }}},
-            {"> fps", {"FPS", [](Args a) { camFps(a.real(0)); }}},
-
+const std::map<std::string, SpelledCall>& changes() {
+    static const std::map<std::string, SpelledCall> table = {
             {"! show", {"usual/node/log/trace/result/platform/query/property/tags/lock...", show}},
             {"! forget", {"", [](Args) { recorder().take(); }}},
             {"! up", {"", goUp}},
             {"! down", {"", goDown}},
             {"! fail",
-             {"open/dump/close/27/28/29/30/31/32/33/34/35/36/37/38 "
-              "0/ENOENT/EACCES/EMFILE/EINTR/EINVAL/EIO [TIMES] [RESULT]",
+             {"open/dump/close/COMMAND 0/ENOENT/EACCES/EMFILE/EINTR/EINVAL/EIO [TIMES] [RESULT]",
               fail}},
             {"! handOut", {"DESCRIPTOR", [](Args a) { node().handOut(a.at(0)); }}},
             {"! set", {"forceoff/latencySpec/jitterSpec VALUE", setProperty}},
@@ -172,13 +145,22 @@ const std::map<std::string, Command>& commands() {
             {"! missing", {"own/customer", [](Args a) { sourceOf(a).isMissing = true; }}},
             {"! anchor", {"own/customer SCENARIO ANCHOR LATENCY JITTER", setAnchor}},
             {"! noAnchors", {"", [](Args) { platform().anchors = platform().custAnchors = {}; }}},
-            {"! setting", {std::string("CATEGORY SCENARIO ") + kControl, setSetting}},
+            {"! setting", {std::string("CATEGORY SCENARIO ") + kControlWords, setSetting}},
             {"! noSetting", {"CATEGORY", [](Args a) { platform().singleShots[a.at(0)].clear(); }}},
             {"! throw", {"", [](Args) { throw std::runtime_error("platform"); }}},
             {"! during", {"BEGINNING CHANGE...", changeDuring}},
             {"! locks", {"NAME...", [](Args a) { recorder().nameLocks(a.from(0)); }}},
     };
     return table;
+}
+
+const std::map<std::string, SpelledCall>& commands() {
+    static const std::map<std::string, SpelledCall> all = [] {
+        std::map<std::string, SpelledCall> table = spelledCalls();
+        table.insert(changes().begin(), changes().end());
+        return table;
+    }();
+    return all;
 }
 
 }  // namespace
@@ -189,7 +171,8 @@ void carryOut(const Words& words) {
     const auto command = commands().find(name);
     if (command == commands().end()) {
         throw Mistake("unknown '" + name +
-                      "', expected one that tests/transcripts/README.md lists");
+                      "', expected a call of tests/support/Commands.h or a change that "
+                      "tests/transcripts/README.md lists");
     }
     const auto& [arguments, run] = command->second;
     try {
@@ -200,9 +183,9 @@ void carryOut(const Words& words) {
     }
 }
 
-std::vector<std::string> usages() {
+std::vector<std::string> changeUsages() {
     std::vector<std::string> all;
-    for (const auto& [name, command] : commands()) {
+    for (const auto& [name, command] : changes()) {
         all.push_back(name + (command.arguments.empty() ? "" : ' ' + command.arguments));
     }
     return all;

@@ -192,9 +192,9 @@ TEST_F(Clamp, EndsWhenTheModuleIsUnloaded) {
     EXPECT_EQ(utilMin(mActor), 300U);
     ASSERT_EQ(system("rmmod velk"), 0);
     EXPECT_EQ(utilMin(mActor), 0U);
-    EXPECT_EQ(mActor.end(1), -ENOTTY);
+    EXPECT_EQ(mActor.end(1), ENOTTY);
     ASSERT_EQ(system("insmod /velk.ko"), 0);
-    EXPECT_EQ(mActor.end(1), -ENOTTY);
+    EXPECT_EQ(mActor.end(1), ENOTTY);
 }
 
 }  // namespace

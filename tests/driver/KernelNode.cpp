@@ -1,37 +1,13 @@
 #include "KernelNode.h"
 
-#include <fcntl.h>
-#include <fmt/format.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <fstream>
 #include <regex>
 #include <utility>
 
 namespace kernel {
-
-namespace {
-
-constexpr const char* kStatePath = "/proc/velk/state";
-
-}  // namespace
-
-NodeFile::NodeFile() : mDescriptor(open(VELK_NODE_PATH, O_RDONLY)) {
-    EXPECT_GE(mDescriptor, 0) << strerror(errno);
-}
-
-void NodeFile::close() {
-    if (mDescriptor >= 0) {
-        ::close(std::exchange(mDescriptor, -1));
-    }
-}
-
-int NodeFile::send(uint32_t request, const void* record) const {
-    return ioctl(mDescriptor, request, record) == 0 ? 0 : -errno;
-}
 
 Actor::Actor(const NodeFile& file) : mFile(file) {
     mThread = std::thread([this] {
@@ -105,17 +81,9 @@ int Actor::registerTask(uint32_t task, int32_t uclamp) {
 
 std::vector<std::string> stateLines(int pid) {
     static const std::regex times(" since_us=[0-9]+");
-    const std::string head = fmt::format("process {} ", pid != 0 ? pid : getpid());
-    std::vector<std::string> lines;
-    bool isWanted = false;
-    std::ifstream state(kStatePath);
-    for (std::string line; std::getline(state, line);) {
-        if (line.starts_with("process ")) {
-            isWanted = line.starts_with(head);
-        }
-        if (isWanted) {
-            lines.push_back(std::regex_replace(line, times, ""));
-        }
+    std::vector<std::string> lines = nodecheck::stateLines(pid != 0 ? pid : getpid());
+    for (std::string& line : lines) {
+        line = std::regex_replace(line, times, "");
     }
     return lines;
 }
@@ -126,7 +94,7 @@ bool stateHas(const std::string& line) {
 
 bool kernelHasClamps() {
     std::string head;
-    std::getline(std::ifstream(kStatePath), head);
+    std::getline(std::ifstream(nodecheck::kStatePath), head);
     return head.ends_with("clamps=1");
 }
 

@@ -13,27 +13,14 @@
 #include <vector>
 
 #include "foundation/CommandRecords.h"
+#include "nodecheck/Node.h"
 
 namespace kernel {
 
-// A file of the node. As the library's, it stays open in a program that a child starts.
-class NodeFile {
-  public:
-    NodeFile();
-    ~NodeFile() { close(); }
-    NodeFile(const NodeFile&) = delete;
-    NodeFile& operator=(const NodeFile&) = delete;
+using nodecheck::NodeFile;
 
-    void close();
-    int descriptor() const { return mDescriptor; }
-    // 0 or a negated errno.
-    int send(uint32_t request, const void* record) const;
-
-  private:
-    int mDescriptor;
-};
-
-// A thread that does what it is told, and sends records that bear its id.
+// A thread that runs the work it is given, and sends records with its id. The commands return 0 or
+// an errno.
 class Actor {
   public:
     explicit Actor(const NodeFile& file);

@@ -88,7 +88,7 @@ TEST(Model, AnswersAsTheDriverDoes) {
                 const uint32_t request = random.request();
                 const auto record = random.record(request, actor.tid());
                 ASSERT_EQ(file.send(request, record.data()),
-                          model.command(kModelFile, request, record.data(), actor.tid()))
+                          -model.command(kModelFile, request, record.data(), actor.tid()))
                         << "command " << i + k << ", request " << std::hex << request << ": "
                         << fmt::format("{:x}", fmt::join(record, " "));
             }

@@ -83,8 +83,8 @@ TEST(Process, HasNoPartInTheStateOfTheProcessThatOpenedItsFile) {
     const NodeFile file;
     const VELK_VSYNC_PARAM vsync = {};
     EXPECT_EQ(file.send(VELK_IOC_VSYNC, &vsync), 0);
-    EXPECT_EQ(exitStatusOf(forkChild([&] { return -file.send(VELK_IOC_VSYNC, &vsync); })), EPERM);
-    EXPECT_EQ(exitStatusOf(forkChild([&] { return -NodeFile().send(VELK_IOC_VSYNC, &vsync); })), 0);
+    EXPECT_EQ(exitStatusOf(forkChild([&] { return file.send(VELK_IOC_VSYNC, &vsync); })), EPERM);
+    EXPECT_EQ(exitStatusOf(forkChild([&] { return NodeFile().send(VELK_IOC_VSYNC, &vsync); })), 0);
 }
 
 TEST(Process, SpeaksForTheCallingThreadAlone) {
@@ -95,7 +95,7 @@ TEST(Process, SpeaksForTheCallingThreadAlone) {
     ASSERT_EQ(actor.registerTask(1, 300), 0);
     for (const uint32_t tid : {other.tid(), uint32_t{1}, uint32_t{0}, UINT32_MAX}) {
         const VELK_TASK_PARAM start = {tid, 1, 0, 0};
-        EXPECT_EQ(actor.send(VELK_IOC_TASK_START, &start), -EINVAL) << tid;
+        EXPECT_EQ(actor.send(VELK_IOC_TASK_START, &start), EINVAL) << tid;
     }
 }
 
@@ -129,10 +129,10 @@ TEST(Process, CannotMakeTheDriverKeepMoreThanItsLimits) {
             ASSERT_EQ(file.send(VELK_IOC_TASK_START, &start), 0);
         }
     });
-    EXPECT_EQ(actor.registerTask(32769, 300), -ENOSPC);
+    EXPECT_EQ(actor.registerTask(32769, 300), ENOSPC);
     EXPECT_EQ(actor.registerTask(7, 300), 0);
-    EXPECT_EQ(actor.start(4097), -ENOSPC);
-    EXPECT_EQ(actor.spanStart(300), -ENOSPC);
+    EXPECT_EQ(actor.start(4097), ENOSPC);
+    EXPECT_EQ(actor.spanStart(300), ENOSPC);
     EXPECT_EQ(actor.end(9), 0);
     EXPECT_EQ(actor.spanStart(300), 0);
 }
@@ -147,8 +147,8 @@ TEST(Node, RefusesPointersThatLeadNowhere) {
     void* const wild[] = {nullptr, gap, gap - 1, reinterpret_cast<void*>(0xFFFF888000000000),
                           reinterpret_cast<void*>(UINTPTR_MAX)};
     for (const void* pointer : wild) {
-        EXPECT_EQ(file.send(VELK_IOC_VSYNC, pointer), -EFAULT) << pointer;
-        EXPECT_EQ(file.send(VELK_IOC_SINGLE_SHOT, pointer), -EFAULT) << pointer;
+        EXPECT_EQ(file.send(VELK_IOC_VSYNC, pointer), EFAULT) << pointer;
+        EXPECT_EQ(file.send(VELK_IOC_SINGLE_SHOT, pointer), EFAULT) << pointer;
     }
     EXPECT_EQ(file.send(VELK_IOC_VSYNC, gap - sizeof(VELK_VSYNC_PARAM)), 0);
     munmap(pages, page);
@@ -163,7 +163,7 @@ TEST(Node, KnowsNoOtherRequests) {
           static_cast<uint32_t>(_IOW('g', 33, uint32_t)),
           static_cast<uint32_t>(_IOW('g', 26, VELK_INIT_PARAM)),
           static_cast<uint32_t>(_IOW('g', 39, VELK_ANCHOR_PARAM))}) {
-        EXPECT_EQ(file.send(request, record.data()), -ENOTTY) << std::hex << request;
+        EXPECT_EQ(file.send(request, record.data()), ENOTTY) << std::hex << request;
     }
 }
 

@@ -15,12 +15,6 @@
 
 namespace nodecheck {
 
-namespace {
-
-constexpr const char* kStatePath = "/proc/velk/state";
-
-}  // namespace
-
 NodeFile::NodeFile() : mDescriptor(open(VELK_NODE_PATH, O_RDONLY)) {
     mError = mDescriptor < 0 ? errno : 0;
 }

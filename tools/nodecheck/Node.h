@@ -11,7 +11,9 @@
 
 namespace nodecheck {
 
-// An open file of the node.
+inline constexpr const char* kStatePath = "/proc/velk/state";
+
+// An open file of the node. As the library's, it stays open in a program that a child starts.
 class NodeFile {
   public:
     NodeFile();

@@ -21,7 +21,7 @@ namespace desk {
  *     COMMAND=ERRNO[*TIMES]    the command is refused
  *     slow=[COMMAND:]DURATION  the command takes that much longer; without one, every command
  *
- * COMMAND is a number (27 to 38) or a name (taskInit) of the command table. ERRNO is the name of an
+ * COMMAND is a number (28) or a name (taskInit) of the command table. ERRNO is the name of an
  * errno (EINVAL). TIMES, 1 or more, is the number of refusals; without it every one is refused.
  * DURATION is a whole number and us, ms or s, at most 10s. No two items are about the same
  * thing, but a command may have another delay than all. An empty text asks for nothing.

@@ -50,8 +50,8 @@ TEST(InjectedFaultsText, SaysWhatIsWrongAndWhatWasExpected) {
                  BadText{"nonsense", "\"nonsense\": there is no =", "absent, open=ERRNO"},
                  BadText{"28=EINVAL,,29=EIO", "\"\": it is empty", "an item between two commas"},
                  BadText{"28=EINVAL,", "\"\": it is empty", "an item between two commas"},
-                 BadText{"26=EIO", "\"26\" is no command", "a number from 27 to 38"},
-                 BadText{"39=EIO", "\"39\" is no command", "one of init taskInit taskStart"},
+                 BadText{"26=EIO", "\"26\" is no command", "a number from 27 to "},
+                 BadText{"99=EIO", "\"99\" is no command", "one of init taskInit taskStart"},
                  BadText{"taskstart=EIO", "\"taskstart\" is no command", "taskStart"},
                  BadText{"28=EFOO", "\"EFOO\" is no errno", "a name such as EINVAL"},
                  BadText{"open=", "\"\" is no errno", "a name such as EINVAL"},
@@ -68,7 +68,7 @@ TEST(InjectedFaultsText, SaysWhatIsWrongAndWhatWasExpected) {
                  BadText{"28=EIO,taskInit=EIO", "\"taskInit=EIO\": an earlier item", "one item"},
                  BadText{"slow=28:1us,slow=1us", "\"slow=1us\": an earlier item", "one item"},
                  BadText{"slow=28:1us,slow=28:2us", "\"slow=28:2us\": an earlier", "one item"},
-                 BadText{"slow=x:1us", "\"x\" is no command", "a number from 27 to 38"},
+                 BadText{"slow=x:1us", "\"x\" is no command", "a number from 27 to "},
          }) {
         try {
             InjectedFaults::parse(bad.text);

@@ -15,7 +15,7 @@ namespace desk {
 
 const char* const kCommonOptionsHelp = R"(
 Rows that are printed (--filter), items with commas between them; items of one kind are alternatives:
-  command=NAME             this command (27 to 38, or a name such as taskStart, open, close)
+  command=NAME             this command (a number such as 29, or a name: taskStart, open, close)
   thread=NAME              this thread
   task=TASK                calls about this task, a number or the name that it registered with
   failures                 what was refused, and calls that returned -1
@@ -23,7 +23,7 @@ Rows that are printed (--filter), items with commas between them; items of one k
 Faults of the driver (--driver), items with commas between them:
   absent                   there is no control node
   open=ERRNO[*TIMES]       opening the node fails
-  COMMAND=ERRNO[*TIMES]    a command (27 to 38, or a name such as taskStart) is refused
+  COMMAND=ERRNO[*TIMES]    a command (a number such as 29, or a name: taskStart) is refused
   slow=[COMMAND:]DURATION  a command, or every one, takes that much longer (us, ms or s, up to 10s)
 )";
 

@@ -1,5 +1,5 @@
 /*
- * Tells the failures that a misbehaving driver was told to cause from all others.
+ * Tells which calls failed because of injected faults.
  */
 #pragma once
 
@@ -12,9 +12,9 @@
 namespace desk {
 
 /*
- * A call fails injected when the driver refused something of that very call because it was told to.
- * What follows from a refused opening of the node is injected too: nothing can be reached until the
- * node is open, and the library is down when it was `init` that could not open it.
+ * A call's failure is injected when an injected fault made the driver refuse one of its commands,
+ * and also when it follows from an injected failure to open the node: until the node is open every
+ * command fails, and when `init` could not open it the library is down.
  */
 class FailureJudge {
   public:

@@ -15,7 +15,7 @@ namespace desk {
 /*
  * Asked for by a text of items with commas between them:
  *
- *     command=NAME   rows of this command (27 to 38, or a name; open and close are commands too)
+ *     command=NAME   rows of this command (a number or a name; open and close are commands too)
  *     thread=NAME    rows of this thread
  *     task=TASK      rows of calls about this task (a number, or the name that it registered with)
  *     failures       rows of what was refused, and of calls that returned -1

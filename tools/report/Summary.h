@@ -24,8 +24,8 @@ struct Summary {
     SessionFigures figures;
     DriverSnapshot driver;
 
-    // What went wrong other than as the driver was told to: calls that failed, commands that it
-    // found fault with. Empty when nothing did.
+    // What went wrong without an injected fault: calls that failed, commands that the driver found
+    // fault with. Empty when nothing did.
     std::string unexpected() const;
     // What calls are numbered by.
     const char* unit() const { return ending ? "call" : "line"; }

@@ -46,13 +46,14 @@ TEST(RealNode, TellsEveryAnswerThatIsNotTheModels) {
     }
 }
 
-TEST(RealNode, HasToBeThereAndCannotBeToldToFail) {
+TEST(RealNode, HasToBeThereAndTakesNoInjectedFaults) {
     const NodeOutcome absent = runOnNode("", "", kTool);
     EXPECT_EQ(absent.status, 2);
     EXPECT_EQ(absent.output, "velk-replay: /proc/velk/velk_ioctl: No such file or directory\n");
     const NodeOutcome told = runOnNode("", "", std::string(kTool) + " --driver 28=EINVAL");
     EXPECT_EQ(told.status, 2);
-    EXPECT_NE(told.output.find("--driver: a real node cannot be told to fail"), std::string::npos);
+    EXPECT_NE(told.output.find("--driver: no fault can be injected into a real node"),
+              std::string::npos);
     EXPECT_EQ(runOnNode("", "", std::string(kTool) + " --node desk").status, 2);
 }
 

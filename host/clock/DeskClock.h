@@ -1,5 +1,5 @@
 /*
- * The time on the desk. A replay may put its own in place, so that driver, trace and log bear the
+ * The time on the desk. A replay can set a clock of its own, so that driver, trace and log have the
  * recorded time.
  */
 #pragma once

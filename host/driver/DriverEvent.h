@@ -19,7 +19,7 @@ enum class Verdict : uint8_t {
     Accepted,         // carried out
     Noted,            // carried out, although it is unusual
     InjectedRefusal,  // refused by an injected fault
-    Refused,          // refused because it is wrong
+    Refused,          // refused because the call is wrong
 };
 
 constexpr bool isRefusal(Verdict verdict) {
@@ -36,9 +36,9 @@ struct DriverEvent {
 
     // Of a command only.
     uint32_t request = 0;
-    const VELKCommand* command = nullptr;  // null when the request is none of the table
+    const VELKCommand* command = nullptr;  // null when no command has the request
     const void* record = nullptr;          // valid during the notification alone
-    size_t recordSize = 0;                 // 0 when the request is none of the table
+    size_t recordSize = 0;                 // 0 when no command has the request
 
     // What the active controls ask for after the command. Empty for a command that cannot change
     // them.

@@ -6,7 +6,7 @@
  * ENOTTY for an unknown request), or when it starts or ends a task whose registration never
  * arrived. A command that is only unusual after those before it is accepted and noted, because a
  * correct library may send it: two threads end one task, a notification arrives after an uninit.
- * What an injected refusal leads to is neither refused nor noted.
+ * The consequences of an injected refusal are neither refused nor noted.
  */
 #pragma once
 
@@ -28,10 +28,10 @@ class DriverModel {
     DriverModel(const DriverModel&) = delete;
     DriverModel& operator=(const DriverModel&) = delete;
 
-    // `descriptor` stands for the node from here on.
+    // `descriptor` refers to the node from now on.
     int open(int descriptor, uint32_t tid);
-    // `copy` stands for the same open file from here on. As in a kernel, observers and counters do
-    // not notice.
+    // `copy` refers to the same open file from now on. As in a kernel, this is neither observed nor
+    // counted.
     int duplicate(int descriptor, int copy);
     // `record` points to as many bytes as the request says.
     int command(int descriptor, uint32_t request, const void* record, uint32_t tid);
@@ -46,7 +46,8 @@ class DriverModel {
     // Forgets everything but the observer and the descriptors that are open.
     void reset();
 
-    // Around a fork. The child begins with the descriptors that are open, and with no observer.
+    // To be called around a fork. The child begins with the descriptors that are open, and with no
+    // observer.
     void prepareFork();
     void finishForkInParent();
     void finishForkInChild();

@@ -33,7 +33,7 @@ class DriverSession {
     struct Run {
         uint32_t tid = 0;
         bool isRunning = false;    // false: its start was refused
-        bool hasDiverged = false;  // an injected refusal: the sender takes it for done
+        bool hasDiverged = false;  // refused by an injected fault: the sender counts it as done
     };
     struct Task {
         TaskSnapshot snapshot;
@@ -66,7 +66,7 @@ class DriverSession {
     bool mIsSenderUp = false;  // the sender's view, which a refused init or uninit does not change
     std::unordered_map<uint32_t, Task> mTasks;
     std::unordered_map<uint32_t, Span> mSpans;
-    ControlLevels mClusterLevels = {};  // that hold without a control
+    ControlLevels mClusterLevels = {};  // in force without a control
     MergedControl mControl;
     MergedControl mControlAtUninit;
     uint64_t mRefusedRegistrations = 0;

@@ -1,5 +1,5 @@
 /*
- * What the driver model knows at one moment. An init command begins a new session: it clears the
+ * The state of the driver model at one moment. An init command begins a new session: it clears the
  * tasks, threads, spans and the control. An uninit ends the control and leaves the rest,
  * so that a report can show what was never ended.
  */
@@ -17,7 +17,7 @@
 namespace desk {
 
 struct TaskSnapshot {
-    VELK_TASK_INIT_PARAM registration = {};  // as last taken, else received
+    VELK_TASK_INIT_PARAM registration = {};  // the last accepted, else the last received
     bool isRegistered = false;               // false: every registration of it was refused
 };
 
@@ -55,8 +55,8 @@ struct DriverSnapshot {
     CallCounters opens;
     CallCounters closes;
     std::array<CallCounters, VELK_COMMANDS.size()> commands = {};  // by place in the command table
-    CallCounters otherRequests;          // requests that are none of the table
-    uint64_t refusedRegistrations = 0;   // every refused command 28
+    CallCounters otherRequests;                                    // requests of no command
+    uint64_t refusedRegistrations = 0;                             // every refused command 28
     uint64_t replayedRegistrations = 0;  // accepted ones of a task that was refused before
     std::vector<FindingCount> findings;  // by first appearance
 };

@@ -16,7 +16,7 @@ namespace {
 using std::string_view;
 using std::chrono::microseconds;
 
-// The commands that an item has slowed down, and in the last place whether one has slowed down all.
+// Which commands have a delay already; the last element: whether there is a delay for all of them.
 constexpr size_t kEveryCommand = VELK_COMMANDS.size();
 using Delayed = std::bitset<VELK_COMMANDS.size() + 1>;
 

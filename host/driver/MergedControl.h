@@ -19,7 +19,7 @@ namespace desk {
 using ControlLevels = std::array<uint32_t, std::size(VELK_SINGLE_SHOT_PARAM{}.uclampLevels)>;
 
 struct MergedControl {
-    ControlLevels uclampLevels = {};           // 0: not above the level that holds anyway
+    ControlLevels uclampLevels = {};           // 0: not above the level without a control
     int32_t percentLevel = 0;                  // 0: none, else 1..100
     std::optional<int32_t> requestValue;       // that was not released
     std::map<uint32_t, uint32_t> taskUclamps;  // by unique task id, those above the task's default
@@ -30,8 +30,8 @@ struct MergedControl {
     // True when no active control asks for anything.
     bool isEmpty() const { return *this == MergedControl(); }
 
-    // Takes over the values of a record, without its critical tasks. `levels` are the levels that
-    // hold without a control, 0 where unknown.
+    // Takes over the values of a record, without its critical tasks. `levels` are those in
+    // force without a control, 0 where unknown.
     void merge(const VELK_SINGLE_SHOT_PARAM& record, const ControlLevels& levels);
     // Takes over the uclamp of a critical task.
     void mergeTask(uint32_t uniqueTaskId, uint32_t uclamp, uint32_t defaultUclamp);

@@ -16,7 +16,7 @@ class OpenDescriptors {
     // Whether other descriptors share the open file of this one.
     bool isDuplicate(int number) const;
 
-    // Both expect a number that is not open. A duplicate of none is not added: false.
+    // Both expect a number that is not open. False when the original is not open.
     void add(int number);
     bool addDuplicate(int number, int copy);
     // False when it is not open.

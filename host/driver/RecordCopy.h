@@ -18,7 +18,7 @@ Record copyRecord(const void* bytes) {
     return record;
 }
 
-// Up to its end, also where a sender has left that out.
+// The text up to its zero, or the whole field when it has none.
 inline std::string_view taskNameOf(const VELK_TASK_INIT_PARAM& record) {
     return {record.taskName, strnlen(record.taskName, sizeof record.taskName)};
 }

@@ -12,7 +12,7 @@
 
 namespace desk {
 
-// A field of one record. It reads the record's bytes when asked, so the record must live on.
+// A field of one record. It reads the record's bytes when asked, so the record must outlive it.
 class FieldValue {
   public:
     FieldValue(const VELKField& field, const void* record)

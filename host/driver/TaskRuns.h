@@ -1,5 +1,5 @@
 /*
- * Which runs of a task its end ends.
+ * Which runs of a task a taskEnd ends.
  */
 #pragma once
 
@@ -10,9 +10,9 @@
 namespace desk {
 
 /*
- * An end ends the runs of its own thread. Where that thread has none, it ends those of all others,
- * because the library then counts the task as ended on all threads. `runs` are those of one task,
- * each with the `tid` of its thread. Calls `use(run)` for each that ends, and removes it.
+ * A taskEnd ends the runs of the thread that sends it; when it has none, those of all other
+ * threads, because the library then counts the task as ended on all threads. `runs` are those of
+ * one task, each with the `tid` of its thread. Calls `use(run)` for each that ends, and removes it.
  */
 template <typename Run, typename Use>
 void endRuns(std::vector<Run>& runs, uint32_t tid, Use&& use) {

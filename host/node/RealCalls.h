@@ -1,5 +1,5 @@
 /*
- * The calls of the C library that this library stands before, as the C library has them. A null
+ * The C library's own functions behind those that this library interposes. A null
  * pointer of a caller is handed on to the kernel, which answers it.
  */
 #pragma once

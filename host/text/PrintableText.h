@@ -17,13 +17,13 @@ std::string printableText(std::string_view text, char quote = '\0');
 // Whether printableText leaves the text as it is.
 bool isPrintable(std::string_view text);
 
-// The longest start of the text that has at most so many bytes and no part of a character.
+// The longest prefix of at most that many bytes that does not end within a character.
 std::string_view cutToBytes(std::string_view text, size_t bytes);
 
 // The columns that a terminal takes for a printable text.
 size_t displayWidth(std::string_view text);
 
-// The text itself where it fits into so many columns, else as much as fits with a mark of omission.
+// The text if it fits into that many columns, else as much as fits, with a mark of omission.
 std::string cutToWidth(std::string_view text, size_t columns);
 
 }  // namespace desk

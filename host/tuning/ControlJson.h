@@ -14,7 +14,7 @@ enum class ControlRule : uint8_t {
     Recorded  // whatever a caller can pass, also what the library will refuse
 };
 
-// False when there is a fault more.
+// False when a fault was added.
 bool readControl(const JsonValue& json, ControlRule rule, VELKSingleShotControl& control);
 
 }  // namespace desk

@@ -32,8 +32,8 @@ class JsonObject;
 // As many faults as somebody reads.
 inline constexpr size_t kMostFaults = 20;
 
-// A value, or the place where one is missing. Document and faults must live on. Reading adds faults
-// until there are `maxFaults`.
+// A value, or the place where one is missing. Document and faults must outlive it. Reading adds
+// faults until there are `maxFaults`.
 class JsonValue {
   public:
     // All of the document.
@@ -44,8 +44,8 @@ class JsonValue {
     // A fault with the value as what was found, or with "missing".
     void failAsFound(std::string expected) const;
 
-    // Each of these takes the value over when it is what it has to be. Otherwise there is a fault
-    // more, `value` stays as it is, and the result is false.
+    // Each of these takes the value over when it is what it has to be. Otherwise a fault
+    // is added, `value` stays as it is, and the result is false.
     bool read(bool& value) const;
     bool read(float& value) const;
     bool read(std::string& value, TextLength length) const;  // of printable characters

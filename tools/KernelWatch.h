@@ -1,5 +1,5 @@
 /*
- * A session on the kernel's node: what its driver answers otherwise than the model is told at once.
+ * A session on the kernel's node: reports at once what its driver answers otherwise than the model.
  */
 #pragma once
 
@@ -10,7 +10,7 @@
 
 namespace desk {
 
-// There is one in a process, and it is made before anything opens the node.
+// At most one per process, created before anything opens the node.
 class KernelWatch {
   public:
     // Throws std::runtime_error when the node cannot be opened.

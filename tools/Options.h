@@ -18,7 +18,8 @@ struct Options {
     CommonOptions common;
 };
 
-// Where the command line asks for an end, the exit status; what there is to say is said.
+// The exit status instead, when the tool is to end now: after --help, or after an error, which has
+// been printed.
 std::variant<Options, int> parseOptions(int argc, const char* const* argv);
 
 }  // namespace desk

@@ -1,6 +1,6 @@
 /*
- * The options that every tool has which runs calls of the library on the desk: what the desk is
- * like, and where what it sees goes.
+ * The options that all tools share which run calls of the library on the desk: tuning data,
+ * properties, faults, and outputs.
  */
 #pragma once
 
@@ -31,15 +31,15 @@ struct CommonOptions {
     InjectedFaults injectedFaults;
 };
 
-// Parsing with `app` writes into `options`, which has to live until then. What the options cannot
-// have fails as CLI::ParseError.
+// Parsing with `app` writes into `options`, which has to live until then. An invalid value
+// throws CLI::ParseError.
 void addCommonOptions(CLI::App& app, CommonOptions& options);
 
 // What --help says below the options, on those that are added here.
 extern const char* const kCommonOptionsHelp;
 
-// Parses the command line, and prints what was asked for or went wrong. The exit status where the
-// command line asks for an end, none where the tool is to go on.
+// Parses the command line, and prints help or an error. Returns the exit status when the tool is to
+// end now, and nothing when it is to go on.
 std::optional<int> parseCommandLine(CLI::App& app, int argc, const char* const* argv);
 
 }  // namespace desk

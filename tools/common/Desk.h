@@ -1,5 +1,5 @@
 /*
- * The desk as the command line wants it.
+ * Sets up the desk as the command line asks.
  */
 #pragma once
 

@@ -1,5 +1,5 @@
 /*
- * What the tools tell by their exit status.
+ * The exit statuses of the tools.
  */
 #pragma once
 

@@ -12,7 +12,7 @@
 
 namespace desk {
 
-// They are as at the desk's start before its making and after its end.
+// Before its construction and after its destruction the desk's defaults hold.
 class Logs {
   public:
     // Opens the files. Throws std::system_error.

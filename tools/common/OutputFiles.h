@@ -1,5 +1,5 @@
 /*
- * Keeps what a tool writes from what it reads.
+ * Refuses outputs that would overwrite an input or each other.
  */
 #pragma once
 

@@ -21,7 +21,7 @@
 
 namespace desk {
 
-// No failing write ends the run. What has failed is told at the end, by finish().
+// A failing write does not end the run: finish() reports it at the end.
 class Outputs {
   public:
     // Opens the files. `session` is what the session is called, `inputSize` what the progress is
@@ -31,7 +31,7 @@ class Outputs {
     Outputs(const Outputs&) = delete;
     Outputs& operator=(const Outputs&) = delete;
 
-    // Everybody who hears of the calls, in the order in which they have to.
+    // The listeners of the calls, in the order in which they are notified.
     std::vector<CallListener*> listeners();
     const SessionAnalysis& analysis() const { return mAnalysis; }
     const Logs& logs() const { return mLogs; }

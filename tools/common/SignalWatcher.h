@@ -15,7 +15,7 @@
 namespace desk {
 
 /*
- * Watches for SIGHUP, SIGINT and SIGTERM from its making to its end; one that the tool's parent has
+ * Watches for SIGHUP, SIGINT and SIGTERM while it exists; one that the tool's parent has
  * had ignored stays ignored. The first one calls `onSignal` on a thread of its own; the second ends
  * the process at once, with the exit status of that signal. To be made before any other thread,
  * because the threads made later inherit that these signals do not reach them.

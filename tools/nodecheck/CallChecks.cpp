@@ -69,7 +69,8 @@ void checkWildPointers(Trial& trial, const VELKCommand& command, const PageBefor
     }
 }
 
-// Anywhere that can be read will do: at odd addresses, up to the last byte of a page, read-only.
+// Every readable address has to be accepted: at odd addresses, up to the last byte of a page,
+// read-only.
 void checkReadablePlaces(Trial& trial, const Record& record, const PageBeforeGap& page) {
     const size_t size = record.command->recordSize;
     for (char* const place : {page.begin() + 1, page.gap() - size}) {

@@ -1,5 +1,5 @@
 /*
- * What was found out about a driver, for people and for programs.
+ * The findings about a driver, for people and for programs.
  */
 #pragma once
 

@@ -1,5 +1,5 @@
 /*
- * One check under way: sends records and holds the answers to what is documented.
+ * One check that is running: sends records and compares the answers with those documented.
  */
 #pragma once
 
@@ -73,7 +73,7 @@ class Trial {
     // A new session in which the task that the record names is registered.
     void prepareFor(const Record& record);
 
-    // What has to hold besides, and answers that others got.
+    // Other conditions, and answers that other processes got.
     void expect(bool isTrue, const std::string& failure);
     void expectAnswer(int answer, int expected, const std::string& what);
     // As mayTake.

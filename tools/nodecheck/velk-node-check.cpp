@@ -65,7 +65,7 @@ struct Options {
     bool isJson = false;
 };
 
-// The exit status instead of options where the command line asks for an end.
+// The exit status instead of options when the program is to end now.
 using Parsed = std::variant<Options, int>;
 
 int misused(const std::string& problem) {

@@ -18,8 +18,8 @@ namespace desk {
  */
 class FailureJudge {
   public:
-    // Takes in what the driver received during a call of that name. True when its failure would be
-    // injected.
+    // Takes note of what the driver received during a call of that name. True when the call, if it
+    // failed, failed because of an injected fault.
     bool isFailureInjected(std::string_view call, std::span<const ReceivedCommand> commands);
 
   private:

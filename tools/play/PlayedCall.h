@@ -44,7 +44,7 @@ struct PlayedCall {
     std::string_view problem;  // what the library said of it as a warning or an error, if anything
 };
 
-// Hears of every call once it has returned, on the thread that made it. Calls come one at a time.
+// Notified of every call after it has returned, on the thread that made it, one call at a time.
 class CallListener {
   public:
     virtual ~CallListener() = default;

@@ -170,7 +170,7 @@ const SessionCall* Player::nextCall() {
     }
     if (mIsStopping.load(std::memory_order_relaxed)) {
         mResult.isStopped = true;
-        mResult.error.reset();  // they lie behind calls that are not played
+        mResult.error.reset();  // they come after calls that are not played
         mResult.cutOff.reset();
         return nullptr;
     }

@@ -1,6 +1,6 @@
 /*
- * Plays a session through the library: one real thread for every thread of the session, and one
- * call after the other in the order of the file.
+ * Plays a session through the library: a real thread for every thread of the session, and the
+ * calls one at a time, in the order of the file.
  */
 #pragma once
 

@@ -1,6 +1,6 @@
 /*
- * What sees the calls that the program makes to the library. A library that is preloaded brings its
- * observer and links Interposer.cpp, which tells it of every call.
+ * The interface of what observes the calls that a program makes to the library. A preloaded library
+ * defines its observer and links Interposer.cpp, which notifies it of every call.
  */
 #pragma once
 
@@ -28,9 +28,9 @@ class ObservedCall {
 };
 
 /*
- * Told of each call from outside the library once; the calls that the library makes of its own
- * operations are part of it. All members run on the caller's thread, and several threads may be
- * inside at a time.
+ * Notified once of each call from outside the library; what the library calls of its own
+ * operations is part of that call. All members run on the caller's thread, and several threads may
+ * be inside at a time.
  */
 class CallObserver {
   public:

@@ -1,5 +1,5 @@
 /*
- * What the recorder has to say, at a place where the user of a program or a device finds it.
+ * Messages of the recorder.
  */
 #pragma once
 

@@ -1,5 +1,5 @@
 /*
- * One exported operation of the library, seen from a library that stands before it.
+ * One exported operation of the library, as a library that interposes it calls it.
  */
 #pragma once
 
@@ -11,7 +11,7 @@
 
 namespace desk {
 
-// The call that this thread is in, as far as the observer is concerned.
+// The observed call that this thread is in.
 struct CurrentCall {
     const ObservedCall* call = nullptr;
     bool hadCommand = false;

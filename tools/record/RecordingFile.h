@@ -13,7 +13,7 @@
 
 namespace desk {
 
-// Not for several threads at a time. Its destructor leaves the file as it is.
+// Not thread-safe. Its destructor leaves the file as it is.
 class RecordingFile {
   public:
     // Creates the file, or empties it. Throws std::system_error, also when another process records
@@ -35,7 +35,7 @@ class RecordingFile {
     void mapNext(size_t size);
     void unmap();
     // The program may close descriptors that are not its own, and the kernel gives out the number
-    // again: the file is told by its identity, and opened anew.
+    // again: the file is recognised by device and inode, and opened anew.
     int descriptor();
 
     std::string mPath;

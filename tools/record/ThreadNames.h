@@ -1,5 +1,5 @@
 /*
- * The names by which a recording knows the threads of a program. At any time no two threads have
+ * The names that the threads of a program have in its recording. At any time no two threads have
  * the same; the name of a thread that has ended is given out again.
  */
 #pragma once
@@ -11,7 +11,7 @@
 
 namespace desk {
 
-// Not for several threads at a time.
+// Not thread-safe.
 class ThreadNames {
   public:
     static constexpr size_t kNone = static_cast<size_t>(-1);

@@ -110,7 +110,7 @@ class ArgumentList {
     const uint8_t* end() const { return mPlaces.data() + mCount; }
 
   private:
-    // Not a constant, and so an error of the compiler, when there is no argument of that name.
+    // Does not compile when there is no argument of that name.
     static consteval uint8_t placeOf(std::string_view name) {
         uint8_t place = 0;
         while (kArguments.at(place).name != name) {

@@ -1,5 +1,5 @@
 /*
- * The bytes of a session file or of standard input. A read that waits can be called off.
+ * The bytes of a session file or of standard input. A read that waits can be cancelled.
  */
 #pragma once
 

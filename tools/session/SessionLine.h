@@ -1,6 +1,6 @@
 /*
- * Writes the lines of a session. Of the desk it needs the text of host/text alone, so that small
- * libraries can link it.
+ * Writes the lines of a session. It uses nothing of the desk but host/text, so that the recorder
+ * can link it.
  */
 #pragma once
 

@@ -15,8 +15,8 @@ bool isBlank(std::string_view line) {
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
 }
 
-// Zeros fill what a recorder had reserved and not used yet. One of them tells as much as all, so of
-// a text that ends in zeros only the first is kept.
+// A recording that was cut off ends in zeros, the space that the recorder had reserved. One zero is
+// enough to notice that, so only the first is kept.
 size_t sizeWithOneZero(std::string_view text) {
     const size_t end = text.find_last_not_of('\0');
     const size_t used = end == std::string_view::npos ? 0 : end + 1;

@@ -36,7 +36,7 @@ void checkCall(const SessionCall& call, const SessionCall& before, const std::st
             "out of order", line);
 }
 
-// The line is read as the call that it was written from when it is written from that in turn.
+// Writing the call that was read from the line gives the line again.
 void checkLine(const SessionCall& call, std::string_view thread) {
     std::string line;
     appendSessionLine(line, call.atUs, thread, call.info->name, call.arguments);

@@ -234,8 +234,8 @@ class Sequence {
         }
     }
 
-    // Takes every user back with no fault injected; nothing may be left then. Only a last uninit
-    // forgets an absent node, so the library goes up and down once more.
+    // Calls uninit for every user with no fault injected; nothing may be left then. Only a last
+    // uninit forgets an absent node, so the library goes up and down once more.
     void drain() {
         mFailingAllocation = 0;
         platform().set(fake::kForceOff, 0);

@@ -217,7 +217,7 @@ int Model::taskEnd(const void* key, int task) {
     }
     const Pair* const pair = find(key, task);
     if (pair == nullptr) {
-        ++mUp->nextId;  // spent on a pair that never started
+        ++mUp->nextId;  // used up by a pair that never started
         return -1;
     }
     for (Slot& slot : mUp->slots[task]) {

@@ -12,7 +12,7 @@ namespace kernel {
 namespace {
 
 constexpr int kCommands = 100000;
-constexpr int kStretch = 500;  // commands of one thread before the next has its turn
+constexpr int kStretch = 500;  // commands of one thread before the next thread's
 constexpr int kModelFile = 3;
 
 // As the lines of the state file. Starts and ends of tasks are the driver's own figures.

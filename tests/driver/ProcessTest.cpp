@@ -1,4 +1,4 @@
-// Whose state it is that a command changes, how long it lives, and what is refused to whom.
+// Which process's state a command changes, how long that lives, and who is refused what.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/ioctl.h>

@@ -1,5 +1,5 @@
 /*
- * Random commands, most of them as a sender means them.
+ * Random commands, most of them with the values that a sender uses.
  */
 #pragma once
 

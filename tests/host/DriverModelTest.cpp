@@ -20,7 +20,7 @@ struct ContentCase {
     uint32_t request;
     size_t offset;
     uint32_t word;
-    const char* fault;  // empty: is taken
+    const char* fault;  // empty: accepted
 };
 
 std::vector<uint32_t> validRecord(uint32_t request) {
@@ -181,7 +181,7 @@ constexpr HistoryCase kHistoryCases[] = {
          "ok\nok\nok\nnote: a critical span starts within another of its thread\nok\n"
          "note: end of a critical span that is not open\n"},
         {"", "init, control 3", "ok\nnote: the control names a task that was never registered\n"},
-        // What an injected refusal leads to is not noted.
+        // The consequences of an injected refusal are not noted.
         {"taskInit=EIO*2", "init, reg 1, start 1, reg 1, start 1 @2, reg 1, control 1",
          "ok\ninjected\nok\ninjected\nok\nok\nok\n"},
         {"taskStart=EIO*1", "init, reg 1, start 1, scene 1, end 1, start 1, end 1",

@@ -17,7 +17,7 @@ std::string levelLetter(const Event& event) {
     return {event.level < letters.size() ? letters[event.level] : '?', ':', ' '};
 }
 
-// The text of an error without its decoration, and the operation named there.
+// The text of an error without what the log adds, and the operation that is added.
 std::optional<std::pair<std::string, std::string>> undecorate(const Event& event) {
     const size_t parenthesis = event.text.rfind(" (");
     const size_t brace = event.text.rfind("){#");

@@ -1,10 +1,13 @@
 /*
  * Preloaded into a program, makes one of its calls of the C library fail, or sends it a signal just
- * ahead of one. The environment says which:
+ * before one. The environment says which:
  *
- *     VELK_FAULT       KIND NUMBER ERRNO: that call of a kind, counted from 1, fails with this
- * errno KIND NUMBER -SIGNAL: it is made, behind a signal to the process The kind is the name of a
- * function below, or any for all of them VELK_FAULT_MARK  a file that is made when it happens
+ *     VELK_FAULT="KIND NUMBER ERRNO"     the call with this number among those of the kind, counted
+ *                                        from 1, fails with this errno
+ *     VELK_FAULT="KIND NUMBER -SIGNAL"   that call is made after a signal to the process
+ *     VELK_FAULT_MARK                    a file that is made when it happens
+ *
+ * The kind is the name of a function below, or "any" for all of them.
  */
 #include <dlfcn.h>
 #include <fcntl.h>

@@ -269,7 +269,7 @@ TEST_P(Sweep, AnOutputThatIsAnInputIsRefused) {
         const SweepOutcome outcome =
                 mTool.run(GetParam().arguments, {{stream, {kSession, O_WRONLY | O_APPEND}}});
         EXPECT_EQ(outcome.status, 2);
-        // Standard error is where it has to be said.
+        // The message belongs to standard error.
         EXPECT_EQ(mTool.changedInputs(), stream == STDERR_FILENO ? Words{kSession} : Words());
         mTool.restoreInputs();
     }

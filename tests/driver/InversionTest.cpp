@@ -79,7 +79,7 @@ TEST_F(InversionTest, UrgentThreadWaitsForTheDriverAlone) {
         keepBusy(kBusyAtMost, [&] { return isUrgentDone.load(); });
         hasBusyEnded = !isUrgentDone;
     });
-    node().observer = [&](unsigned, const void*, int) {
+    node().observer = [&](unsigned, const void*, size_t, int) {
         if (!isInDriver.exchange(true)) {
             urgent.letGo();  // runs until it waits for this thread
             busy.letGo();

@@ -58,11 +58,11 @@ def longest_runs():
 def many_controls():
     """More controls, levels and frame rates than are listed."""
     yield {"at_us": 0, "thread": "a", **INIT}
-    for at in range(1, 1101):
-        control = {"uclampLevels": [1024 - at % 300], "criticalTaskUclamps": [[5, at % 1000]]}
+    for at in range(2, 2202, 2):
+        control = {"uclampLevels": [1024 - at % 600], "criticalTaskUclamps": [[5, at % 1000]]}
         yield {"at_us": at, "thread": "a", "call": "notifySingleShotControl", "control": control}
         yield {"at_us": at, "thread": "a", "call": "notifyCamFps", "fps": at}
-        if at < 400:
+        if at < 800:
             yield {"at_us": at + 1, "thread": "a", "call": "notifyResetSingleShotControl"}
 
 

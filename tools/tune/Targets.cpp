@@ -153,6 +153,7 @@ std::vector<Suggestion> suggestTargets(const TuningDraft& complete, const RunTim
         gather(complete, useCase, Subject::Kind::Jitter, ofUseCase.jitter, subjects);
     }
     std::vector<Subject> ordered;
+    ordered.reserve(subjects.size());
     for (auto& [place, subject] : subjects) {
         ordered.push_back(std::move(subject));
     }

@@ -53,7 +53,9 @@ bool isPlain(std::string_view text) {
 
 void appendText(std::string& text, std::string_view value, size_t maxLength) {
     if (value.size() <= maxLength && isPlain(value)) {
-        text.append("\"").append(value).append("\"");
+        text += '"';
+        text.append(value);
+        text += '"';
         return;
     }
     const std::string changed = isPrintable(value) ? std::string() : printableText(value);
@@ -139,7 +141,7 @@ void appendSessionLine(std::string& text, int64_t atUs, std::string_view thread,
                        std::string_view call, const CallArguments& arguments) {
     text += "{\"at_us\": ";
     append(text, atUs);
-    appendKey(text, "thread");
+    text += ", \"thread\": ";
     appendText(text, thread.empty() ? "?" : thread, kMaxNameLength);
     text.append(", \"call\": \"").append(call).append("\"");
     appendArguments(text, arguments, [&text](std::string_view name) { appendKey(text, name); });

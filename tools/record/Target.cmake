@@ -1,0 +1,17 @@
+# Preloaded into a program, it records a session. It needs nothing of the desk, and its copies of
+# what it shares with the tools stay its own. Its cost is measured without the desk.
+set(VELK_TOOLS ${PROJECT_SOURCE_DIR}/tools)
+add_library(velkrecord SHARED
+    ${VELK_TOOLS}/record/Interposer.cpp
+    ${VELK_TOOLS}/record/Messages.cpp
+    ${VELK_TOOLS}/record/Recorder.cpp
+    ${VELK_TOOLS}/record/RecordingFile.cpp
+    ${VELK_TOOLS}/record/ThreadNames.cpp
+    ${VELK_TOOLS}/session/SessionLine.cpp
+    ${PROJECT_SOURCE_DIR}/host/text/PrintableText.cpp)
+target_include_directories(velkrecord PRIVATE
+    ${VELK_TOOLS} ${PROJECT_SOURCE_DIR}/host ${PROJECT_SOURCE_DIR}/include
+    ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(velkrecord PRIVATE fmt::fmt-header-only ${CMAKE_DL_LIBS} Threads::Threads)
+set_target_properties(velkrecord PROPERTIES
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)

@@ -3,8 +3,10 @@
  */
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -170,6 +172,27 @@ TEST_F(Record, ThatCannotGoOnLetsTheProgramGoOn) {
         EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
     }
     EXPECT_GT(readRecording(path("r")).lines.size(), 500U);
+}
+
+TEST_F(Record, OnAFullDiskLetsTheProgramGoOn) {
+    const std::string disk = path("disk");
+    std::filesystem::create_directory(disk);
+    const auto withDisk = [&disk](const std::string& command) {
+        return std::string("unshare --mount ") + (geteuid() != 0 ? "--user --map-root-user " : "") +
+               "sh -c 'mount -t tmpfs -o size=256k none " + disk + " && " + command + "'";
+    };
+    if (run("", withDisk("true")) != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    EXPECT_EQ(run("", withDisk("LD_PRELOAD=" VELK_RECORDER " VELK_RECORD=" + disk + "/r " +
+                               VELK_PROGRAM " anchors && cp " + disk + "/r " + path("r"))),
+              0);
+    const std::string said = readFile(path("stderr"));
+    EXPECT_NE(said.find("No space left on device"), std::string::npos) << said;
+    EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
+    const Recording recording = readRecording(path("r"));
+    EXPECT_EQ(recording.error, std::nullopt);
+    EXPECT_GT(recording.lines.size(), 1000U);
 }
 
 TEST_F(Record, ThatIsNotAskedForWritesNothing) {

@@ -94,7 +94,9 @@ void commandPastTheLibrary() {
 
 int main(int, char** argv) {
     const std::string_view what = argv[1];
-    if (what == "killed") {
+    if (what == "anchors") {
+        passAnchors();
+    } else if (what == "killed") {
         killSelf();
     } else if (what == "fork") {
         forkChild();

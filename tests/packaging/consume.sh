@@ -57,6 +57,7 @@ quietly cmake -S "$work/examples" -B "$work/examples/build" -DCMAKE_PREFIX_PATH=
 quietly cmake --build "$work/examples/build"
 for program in "$work"/examples/{,build/}{camera-service,customer-module}; do
     [[ $("$program" 2>&1) == *velk-run* ]] || fail "$program does not say what it lacks"
+    quietly env -i "$work/installed/bin/velk-run" --quiet -- "$program"
 done
 
 quietly env -i "$work/installed/bin/velk-replay" "$samples/capture-5s.jsonl" \
@@ -97,6 +98,7 @@ velk-replay -q --speed |max
 velk-replay --tuning sha|share
 velk-replay sh|share
 velk-node-check --st|--strict
+velk-run -- velk-tun|velk-tuning
 velk-tuning |check compare suggest
 velk-tuning check --s|--strict
 END

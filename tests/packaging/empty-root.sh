@@ -60,7 +60,8 @@ use_tools() {
     inside velk-tuning check "$samples/tuning" "$samples/capture-5s.jsonl"
 }
 
-# Builds the examples against the package from outside, where the compiler is, and starts them.
+# Builds the examples against the package from outside, where the compiler is; runs, records and
+# replays them.
 use_examples() {
     local status program
     rm -rf "$work/examples"
@@ -75,7 +76,9 @@ use_examples() {
         inside "/tmp/$program" >"$work/said" 2>&1 || status=$?
         [[ $status -eq 1 && $(<"$work/said") == *velk-run* ]] ||
             fail "$program ended with $status: $(<"$work/said")"
+        inside velk-run --quiet --record "/tmp/$program.jsonl" -- "/tmp/$program" >"$work/said"
     done
+    inside velk-replay /tmp/camera-service.jsonl --tuning "$samples/tuning" --quiet >"$work/replay"
     rm "$root"/tmp/*
 }
 

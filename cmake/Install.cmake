@@ -70,7 +70,8 @@ if(VELK_DESK)
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velkdesk COMPONENT desk
             FILES_MATCHING PATTERN "*.h"
             REGEX "/tuning/[^/]*Json[^/]*$|/(DriverSession|OpenDescriptors|RecordCopy|TaskRuns)\\.h$" EXCLUDE)
-    install(FILES ${PROJECT_SOURCE_DIR}/src/foundation/CommandRecords.h
+    install(FILES ${PROJECT_SOURCE_DIR}/src/foundation/CommandField.h
+                  ${PROJECT_SOURCE_DIR}/src/foundation/CommandRecords.h
                   ${PROJECT_SOURCE_DIR}/src/foundation/CommandTable.h
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velkdesk/foundation COMPONENT desk)
     velk_install_pkg_config(velkdesk)

@@ -63,6 +63,7 @@ int main(int, char** argv) {
     return what == "cycles"   ? useItThreeTimes()
            : what == "crash"  ? crash()
            : what == "wait"   ? waitForEnd()
+           : what == "up"     ? init()
            : what == "daemon" ? becomeDaemon()
                               : what == "failing"
                    ? VELKMachine::notifyTaskEnd(nullptr, 2),

@@ -108,6 +108,7 @@ const ProgramCase kPrograms[] = {
          nullptr},
         {"refused", VELK_PROGRAM " cycles", 12, 12, 1, "exited with 12", nullptr,
          "--driver open=EACCES"},
+        {"leftUp", VELK_PROGRAM " up", 0, 1, 1, "exited with 0", nullptr},
         {"absentLibrary", "true", 0, 0, 0, "exited with 0", "true made no call to the library"},
         {"libraryWithin", VELK_PROGRAM_WITH_LIBRARY " cycles", 0, 0, 0, "exited with 0",
          "links the library statically"},

@@ -60,7 +60,11 @@ void LiveSession::tell(LiveCall& live) {
         commands.push_back(std::move(command.received));
     }
     if (live.line.empty()) {
-        mForeignCommands += commands.size();
+        // The library closes the node as the process ends, and a program may close it by accident.
+        const auto isSent = [](const ReceivedCommand& received) {
+            return received.call == DriverCall::Command;
+        };
+        mForeignCommands += static_cast<uint64_t>(std::ranges::count_if(commands, isSent));
         return;
     }
     SessionCall call;

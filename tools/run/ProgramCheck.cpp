@@ -37,17 +37,22 @@ std::string findProgram(const std::string& name) {
     return "";
 }
 
-// A set-user-id program, or one with capabilities: the loader ignores LD_PRELOAD.
-bool gainsRights(const std::string& file) {
+// Why the loader ignores LD_PRELOAD for a set-user-id program, or one with capabilities; empty when
+// it does not.
+std::string gainOfRights(const std::string& file) {
     struct stat status = {};
     if (stat(file.c_str(), &status) != 0) {
-        return false;
+        return "";
     }
     const bool isOtherUser = (status.st_mode & S_ISUID) != 0 && status.st_uid != geteuid();
     const bool isOtherGroup = (status.st_mode & S_ISGID) != 0 && status.st_gid != getegid();
     const bool hasCapabilities =
             geteuid() != 0 && getxattr(file.c_str(), "security.capability", nullptr, 0) > 0;
-    return isOtherUser || isOtherGroup || hasCapabilities;
+    constexpr const char* kWhy = "so that nothing can be preloaded into it; run velk-run as";
+    return isOtherUser || isOtherGroup
+                   ? fmt::format("runs with the rights of another user, {} that user", kWhy)
+           : hasCapabilities ? fmt::format("has file capabilities, {} root", kWhy)
+                             : "";
 }
 
 bool readAt(const unique_fd& file, void* place, size_t size, off64_t offset) {
@@ -77,11 +82,8 @@ bool hasLoader(const unique_fd& file, const ElfW(Ehdr) & head) {
 
 void refuseUnseen(const std::string& program) {
     const std::string file = findProgram(program);
-    if (gainsRights(file)) {
-        throw ProgramError(kExitToolFailed,
-                           fmt::format("{}: runs with the rights of another user, so that nothing "
-                                       "can be preloaded into it; run velk-run as that user",
-                                       program));
+    if (const std::string gain = gainOfRights(file); !gain.empty()) {
+        throw ProgramError(kExitToolFailed, fmt::format("{}: {}", program, gain));
     }
     ElfW(Ehdr) head = {};
     ElfW(Ehdr) own = {};

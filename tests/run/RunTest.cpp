@@ -120,6 +120,9 @@ TEST_F(Run, LeavesOtherProcessesAlone) {
     EXPECT_EQ(run("", VELK_RECORDED_PROGRAM " fork"), 0);
     EXPECT_EQ(summary()["calls"], 1);
     EXPECT_NE(err().find("uses the library too and is left alone"), std::string::npos) << err();
+    EXPECT_EQ(run("--record " + path("r"), "sh -c '" VELK_PROGRAM " cycles; " VELK_PROGRAM " up'"),
+              0);
+    EXPECT_EQ(std::ranges::count(readFile(path("r")), '\n'), 12);
     EXPECT_EQ(run("", VELK_PROGRAM " daemon"), 0);
     EXPECT_EQ(summary()["calls"], 2);
     EXPECT_NE(err().find("is followed to its end"), std::string::npos) << err();
@@ -147,6 +150,11 @@ TEST_F(Run, RefusesWhatItCannotSeeOrDo) {
                  {"--tuning " + path("") + " -- true", 125, "platform.json: "},
                  {"--log " VELK_STATIC_PROGRAM " -- " VELK_STATIC_PROGRAM, 125, "linked"},
                  {"--record " + path("r") + " --log " + path("r") + " -- true", 125, "same file"},
+                 {"--record /dev/full -- true", 125, "not a regular file"},
+                 {"--record " + path("no/r") + " -- true", 125, "No such file or directory"},
+                 {"--record " + path("r") +
+                          " -- env VELK_RECORD_ORDER=some " VELK_PROGRAM " cycles",
+                  125, "holds 0 of 12 calls"},
                  {"--output /dev/full -- " VELK_PROGRAM " cycles", 125, "No space left on device"},
                  {"--output /dev/full -- " VELK_PROGRAM " failing", 7, "No space left on device"},
          }) {

@@ -15,11 +15,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "record/CallObserver.h"
@@ -42,7 +44,8 @@ constinit thread_local size_t threadName = ThreadNames::kNone;
 
 class Recorder final : public CallObserver {
   public:
-    Recorder(std::string path, bool isExact) : mPath(std::move(path)), mIsExact(isExact) {
+    Recorder(std::string path, bool isExact, bool isFirstKept)
+        : mPath(std::move(path)), mIsExact(isExact), mIsFirstKept(isFirstKept) {
         pthread_key_create(&mThreadEnd, [](void* recorder) {
             static_cast<Recorder*>(recorder)->forgetThread();
         });
@@ -122,9 +125,19 @@ class Recorder final : public CallObserver {
         }
     }
 
+    bool hasOthersCalls() const {
+        std::error_code none;
+        const auto size = std::filesystem::file_size(mPath, none);
+        return !none && size > 0;
+    }
+
     void append(const ObservedCall& call) {
         const auto now = steady_clock::now();
         if (!mFile) {
+            if (mIsFirstKept && hasOthersCalls()) {
+                mIsOn.store(false);
+                return;
+            }
             mFile.emplace(mPath);
             mStart = now;
         }
@@ -161,6 +174,7 @@ class Recorder final : public CallObserver {
 
     const std::string mPath;
     const bool mIsExact;
+    const bool mIsFirstKept;  // of several processes, the recording of the first
     std::atomic<bool> mIsOn = true;
     std::atomic<bool> mForeignCommandSaid = false;
     std::atomic<bool> mMissingOperationSaid = false;
@@ -188,7 +202,8 @@ Recorder* makeRecorder() noexcept {
             "\", expected \"exact\" or nothing; nothing is recorded");
         return nullptr;
     }
-    return std::make_unique<Recorder>(path, orderText == "exact").release();
+    const bool isFirstKept = std::getenv("VELK_RECORD_KEEP") != nullptr;
+    return std::make_unique<Recorder>(path, orderText == "exact", isFirstKept).release();
 }
 
 std::atomic<Recorder*> madeRecorder = nullptr;

@@ -18,6 +18,7 @@
 #include "run/LiveServer.h"
 #include "run/LiveSession.h"
 #include "run/Program.h"
+#include "run/Recording.h"
 #include "run/SignalPassing.h"
 
 namespace desk {
@@ -67,6 +68,7 @@ Start startOf(const RunOptions& options, const std::string& socketName) {
         start.libraries.push_back(deskLibrary("libvelkrecord.so"));
         start.variables.push_back("VELK_RECORD=" +
                                   std::filesystem::absolute(*options.recording).string());
+        start.variables.emplace_back("VELK_RECORD_KEEP=1");
     }
     start.libraries.push_back(deskLibrary("libvelklive.so"));
     start.libraries.push_back(deskLibrary("libvelknode.so"));
@@ -183,6 +185,19 @@ void sayWhatIsMissing(const std::string& program, const LiveSession& session) {
     }
 }
 
+// Whether every call that was seen is in the recording too.
+bool isRecordingWhole(const RunOptions& options, const LiveSession& session) {
+    if (!options.recording || session.calls() == 0) {
+        return true;
+    }
+    const uint64_t recorded = recordedCalls(*options.recording);
+    if (recorded < session.calls()) {
+        sayError(kProgram, fmt::format("{}: holds {} of {}", *options.recording, recorded,
+                                       countOf(session.calls(), "call")));
+    }
+    return recorded >= session.calls();
+}
+
 bool follow(LiveRun& live) {
     try {
         live.follow();
@@ -206,6 +221,9 @@ int run(const RunOptions& given) {
     }
     refuseToOverwriteInputs(options);
     setUpDesk(kProgram, options.common);
+    if (options.recording) {
+        emptyRecording(*options.recording);
+    }
     Outputs outputs(options.common, options.program.front(), std::nullopt);
     LiveRun live(options, outputs);
     bool isWhole = follow(live);
@@ -226,7 +244,8 @@ int run(const RunOptions& given) {
     for (const std::string& failure : failures) {
         sayError(kProgram, failure);
     }
-    isWhole = isWhole && failures.empty();
+    const bool isRecorded = isRecordingWhole(options, live.session());
+    isWhole = isWhole && failures.empty() && isRecorded;
     const int status = live.program().status();
     if (status < 0) {
         endBySignal(-status);

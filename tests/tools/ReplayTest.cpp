@@ -253,6 +253,34 @@ TEST_F(Replay, WritesATraceWhoseSlicesNest) {
     EXPECT_EQ(trace.at("otherData").at("session"), "standard input");
 }
 
+TEST_F(Replay, TraceHoldsEachOfManyRunsOfAThreadOnce) {
+    std::string session = kInit;
+    for (const char* call : {"notifyTaskStart", "notifyTaskEnd"}) {
+        for (int key = 1; key <= 100; ++key) {
+            session += json{{"at_us", 9},
+                            {"thread", "p"},
+                            {"call", call},
+                            {"key", "0x" + std::to_string(key)},
+                            {"task", 5}}
+                               .dump() +
+                       '\n';
+        }
+    }
+    EXPECT_EQ(runTool(with({"-q", "--trace", path("trace.json")}), session).status, 0);
+    const json trace = json::parse(std::ifstream(path("trace.json")));
+    std::map<std::string, std::string> asynchronous;  // the phases, by id
+    size_t nested = 0;
+    for (const json& event : trace.at("traceEvents")) {
+        if (event.contains("id")) {
+            asynchronous[event.at("id")] += event.at("ph");
+        }
+        nested += event.at("ph") == "B" && event.at("name") == "RENDER" ? 1U : 0U;
+    }
+    EXPECT_EQ(asynchronous.size(), 84U);
+    EXPECT_EQ(asynchronous.at("run of 100 by 2"), "be");
+    EXPECT_EQ(nested, 16U + 15 * 16 / 2);  // each end cuts those within it
+}
+
 // Also while every command takes far longer than the time between the recorded calls.
 TEST_F(Replay, TraceAndSummaryAgreeToTheMicrosecond) {
     const std::string session =

@@ -51,8 +51,37 @@ void TraceSpans::endAll(int64_t timeNs) {
     for (const auto& [tid, span] : mSpans) {
         end(span, timeNs, false);
     }
+    for (const auto& [key, run] : mRuns) {
+        end(run, timeNs, false);
+    }
     mPasses.clear();
     mSpans.clear();
+    mRuns.clear();
+}
+
+void TraceSpans::beginRun(const PlayedCall& played, uint32_t uniqueTaskId, std::string_view task,
+                          const std::string& arguments) {
+    const uint32_t thread = played.call->thread;
+    const auto [run, isNew] = mRuns.try_emplace({thread, uniqueTaskId});
+    if (isNew) {
+        run->second = {"task",
+                       fmt::format("run of {} by {}", uniqueTaskId, traceThread(thread)),
+                       fmt::format("{} by {}", task, played.thread),
+                       thread,
+                       0,
+                       played.startNs};
+        begin(run->second, arguments);
+    }
+}
+
+bool TraceSpans::endRun(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
+    const auto run = mRuns.find({thread, uniqueTaskId});
+    if (run == mRuns.end()) {
+        return false;
+    }
+    end(run->second, timeNs, true);
+    mRuns.erase(run);
+    return true;
 }
 
 void TraceSpans::takeAnchor(const PlayedCall& played, const VELK_ANCHOR_PARAM& record) {

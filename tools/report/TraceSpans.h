@@ -1,6 +1,7 @@
 /*
- * Asynchronous slices of a trace: the passes of anchors and the critical spans of threads. They may
- * begin and end on different threads, and overlap the slices of tasks in any way.
+ * Asynchronous slices of a trace: the passes of anchors, the critical spans of threads, and runs
+ * for which the track of their thread has no room. They may begin and end on different threads, and
+ * overlap other slices in any way.
  */
 #pragma once
 
@@ -9,6 +10,8 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "play/PlayedCall.h"
 
@@ -20,6 +23,11 @@ class TraceSpans {
     explicit TraceSpans(std::function<void(const std::string&)> write);
 
     void onCall(const PlayedCall& played);
+    // A start of a task that the thread runs here already has no effect.
+    void beginRun(const PlayedCall& played, uint32_t uniqueTaskId, std::string_view task,
+                  const std::string& arguments);
+    // False where no run of the task by the thread is open here.
+    bool endRun(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
     // Ends what is open.
     void endAll(int64_t timeNs);
 
@@ -39,8 +47,9 @@ class TraceSpans {
     void end(const Slice& slice, int64_t timeNs, bool isMatched);
 
     std::function<void(const std::string&)> mWrite;
-    std::map<int32_t, std::deque<Slice>> mPasses;  // by anchor, the newest last
-    std::map<int32_t, Slice> mSpans;               // by thread id
+    std::map<int32_t, std::deque<Slice>> mPasses;          // by anchor, the newest last
+    std::map<int32_t, Slice> mSpans;                       // by thread id
+    std::map<std::pair<uint32_t, uint32_t>, Slice> mRuns;  // by thread and unique task id
 };
 
 }  // namespace desk

@@ -23,6 +23,9 @@ constexpr const char* kGlobal = "g";
 
 using nlohmann::ordered_json;
 
+// Runs within one another on a track. Each is cut in two by the end of one around it.
+constexpr size_t kMostNested = 16;
+
 // By place.
 constexpr std::array<const char*, std::tuple_size_v<ControlLevels>> kLevelNames = {
         "uclampLevel 0", "uclampLevel 1", "uclampLevel 2", "uclampLevel 3",
@@ -137,10 +140,15 @@ void TraceWriter::beginSlices(const PlayedCall& played) {
     forEachAccepted<VELK_TASK_PARAM>(
             played, VELK_IOC_TASK_START, [this, &played](const VELK_TASK_PARAM& record) {
                 Task task = taskOf(played, record.uniqueTaskId);
-                writeSliceEnd('B', played.call->thread, played.startNs, task.name, task.arguments);
-                mTracks[played.call->thread].slices.push_back(
-                        {record.uniqueTaskId, std::move(task)});
+                std::vector<OpenSlice>& slices = mTracks[played.call->thread].slices;
                 mRuns[record.uniqueTaskId].push_back({played.call->thread});
+                if (slices.size() < kMostNested) {
+                    writeSliceEnd('B', played.call->thread, played.startNs, task.name,
+                                  task.arguments);
+                    slices.push_back({record.uniqueTaskId, std::move(task)});
+                } else {
+                    mSpans.beginRun(played, record.uniqueTaskId, task.name, task.arguments);
+                }
             });
 }
 
@@ -250,7 +258,7 @@ void TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs
     };
     std::vector<OpenSlice>& slices = mTracks[thread].slices;
     const auto first = std::find_if(slices.begin(), slices.end(), isOfTask);
-    if (first == slices.end()) {
+    if (mSpans.endRun(thread, uniqueTaskId, timeNs) || first == slices.end()) {
         return;  // ended together with another run of the task on this thread
     }
     writeSections(thread, timeNs);

@@ -114,8 +114,9 @@ def anchor_figures(number, stretches):
                     counts["overJitterTarget"] += 0 < jitter_target < jitters[-1]
                 last = latencies[-1]
         counts["openAtEnd"] = len(opened)
-    figures = {"anchor": number, "passes": len(latencies), "latencyTargetUs": targets[0],
-               "jitterTargetUs": targets[1], "longestLatencyUs": max(latencies, default=0),
+    figures = {"anchor": number, "passes": len(latencies), "latencyChanges": len(jitters),
+               "latencyTargetUs": targets[0], "jitterTargetUs": targets[1],
+               "longestLatencyUs": max(latencies, default=0),
                "largestJitterUs": max(jitters, default=0), **counts}
     for percent in (50, 90, 99):
         figures[f"p{percent}LatencyUs"] = percentile(latencies, percent)

@@ -218,6 +218,7 @@ TEST_F(Tune, CompareShowsChangesOfTimesBesideTheSpread) {
     for (const char* const row :
          {"  task 5 SCALE run         149      149     33312     66624     33376     66752     "
           "+33312        128        +260.25\n",
+          "  anchor 1 jitter          148      148 ",
           "  boost of category 5        5        5      1143      2286      8253     16506      "
           "+1143      14220          +0.08\n",
           "  merged percent level 80   0.3 %   0.3 %    +0.0\n"}) {

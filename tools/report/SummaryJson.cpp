@@ -66,6 +66,7 @@ ordered_json anchorsToJson(const std::vector<AnchorFigures>& anchors) {
                         {"longestLatencyUs", latency.longestUs},
                         {"overLatencyTarget", anchor.overLatencyTarget},
                         {"jitterTargetUs", anchor.jitterTargetUs},
+                        {"latencyChanges", jitter.count},
                         {"p50JitterUs", jsonOf(jitter, jitter.p50Us)},
                         {"p90JitterUs", jsonOf(jitter, jitter.p90Us)},
                         {"p99JitterUs", jsonOf(jitter, jitter.p99Us)},

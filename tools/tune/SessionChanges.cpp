@@ -72,7 +72,7 @@ struct TimeKeys {
 constexpr TimeKeys kTimes[] = {
         {"tasks", "task", "run", "ends", "p50RunUs", "p90RunUs"},
         {"anchors", "anchor", "latency", "passes", "p50LatencyUs", "p90LatencyUs"},
-        {"anchors", "anchor", "jitter", "passes", "p50JitterUs", "p90JitterUs"},
+        {"anchors", "anchor", "jitter", "latencyChanges", "p50JitterUs", "p90JitterUs"},
 };
 
 void addTimes(const ordered_json* const views[2], const TimeKeys& keys, TextTable& table) {

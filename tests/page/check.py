@@ -128,7 +128,7 @@ def check_hostile(browser, program, folder):
     expect_equal(browser.datasets()["timeline"]["open at the end"], 2, "a run and a control without an end")
     row = browser.table("Tasks")[0]
     expect_equal([row[0], row[-1]], [f"2 {sessions.HOSTILE_TASK}", sessions.HOSTILE_THREAD], "names in the table")
-    for words in ("notifyTaskEnd by", "control 5 never reset: notifySingleShotControl by"):
+    for words in ("Anchor 1: 1 unmatched end.", "notifyTaskEnd by", "control 5 never reset: notifySingleShotControl by"):
         expect(words in browser.text("attention"), f"attention: {browser.text('attention')}")
     expect_equal(browser.datasets()["timeline"]["finding, refusal or failed call"], 1, "events on the timeline")
     expect_equal(browser.console(), [], "on the console, hostile names")

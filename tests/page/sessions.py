@@ -29,6 +29,7 @@ def hostile():
     yield {"at_us": 5002, "thread": thread, "call": "notifyTaskStart", "key": "0x2", "task": 5}
     yield {"at_us": 6000, "thread": thread, "call": "notifySingleShotControl", "category": 5}
     yield {"at_us": 9000, "thread": thread, "call": "notifyVSync"}
+    yield {"at_us": 9000, "thread": thread, "call": "notifyAnchorPointEnd", "anchor": 1, "serial": 7}
 
 
 def long_session(rounds):

@@ -58,10 +58,26 @@ function pointsOfTargets() {
     const jitters = summary.anchors.flatMap(
             (anchor) => pointOfTarget(
                     `Anchor ${anchor.anchor} missed its jitter target`, anchor.jitterTargetUs,
-                    anchor.overJitterTarget, Math.max(anchor.passes - 1, 0), "changes", () => ""));
+                    anchor.overJitterTarget, anchor.latencyChanges, "changes", () => ""));
     return [...tasks, ...latencies, ...jitters]
             .sort((one, other) => other.share - one.share)
             .map(({text, link}) => makeElement("li", {}, text, link()));
+}
+
+function pointsOfSerials() {
+    const kinds = {
+        unmatchedStarts: "unmatched start",
+        unmatchedEnds: "unmatched end",
+        outOfOrderStarts: "out-of-order start",
+        outOfOrderEnds: "out-of-order end",
+    };
+    return summary.anchors.flatMap((anchor) => {
+        const counts = Object.entries(kinds)
+                               .filter(([key]) => anchor[key] > 0)
+                               .map(([key, what]) => countOf(anchor[key], what));
+        const textContent = `Anchor ${anchor.anchor}: ${counts.join(", ")}.`;
+        return counts.length > 0 ? [makeElement("li", {textContent})] : [];
+    });
 }
 
 function pointsOfFrames() {
@@ -118,8 +134,10 @@ function pointsOfEnd() {
 }
 
 function addAttention() {
-    const points =
-            [...pointsOfTargets(), ...pointsOfFrames(), ...pointsOfEvents(), ...pointsOfEnd()];
+    const points = [
+        ...pointsOfTargets(), ...pointsOfSerials(), ...pointsOfFrames(), ...pointsOfEvents(),
+        ...pointsOfEnd()
+    ];
     const nothing = makeElement("li", {
         textContent: "Nothing: every target was met, and the driver found fault with nothing."
     });

@@ -32,7 +32,7 @@ def sections_of(text):
             sections.append(("Options", []))
         elif re.match(r"\S.*:$", line):
             sections.append((line[:-1], []))
-        elif re.match(r"\S", line) and sections[-1][1][-1:] == [""] and usage:
+        elif re.match(r"\S", line) and sections[-1][1][-1:] == [""] and usage and sections[-1][0]:
             sections.append(("", [line]))
         else:
             sections[-1][1].append(line)
@@ -72,7 +72,9 @@ def format_examples(lines, tool):
 
 def format_section(title, lines, tool, macro):
     if not title:
-        yield from (".PP", *(escaped(line) for line in lines if line))
+        # Prose behind the examples is no part of them.
+        yield f'.{macro} "NOTES"'
+        yield from (escaped(line) or ".PP" for line in "\n".join(lines).strip().splitlines())
         return
     # A heading may go on with what its list consists of.
     name, _, explanation = title.partition(", ")

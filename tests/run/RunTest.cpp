@@ -143,7 +143,8 @@ TEST_F(Run, RefusesWhatItCannotSeeOrDo) {
     for (const Case& c : {
                  Case{"-- " VELK_STATIC_PROGRAM, 125, "statically linked"},
                  {"-- " + privileged, 125, canBeOthers ? "another user" : "statically linked"},
-                 {"-- " + path("nothing"), 127, "No such file or directory"},
+                 {"--output " + path("text") + " -- " + path("nothing"), 127,
+                  "No such file or directory"},
                  {"-- " + path("text"), 126, "Permission denied"},
                  {"--quiet", 125, "no program, expected -- PROGRAM"},
                  {"--format xml -- true", 125, "neither table nor jsonl"},
@@ -161,6 +162,7 @@ TEST_F(Run, RefusesWhatItCannotSeeOrDo) {
         EXPECT_EQ(shell(VELK_RUN " " + c.arguments), c.status) << c.arguments;
         EXPECT_NE(err().find(c.message), std::string::npos) << err();
     }
+    EXPECT_EQ(readFile(path("text")), "no program");
 }
 
 TEST_F(Run, PassesSignalsOnAndSumsUpAllTheSame) {

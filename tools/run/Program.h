@@ -30,7 +30,7 @@ class ProgramError : public std::runtime_error {
 };
 
 // Throws ProgramError when the loader would preload nothing into the program: it is statically
-// linked, runs as another user, or is built for another machine.
+// linked, runs as another user, or is built for another machine; also when there is none to run.
 void refuseUnseen(const std::string& program);
 
 struct Start {

@@ -11,8 +11,10 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "run/Program.h"
 
@@ -55,6 +57,22 @@ std::string gainOfRights(const std::string& file) {
                              : "";
 }
 
+// Before an output is made or emptied for nothing.
+void refuseMissing(const std::string& program, const std::string& file) {
+    int error = 0;
+    if (file.empty()) {
+        error = ENOENT;
+    } else if (access(file.c_str(), X_OK) != 0) {
+        error = errno;
+    } else if (std::filesystem::is_directory(file)) {
+        error = EACCES;
+    }
+    if (error != 0) {
+        throw ProgramError(error == ENOENT ? kExitNotFound : kExitNotExecutable,
+                           fmt::format("{}: {}", program, std::strerror(error)));
+    }
+}
+
 bool readAt(const unique_fd& file, void* place, size_t size, off64_t offset) {
     return android::base::ReadFullyAtOffset(file, place, size, offset);
 }
@@ -82,6 +100,7 @@ bool hasLoader(const unique_fd& file, const ElfW(Ehdr) & head) {
 
 void refuseUnseen(const std::string& program) {
     const std::string file = findProgram(program);
+    refuseMissing(program, file);
     if (const std::string gain = gainOfRights(file); !gain.empty()) {
         throw ProgramError(kExitToolFailed, fmt::format("{}: {}", program, gain));
     }

@@ -145,7 +145,8 @@ constexpr ProgramCase kPrograms[] = {
         {"c", 0, 3, 1, false, nullptr},
         {"closed", 0, 20001, 1, false, nullptr},
         {"threads", 0, 5, 3, false, nullptr},
-        {"crowd", 0, 256, 256, false, "more threads at a time than a session can hold, 256"},
+        {"crowd", 0, 256, 256, false,
+         "more threads at a time than the 256 that a session can have"},
         {"nan", 0, 1, 1, false, nullptr},
         {"foreign", 0, 1, 1, false, "the program links the library statically"},
 };

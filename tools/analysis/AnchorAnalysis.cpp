@@ -8,11 +8,11 @@ namespace desk {
 
 namespace {
 
-// Of starts that wait for their end. A pipeline has a handful of frames under way.
+// The most starts without an end that are kept. A pipeline processes a handful of frames at a time.
 constexpr size_t kMostOpen = 1024;
 
-// Takes the serial over where it is higher. False when it is out of order. Serials may wrap around:
-// the higher one is that which the other reaches within half of their range.
+// Stores the serial if it is higher. False when it is out of order. Serials may wrap around: one
+// is higher when it is ahead of the other by less than half of their range.
 bool advance(std::optional<uint32_t>& highest, uint32_t serial) {
     if (highest && static_cast<int32_t>(serial - *highest) <= 0) {
         return false;

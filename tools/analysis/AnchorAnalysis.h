@@ -18,7 +18,7 @@ namespace desk {
 class AnchorAnalysis {
   public:
     void tell(IntervalListener* listener) { mListener = listener; }
-    // Of a command of that call, in the order in which the driver received them.
+    // To be called for each command of a call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
     std::vector<AnchorFigures> figures() const;

@@ -22,7 +22,7 @@ void ControlAnalysis::takeCommand(const PlayedCall& played, const ReceivedComman
         mFigures.atUninit = endAll(ControlEnd::Uninit, played.call->atUs);
         mIsUp = false;
     } else if (command.request == VELK_IOC_SINGLE_SHOT && mIsUp) {
-        takeControl(played);  // the library holds it whatever the driver answered
+        takeControl(played);  // the library keeps it even when the driver refuses it
     }
 }
 
@@ -116,8 +116,8 @@ bool ControlAnalysis::resetNewest(int64_t atUs) {
     return newest.isCallers;
 }
 
-// Withdraws the values of the category's own control. One that was handed over with the category
-// and asks for other values stays active.
+// Withdraws the values of the control that the category stands for. A control that a caller
+// supplied for the category, with other values, stays active.
 bool ControlAnalysis::resetCategory(int32_t category, int64_t atUs) {
     const VELKSingleShotControl* const own = find(category);
     if (own == nullptr) {
@@ -136,7 +136,7 @@ bool ControlAnalysis::resetCategory(int32_t category, int64_t atUs) {
     return mActive[category].size() < active.size();
 }
 
-// Equal values of other controls go too.
+// The library removes equal values of other active controls as well.
 void ControlAnalysis::withdraw(const ControlValues& values) {
     for (const auto& [field, task, uclamp] : values) {
         if (field != ControlField::TaskUclamp) {

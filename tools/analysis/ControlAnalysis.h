@@ -1,8 +1,8 @@
 /*
  * The single-shot controls that the library holds, and who activated them.
  *
- * The library does not tell: this follows its calls as their contract says. It needs the memory of
- * the controls that are active at one time, which the library holds as well.
+ * The library does not report this, so it is derived from the calls and their documented effects.
+ * The memory needed is that of the controls that are active at a time, as in the library itself.
  */
 #pragma once
 
@@ -20,17 +20,17 @@ namespace desk {
 
 class ControlAnalysis {
   public:
-    // Of a command of that call, in the order in which the driver received them.
+    // To be called for each command of a call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
-    // `lastUs`: when the last call was made.
+    // `lastUs` is the time of the last call.
     ControlFigures figures(int64_t lastUs) const;
 
   private:
     struct Control {
         ControlActivation activation;
-        bool isCallers = false;  // false: the library activated it for its own
-        uint64_t place = 0;      // 0, 1, 2, ... among those of callers
+        bool isCallers = false;  // false: the library activated it on its own
+        uint64_t place = 0;      // 0, 1, 2, ... among the controls of callers
         uint64_t activeBefore = 0;
         ControlValues values;
     };
@@ -42,7 +42,7 @@ class ControlAnalysis {
     void reset(int32_t category, int64_t atUs);
     bool resetNewest(int64_t atUs);
     bool resetCategory(int32_t category, int64_t atUs);
-    // What the category stands for. Null when the library knows no control of it.
+    // The control that the category stands for. Null when the library has none for it.
     const VELKSingleShotControl* find(int32_t category) const;
 
     void advanceTo(int64_t atUs);
@@ -54,11 +54,11 @@ class ControlAnalysis {
     bool mIsUp = false;
     VELKScenario mScenario = VELK_SCENARIO_FALLBACK;
     std::map<int, std::map<VELKScenario, VELKSingleShotControl>> mSettings;
-    std::map<int32_t, VELKSingleShotControl> mDefaults;  // of categories without settings
-    std::map<int32_t, std::vector<Control>> mActive;     // by category, the newest last
-    std::map<int32_t, std::set<int32_t>> mTaskUclamps;   // that are active, by task enum
-    uint64_t mActiveCount = 0;                           // of those that callers activated
-    int64_t mSinceUs = 0;                                // so many are active
+    std::map<int32_t, VELKSingleShotControl> mDefaults;  // for categories without settings
+    std::map<int32_t, std::vector<Control>> mActive;     // by category, newest last
+    std::map<int32_t, std::set<int32_t>> mTaskUclamps;   // active uclamps, by task enum
+    uint64_t mActiveCount = 0;                           // controls that callers activated
+    int64_t mSinceUs = 0;                                // up to when active times are counted
     ControlFigures mFigures;
 };
 

@@ -20,7 +20,7 @@ enum class ControlField : uint8_t {
     SharedFlag,
 };
 
-// Field, place or task within it, and value; in order.
+// Field, index or task enum within it, and value; sorted.
 using ControlValues = std::vector<std::tuple<ControlField, int32_t, int64_t>>;
 
 ControlValues valuesOf(const VELKSingleShotControl& control);

@@ -8,7 +8,7 @@ namespace desk {
 
 namespace {
 
-constexpr int kExactBits = 10;  // values of that many bits have a bucket each
+constexpr int kExactBits = 10;  // values of up to that many bits have a bucket each
 constexpr size_t kBucketsOfPower = size_t{1} << (kExactBits - 1);
 
 }  // namespace
@@ -86,7 +86,7 @@ DistributionBars Distribution::bars(int64_t markUs) const {
     }
     bars.fromUs = std::min(mShortestUs, markUs);
     const int64_t rangeUs = std::max(percentile(99), markUs) - bars.fromUs;
-    // No narrower than a bucket, or some bars would be empty for that alone.
+    // No narrower than a bucket: otherwise bars without a bucket of their own would be empty.
     const auto narrowestUs = (bars.fromUs + rangeUs) / static_cast<int64_t>(kBucketsOfPower) + 1;
     bars.widthUs = std::max(rangeUs / (kMostBars - 2) + 1, narrowestUs);
     bars.counts.resize(static_cast<size_t>(rangeUs / bars.widthUs) + 2);

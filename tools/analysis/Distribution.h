@@ -11,19 +11,19 @@ namespace desk {
 
 struct DistributionFigures {
     uint64_t count = 0;
-    int64_t totalUs = 0;  // stays at the largest value of its type when it would be larger
+    int64_t totalUs = 0;  // saturates at the largest value of its type
     int64_t longestUs = 0;
-    int64_t p50Us = 0;  // percentiles by nearest rank; all figures are 0 without a time
+    int64_t p50Us = 0;  // percentiles by nearest rank; all figures are 0 when there are no times
     int64_t p90Us = 0;
     int64_t p99Us = 0;
 };
 
-// How many times lie in ranges of the same width, one after another.
+// A histogram: how many times lie in each of several adjacent ranges of the same width.
 struct DistributionBars {
     int64_t fromUs = 0;
     int64_t widthUs = 1;
     std::vector<uint64_t> counts;
-    uint64_t above = 0;  // the last of them
+    uint64_t above = 0;  // times above the last range
 };
 
 /*
@@ -37,17 +37,17 @@ class Distribution {
     void add(int64_t us);  // not negative
     void add(const Distribution& other);
 
-    // The smallest time that at least that many percent of the times do not exceed, 1 to 100.
+    // The smallest time that at least that percentage (1 to 100) of the times does not exceed.
     int64_t percentile(uint64_t percent) const;
     DistributionFigures figures() const;
-    // From the shortest time, or `markUs` where that is shorter, to a little above the 99th
-    // percentile and `markUs`.
+    // A histogram from the shortest time, or from `markUs` if that is shorter, to a little above
+    // the 99th percentile and `markUs`.
     DistributionBars bars(int64_t markUs) const;
 
     uint64_t count() const { return mCount; }
     int64_t totalUs() const { return mTotalUs; }
 
-    // Calls `use(us, count)` for the middle of each bucket that counts anything, upwards.
+    // Calls `use(us, count)` with the middle of each bucket that is not empty, in ascending order.
     template <typename Use>
     void forEachBucket(Use&& use) const {
         for (size_t bucket = 0; bucket < mBuckets.size(); ++bucket) {
@@ -65,7 +65,7 @@ class Distribution {
     int64_t mTotalUs = 0;
     int64_t mShortestUs = 0;
     int64_t mLongestUs = 0;
-    std::vector<uint64_t> mBuckets;  // up to the highest one that counts anything
+    std::vector<uint64_t> mBuckets;  // up to the highest one that is not empty
 };
 
 }  // namespace desk

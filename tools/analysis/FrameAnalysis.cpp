@@ -69,7 +69,7 @@ void FrameAnalysis::endStretch(int64_t atUs) {
     mOpen.reset();
 }
 
-// Display and pipeline keep to one period for most of the time, so the median is the period, and an
+// Display and pipeline keep one period most of the time, so the median is the period, and an
 // interval of about n periods has missed n - 1 vsyncs.
 VsyncFigures FrameAnalysis::vsyncFigures() const {
     VsyncFigures figures = {mVsyncs, mIntervals.figures(), 0};

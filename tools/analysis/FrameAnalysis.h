@@ -1,5 +1,5 @@
 /*
- * The vsyncs of a session, and the frame rates that it told.
+ * The vsyncs of a session, and the frame rates that it reported to the driver.
  */
 #pragma once
 
@@ -14,10 +14,10 @@ namespace desk {
 
 class FrameAnalysis {
   public:
-    // Of a command of that call, in the order in which the driver received them.
+    // To be called for each command of a call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
-    // `lastUs`: when the last call was made.
+    // `lastUs` is the time of the last call.
     FrameFigures figures(int64_t lastUs) const;
 
   private:

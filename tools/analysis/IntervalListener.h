@@ -1,5 +1,5 @@
 /*
- * What the analysis tells of each run, pass and span of a session as it ends.
+ * How the analysis reports each run, pass and span of a session when it ends.
  */
 #pragma once
 
@@ -8,11 +8,11 @@
 
 namespace desk {
 
-// Times are recorded ones, in microseconds. Threads bear the session's numbers.
+// Times are recorded ones, in microseconds. Threads have the numbers of the session.
 struct EndedRun {
     uint32_t thread = 0;
     int task = 0;
-    std::string_view name;  // as registered last
+    std::string_view name;  // of the last registration
     int64_t sinceUs = 0;
     int64_t untilUs = 0;
     int32_t targetUs = 0;

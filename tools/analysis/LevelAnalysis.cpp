@@ -4,7 +4,7 @@ namespace desk {
 
 namespace {
 
-constexpr size_t kMostLevels = 256;  // different ones with a time of their own
+constexpr size_t kMostLevels = 256;  // distinct levels whose times are counted separately
 
 }  // namespace
 

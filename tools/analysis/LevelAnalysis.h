@@ -1,5 +1,5 @@
 /*
- * For how long the driver held which merged levels.
+ * How long the driver held each merged level.
  */
 #pragma once
 
@@ -13,12 +13,12 @@ namespace desk {
 
 class LevelAnalysis {
   public:
-    // When the first call was made.
+    // The time of the first call.
     void begin(int64_t atUs) { mSinceUs = atUs; }
-    // Of a command of that call, in the order in which the driver received them.
+    // To be called for each command of a call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
-    // `lastUs`: when the last call was made.
+    // `lastUs` is the time of the last call.
     LevelFigures figures(int64_t lastUs) const;
 
   private:

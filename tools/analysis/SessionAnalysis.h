@@ -1,5 +1,5 @@
 /*
- * Works out the figures of a session while it is played, in memory that does not depend on its
+ * Computes the figures of a session while it is played, in memory that does not depend on its
  * length.
  */
 #pragma once
@@ -21,11 +21,11 @@ namespace desk {
 
 class SessionAnalysis : public CallListener {
   public:
-    // Who hears of each run, pass and span as it ends. It has to live as long as this.
+    // The listener is notified of each run, pass and span that ends, and has to outlive this.
     void tell(IntervalListener& listener);
     void onCall(const PlayedCall& played) override;
 
-    // Of the calls so far.
+    // The figures of the calls so far.
     SessionFigures figures() const;
     const TaskAnalysis& tasks() const { return mTasks; }
     const AnchorAnalysis& anchors() const { return mAnchors; }
@@ -36,7 +36,7 @@ class SessionAnalysis : public CallListener {
     uint64_t mCalls = 0;
     int64_t mFirstUs = 0;
     int64_t mLastUs = 0;
-    std::map<const CallInfo*, OperationFigures> mOperations;  // in the order of the table
+    std::map<const CallInfo*, OperationFigures> mOperations;  // in the order of the call table
     ThreadTable mThreads;
     TaskAnalysis mTasks;
     SpanAnalysis mSpans;

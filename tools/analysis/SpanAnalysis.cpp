@@ -6,7 +6,7 @@ namespace desk {
 
 void SpanAnalysis::takeCommand(const PlayedCall& played, const ReceivedCommand& command) {
     if (command.request == VELK_IOC_INIT) {
-        mOpen.clear();  // the driver forgets them
+        mOpen.clear();  // an init clears them in the driver
     }
     if (isRefusal(command.verdict)) {
         return;

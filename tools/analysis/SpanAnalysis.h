@@ -17,7 +17,7 @@ namespace desk {
 class SpanAnalysis {
   public:
     void tell(IntervalListener* listener) { mListener = listener; }
-    // Of a command of that call, in the order in which the driver received them.
+    // To be called for each command of a call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
     SpanFigures figures() const;
@@ -25,7 +25,7 @@ class SpanAnalysis {
 
   private:
     struct Span {
-        uint32_t thread = 0;        // the session's number
+        uint32_t thread = 0;        // number in the session
         int32_t criticalValue = 0;  // of the last start
         int64_t sinceUs = 0;
     };

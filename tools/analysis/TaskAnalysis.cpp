@@ -12,7 +12,7 @@ void TaskAnalysis::takeCommand(const PlayedCall& played, const ReceivedCommand& 
     const void* record = command.record.data();
     switch (command.request) {
         case VELK_IOC_INIT:
-            mRegistered.clear();  // the ids begin anew
+            mRegistered.clear();  // an init restarts the ids
             break;
         case VELK_IOC_TASK_INIT:
             registerTask(played, copyRecord<VELK_TASK_INIT_PARAM>(record));

@@ -19,7 +19,7 @@ namespace desk {
 class TaskAnalysis {
   public:
     void tell(IntervalListener* listener) { mListener = listener; }
-    // Of a command of that call, in the order in which the driver received them.
+    // To be called for each command of a call, in the order in which the driver received them.
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
 
     std::vector<TaskFigures> figures(const ThreadTable& threads) const;
@@ -36,17 +36,17 @@ class TaskAnalysis {
     struct Task {
         TaskFigures figures;
         Distribution runs;
-        std::set<uint32_t> threads;  // by the session's numbers
+        std::set<uint32_t> threads;  // numbers in the session
     };
     struct Run {
         uint32_t tid = 0;
-        uint32_t thread = 0;  // the session's number
+        uint32_t thread = 0;  // number in the session
         int64_t sinceUs = 0;
     };
     // A unique task id of the driver's current session.
     struct RegisteredTask {
         Task* task = nullptr;
-        std::vector<Run> runs;  // at most one of each thread
+        std::vector<Run> runs;  // at most one per thread
     };
 
     void registerTask(const PlayedCall& played, const VELK_TASK_INIT_PARAM& record);

@@ -25,7 +25,7 @@ class ThreadTable {
     }
 
     size_t size() const { return mNames.size(); }
-    // By the session's number of the thread.
+    // Indexed by the number of the thread in the session.
     const std::string& nameOf(uint32_t number) const { return mNames.at(number); }
 
   private:

@@ -1,6 +1,6 @@
 /*
- * libvelklive.so: preloaded into a program by velk-run, it puts the desk in place as velk-run wants
- * it, and sends every call to velk-run once it has ended. What was sent is not lost however the
+ * libvelklive.so: velk-run preloads it into a program. It sets up the desk as velk-run asks, and
+ * sends every call to velk-run when the call has ended. What was sent is not lost, however the
  * program ends.
  */
 #include <pthread.h>
@@ -42,7 +42,7 @@ namespace {
 
 class Agent;
 
-// Of a thread that has made a call.
+// The state of a thread that has made a call.
 struct ThreadState {
     Agent* agent = nullptr;
     uint32_t number = 0;
@@ -61,7 +61,7 @@ int64_t steadyNowNs() noexcept {
     return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-// The desk's time: since the first call.
+// The clock of the desk counts from the first call.
 int64_t liveNowNs() noexcept {
     return steadyNowNs() - gStartNs.load(std::memory_order_relaxed);
 }
@@ -81,15 +81,15 @@ class Agent final : public CallObserver {
         : mSocketName(socketName), mThreadEnd(threadEnd), mConnection(std::move(socketName)) {}
 
     bool isOn() const { return mIsOn.load(std::memory_order_relaxed); }
-    // In a child process, which has an agent of its own: another thread may hold the mutex for
-    // ever.
+    // Turns the parent's agent off in a child process, and returns the child's own. Does not lock
+    // the mutex: a thread that does not exist in the child may hold it.
     std::unique_ptr<Agent> leaveToParent() {
         mIsOn = false;
         mConnection.close();
         return std::make_unique<Agent>(mSocketName, mThreadEnd);
     }
 
-    // To be told of what the driver receives, whoever sends it.
+    // Observes what the driver receives, whoever sends it.
     void watchDriver() { controlNode().setObserver(std::make_shared<Observer>(*this)); }
 
     void onCallBegin(const ObservedCall& /*call*/) noexcept override {
@@ -130,7 +130,7 @@ class Agent final : public CallObserver {
 
     void onMissingOperation(const char* name) noexcept override {
         if (!mIsMissingSaid.exchange(true)) {
-            say(std::string(name) + " is not to be found in libvelkperfctrl.so.1");
+            say(std::string(name) + " was not found in libvelkperfctrl.so.1");
         }
     }
 
@@ -161,7 +161,7 @@ class Agent final : public CallObserver {
     }
 
   private:
-    // Never destroyed, as the agent.
+    // Never destroyed, like the agent.
     class Observer : public DriverObserver {
       public:
         explicit Observer(Agent& agent) : mAgent(agent) {}
@@ -177,7 +177,7 @@ class Agent final : public CallObserver {
         dprintf(STDERR_FILENO, "velk-run: process %d: %s\n", getpid(), message.c_str());
     }
 
-    // Whatever goes wrong ends the watching, never the program.
+    // Any error ends the observation, never the program.
     template <typename Action>
     void tryTo(const Action& action) noexcept {
         const int callersErrno = errno;
@@ -185,13 +185,13 @@ class Agent final : public CallObserver {
             action();
         } catch (const std::exception& error) {
             if (mIsOn.exchange(false)) {
-                say(std::string("its calls are not shown any more: ") + error.what());
+                say(std::string("its further calls are not shown: ") + error.what());
             }
         }
         errno = callersErrno;
     }
 
-    // Connects ahead of the first call. False when this process is not followed.
+    // Connects before the first call. False when this process is not followed.
     bool isReady() {
         if (mIsSetUp.load(std::memory_order_acquire)) {
             return isOn();
@@ -253,7 +253,7 @@ class Agent final : public CallObserver {
         }
         setLogThread(state->number + 1);
         pthread_setspecific(mThreadEnd, state.get());
-        tThread = state.release();  // a parent's state is left behind
+        tThread = state.release();  // a state of the parent process is leaked
         return *tThread;
     }
 
@@ -282,7 +282,7 @@ class Agent final : public CallObserver {
     std::atomic<bool> mIsMissingSaid = false;
     std::unique_ptr<Logs> mLogs;
     std::atomic<bool> mHasTrace = false;
-    std::mutex mMutex;  // of all below
+    std::mutex mMutex;  // guards all below
     Connection mConnection;
     FrameWriter mFrame{FrameKind::Call};
     ThreadNames mNames;
@@ -299,8 +299,8 @@ void beginAnewInChild() {
     gAgent = gAgent.load()->leaveToParent().release();
 }
 
-// Null when the program was not started by velk-run. Calls may come until the very end of the
-// process, so it is never destroyed.
+// Null when the program was not started by velk-run. Never destroyed, because calls are possible
+// until the end of the process.
 Agent* makeAgent() {
     const char* const socketName = std::getenv(kSocketVariable);
     pthread_key_t threadEnd = 0;
@@ -310,7 +310,7 @@ Agent* makeAgent() {
     return std::make_unique<Agent>(socketName, threadEnd).release();
 }
 
-// A program that contains the library is seen by its commands alone.
+// Of a program that links the library statically, only the commands are seen.
 [[gnu::constructor]] void beginAtLoading() {
     callObserver();
 }

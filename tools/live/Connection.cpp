@@ -17,14 +17,14 @@ namespace desk {
 
 namespace {
 
-// Above the numbers that programs expect to get, and below the usual limit.
+// Above the numbers that programs expect to be given, and below the usual limit.
 constexpr int kFirstDescriptor = 1000;
 
 [[noreturn]] void fail(int error) {
     throw std::system_error(error, std::generic_category(), "the connection to velk-run is lost");
 }
 
-// Where there is no room above, it stays where it is.
+// The descriptor keeps its number when the limit leaves no higher one.
 int moveUp(int low) {
     const int high = fcntl(low, F_DUPFD_CLOEXEC, kFirstDescriptor);
     if (high < 0) {
@@ -41,7 +41,7 @@ int connectTo(const std::string& name) {
     }
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    // The byte ahead of the name stays zero, which makes it an abstract one.
+    // The byte before the name stays zero, which makes the name abstract.
     const size_t length = std::min(name.size(), sizeof address.sun_path - 1);
     std::copy_n(name.begin(), length, address.sun_path + 1);
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + length);

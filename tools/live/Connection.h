@@ -11,8 +11,8 @@
 namespace desk {
 
 /*
- * The program may close descriptors that are not its own, and the kernel gives out the number
- * again: the socket is told by its identity, and connected anew. Not for several threads at a time.
+ * The program may close this descriptor, and its number may be reused. So the socket is recognised
+ * by its identity, and connected again if it is another one. Not thread-safe.
  */
 class Connection {
   public:
@@ -20,13 +20,13 @@ class Connection {
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    // Connects. Returns the content of the frame that velk-run sends then. Throws
+    // Connects, and returns the content of the frame with which velk-run answers. Throws
     // std::system_error, as the others do.
     std::string open();
-    // Sends a whole frame, and waits until velk-run has taken it in. A signal that the program
-    // handles meanwhile does not matter.
+    // Sends a whole frame, and waits until velk-run has received it. Signals that the program
+    // handles meanwhile do not interrupt it.
     void send(std::string_view frame);
-    // Leaves it, in a child process that has it from its parent, and after a failure.
+    // Closes it: in a child process, which inherits it from its parent, and after a failure.
     void close();
 
   private:

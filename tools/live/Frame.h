@@ -1,6 +1,6 @@
 /*
- * What velk-run and the library that it preloads tell each other: frames on a stream socket, each
- * with its size and its kind ahead. Both come from one build and run on one machine.
+ * The protocol of velk-run and the library that it preloads: frames on a stream socket, each with
+ * a head of size and kind. Both ends are of the same build and on the same machine.
  */
 #pragma once
 
@@ -18,10 +18,10 @@ namespace desk {
 inline constexpr const char* kSocketVariable = "VELK_RUN_SOCKET";
 
 enum class FrameKind : uint32_t {
-    Setup,  // to the program, as the first and only one: what the desk is to be like
-    Call,   // a call that has ended, or a command that belongs to none
-    Log,    // a line of the Android log, with its end
-    Ulog,   // a line of the camera stack's logger, with its end
+    Setup,  // the only one to the program, and its first: the settings of the desk
+    Call,   // a call that has ended, or a command outside of calls
+    Log,    // a line of the Android log, with its newline
+    Ulog,   // a line of the camera stack's logger, with its newline
 };
 
 struct FrameHead {
@@ -29,7 +29,7 @@ struct FrameHead {
     FrameKind kind = FrameKind::Setup;
 };
 
-// The content of one frame, written piece by piece. Its memory can be used for the next one.
+// Builds a frame piece by piece. Its memory can be reused for the next one.
 class FrameWriter {
   public:
     explicit FrameWriter(FrameKind kind) { start(kind); }
@@ -50,10 +50,10 @@ class FrameWriter {
         append(text);
     }
 
-    // All but the head. Valid until something is written, as is the frame.
+    // All but the head. Valid until the next write, like the frame.
     std::string_view content() const { return std::string_view(mBytes).substr(sizeof(FrameHead)); }
 
-    // As it stands, without its size.
+    // As it is, without its size.
     void append(std::string_view bytes) { mBytes.append(bytes); }
 
     // The whole frame.
@@ -67,7 +67,7 @@ class FrameWriter {
     std::string mBytes;
 };
 
-// Reads what stands in a frame. Throws std::runtime_error where it ends too early.
+// Reads the content of a frame. Throws std::runtime_error when it is truncated.
 class FrameReader {
   public:
     explicit FrameReader(std::string_view content) : mRest(content) {}
@@ -84,7 +84,7 @@ class FrameReader {
 
     std::string_view take(size_t size) {
         if (size > mRest.size()) {
-            throw std::runtime_error("a message of the program's ends too early");
+            throw std::runtime_error("a message from the program is truncated");
         }
         const std::string_view taken = mRest.substr(0, size);
         mRest.remove_prefix(size);

@@ -1,5 +1,5 @@
 /*
- * The desk of a live program, as velk-run wants it.
+ * The settings of the desk that velk-run sends to a live program.
  */
 #pragma once
 
@@ -14,12 +14,12 @@
 namespace desk {
 
 struct Setup {
-    bool isFollowed = false;  // else this process is to send nothing
+    bool isFollowed = false;  // when false, this process sends nothing
     bool hasLog = false;
     bool hasUlog = false;
     bool hasTrace = false;
     InjectedFaults faults;
-    TuningTexts tuning;  // that have been found in order
+    TuningTexts tuning;  // already checked by the loader
     std::vector<std::pair<std::string, std::string>> properties;
 };
 

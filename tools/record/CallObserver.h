@@ -1,5 +1,5 @@
 /*
- * The interface of what observes the calls that a program makes to the library. A preloaded library
+ * The interface to observe the calls that a program makes to the library. A preloaded library
  * defines its observer and links Interposer.cpp, which notifies it of every call.
  */
 #pragma once
@@ -8,8 +8,8 @@
 
 namespace desk {
 
-// A call that is under way. Its arguments are those of the caller, so they are read only when they
-// are asked for, and only before the call has ended.
+// A call in progress. Its arguments are in the caller's memory: they are read only on request, and
+// only before the call has ended.
 class ObservedCall {
   public:
     ObservedCall(const ObservedCall&) = delete;
@@ -28,9 +28,9 @@ class ObservedCall {
 };
 
 /*
- * Notified once of each call from outside the library; what the library calls of its own
- * operations is part of that call. All members run on the caller's thread, and several threads may
- * be inside at a time.
+ * Notified once of each call from outside the library; operations that the library itself calls
+ * are part of that call. All members run on the caller's thread, and several threads may be in
+ * them at a time.
  */
 class CallObserver {
   public:
@@ -42,12 +42,12 @@ class CallObserver {
     virtual void onCallBegin(const ObservedCall& call) noexcept = 0;
     // Before the first command of the call goes to the driver. Not every call has one.
     virtual void onFirstCommand(const ObservedCall& call) noexcept = 0;
-    // After the library has been left. `result` is null when it was left by an exception.
+    // After the library has returned. `result` is null when it threw an exception.
     virtual void onCallEnd(const ObservedCall& call, const int* result,
                            bool hadCommand) noexcept = 0;
-    // A command goes to the driver, and no call is under way on this thread.
+    // A command goes to the driver while this thread is in no call of the library.
     virtual void onForeignCommand() noexcept = 0;
-    // The operation is not to be found behind this library. Its call returns -1.
+    // The real operation was not found. Its call returns -1.
     virtual void onMissingOperation(const char* name) noexcept = 0;
 
   protected:

@@ -1,6 +1,6 @@
 /*
- * The exported operations, and ioctl, as a preloaded library defines them before the real ones. The
- * C entry points need none: they call the operations.
+ * Definitions of the exported operations and of ioctl that precede the real ones when preloaded.
+ * The C entry points need none: they call the operations.
  */
 #include "VELKInfoNotifier.h"
 #include "VELKMachine.h"
@@ -15,7 +15,8 @@ void* findNext(const char* symbol) {
     if (void* const next = dlsym(RTLD_NEXT, symbol)) {
         return next;
     }
-    // A program may have loaded the library for itself alone, where the search does not look.
+    // A program may have loaded the library with RTLD_LOCAL, which dlsym(RTLD_NEXT) does not
+    // search.
     for (const char* library : {"libvelkperfctrl.so.1", "libvelkperfctrl.so"}) {
         if (void* const loaded = dlopen(library, RTLD_LAZY | RTLD_NOLOAD)) {
             return dlsym(loaded, symbol);

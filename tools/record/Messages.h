@@ -7,7 +7,7 @@
 
 namespace desk {
 
-// One line, to standard error, and on a device to the log. Keeps errno.
+// Writes one line to standard error, on a device also to the log. Keeps errno.
 void say(const std::string& message) noexcept;
 
 }  // namespace desk

@@ -17,17 +17,17 @@ struct CurrentCall {
     bool hadCommand = false;
 };
 
-// Null while the thread is in no observed call. The calls that the library makes of itself see it
-// set and go straight through.
+// Null while the thread is in no observed call. Calls that the library makes to its own operations
+// find it set and are not observed.
 inline constinit thread_local CurrentCall* currentCall = nullptr;
 
-// The definition of a function behind this library. Null when there is none.
+// The next definition of a function after this library's. Null when there is none.
 void* findNext(const char* symbol);
 
 template <typename... Parameters>
 class Operation {
   public:
-    // `symbol` is the name that the linker knows it by.
+    // `symbol` is the mangled name.
     constexpr Operation(const char* name, const char* symbol) : mName(name), mSymbol(symbol) {}
 
     // Makes the call. `fill` writes its arguments into a CallArguments.
@@ -66,7 +66,7 @@ class Operation {
         const Fill& mFill;
     };
 
-    // Ends the call for the observer however the library is left.
+    // Notifies the observer of the end, also when the library throws.
     class Span {
       public:
         Span(CallObserver& observer, const ObservedCall& call) : mObserver(observer) {

@@ -2,9 +2,9 @@
  * libvelkrecord.so: preloaded into a program, it writes the calls that the program makes to the
  * library into the session file that VELK_RECORD names.
  *
- * The line of a call is written when the first command of the call goes to the driver, for that is
- * the order which a replay has to repeat, or at its end when it sends none. VELK_RECORD_ORDER=exact
- * lets one call at a time into the library instead.
+ * The line of a call is written when its first command goes to the driver, because a replay has to
+ * repeat the order of the commands; that of a call without commands is written at its end.
+ * With VELK_RECORD_ORDER=exact, only one call at a time enters the library.
  */
 #include <pthread.h>
 #include <sys/prctl.h>
@@ -37,9 +37,9 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr size_t kMaxThreads = 256;  // that a session may have
+constexpr size_t kMaxThreads = 256;  // the most that a session can have
 
-// The place of this thread's name.
+// The index of this thread's name.
 constinit thread_local size_t threadName = ThreadNames::kNone;
 
 class Recorder final : public CallObserver {
@@ -58,7 +58,7 @@ class Recorder final : public CallObserver {
 
     void trim() noexcept {
         if (!isOn()) {
-            return;  // in a child process the mutex may be held for ever
+            return;  // a child process may have inherited the mutex locked
         }
         const std::lock_guard lock(mMutex);
         if (mFile) {
@@ -92,7 +92,7 @@ class Recorder final : public CallObserver {
 
     void onMissingOperation(const char* name) noexcept override {
         sayOnce(mMissingOperationSaid,
-                std::string(name) + " is not to be found in libvelkperfctrl.so.1");
+                std::string(name) + " was not found in libvelkperfctrl.so.1");
     }
 
   private:
@@ -102,7 +102,7 @@ class Recorder final : public CallObserver {
         }
     }
 
-    // Whatever goes wrong ends the recording, never the program.
+    // Any error ends the recording, never the program.
     template <typename Action>
     void tryTo(const Action& action) noexcept {
         const int callersErrno = errno;
@@ -157,8 +157,8 @@ class Recorder final : public CallObserver {
         threadName = mNames.take(text.empty() ? "?" : text, kMaxThreads);
         if (threadName == ThreadNames::kNone) {
             sayOnce(mManyThreadsSaid,
-                    "more threads at a time than a session can hold, 256: the "
-                    "calls of those that are too many are not recorded");
+                    "more threads at a time than the 256 that a session can have: "
+                    "the calls of the others are not recorded");
             return false;
         }
         pthread_setspecific(mThreadEnd, this);
@@ -181,15 +181,15 @@ class Recorder final : public CallObserver {
     std::atomic<bool> mManyThreadsSaid = false;
     pthread_key_t mThreadEnd = 0;
     std::mutex mOneCall;  // in exact order: held while a call is in the library
-    std::mutex mMutex;    // of all below
+    std::mutex mMutex;    // guards all below
     std::optional<RecordingFile> mFile;
     steady_clock::time_point mStart;
     ThreadNames mNames;
     std::string mLine;
 };
 
-// Null when no recording is asked for. Calls may come until the very end of the process, so it is
-// never destroyed.
+// Null when no recording is asked for. Never destroyed, because calls are possible until the end of
+// the process.
 Recorder* makeRecorder() noexcept {
     const char* const path = std::getenv("VELK_RECORD");
     if (path == nullptr || *path == '\0') {

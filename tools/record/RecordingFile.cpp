@@ -24,7 +24,7 @@ constexpr size_t kSmallestStep = size_t{1} << 16;  // a multiple of every page s
     throw std::system_error(error, std::generic_category(), what);
 }
 
-// 0 or an errno. Growing past the limit would end the program by a signal.
+// Returns 0 or an errno. Checks the limit first: exceeding it would end the program by a signal.
 int reserve(int descriptor, uint64_t size) {
     rlimit limit = {};
     if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&

@@ -1,6 +1,6 @@
 /*
- * The file of a recording. What has been appended is in the file even if the process is killed at
- * once: the text goes into a shared mapping, which is the kernel's.
+ * The file of a recording. What has been appended is in the file even if the process is killed
+ * right after: the text is written into a shared mapping, which the kernel keeps.
  */
 #pragma once
 
@@ -24,18 +24,18 @@ class RecordingFile {
 
     const std::string& path() const { return mPath; }
 
-    // Appends the text whole or, when there is no room, not at all and throws std::system_error.
+    // Appends the whole text. When there is no room, appends nothing and throws std::system_error.
     void append(std::string_view text);
 
-    // Cuts off what was reserved and is not used. More can be appended all the same. Throws
+    // Cuts off the reserved space that is not used. More can be appended afterwards. Throws
     // std::system_error.
     void trim();
 
   private:
     void mapNext(size_t size);
     void unmap();
-    // The program may close descriptors that are not its own, and the kernel gives out the number
-    // again: the file is recognised by device and inode, and opened anew.
+    // The program may close this descriptor, and its number may be reused. So the file is
+    // recognised by device and inode, and opened again if it is another one.
     int descriptor();
 
     std::string mPath;

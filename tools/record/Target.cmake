@@ -1,5 +1,5 @@
-# Preloaded into a program, it records a session. It needs nothing of the desk, and its copies of
-# what it shares with the tools stay its own. Its cost is measured without the desk.
+# The preloaded recorder. It does not link the desk, and hides its copies of the code that it shares
+# with the tools. Its cost is measured without the desk.
 set(VELK_TOOLS ${PROJECT_SOURCE_DIR}/tools)
 add_library(velkrecord SHARED
     ${VELK_TOOLS}/record/Interposer.cpp

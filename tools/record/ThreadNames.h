@@ -1,6 +1,6 @@
 /*
- * The names that the threads of a program have in its recording. At any time no two threads have
- * the same; the name of a thread that has ended is given out again.
+ * The names that the threads of a program have in its recording. They are unique at any time; the
+ * name of a thread that has ended is reused.
  */
 #pragma once
 
@@ -16,8 +16,8 @@ class ThreadNames {
   public:
     static constexpr size_t kNone = static_cast<size_t>(-1);
 
-    // Takes the name, or NAME~2, NAME~3, ..., the first that is free. When `most` names are known
-    // and this would be one more, takes a free one of another thread. kNone when there is none.
+    // Takes the first free one of NAME, NAME~2, NAME~3, ... When that is a new name and `most` are
+    // known already, reuses any free name instead. kNone when there is none.
     size_t take(std::string_view name, size_t most);
     void giveBack(size_t place);
 

@@ -42,7 +42,7 @@ std::string describeOutcome(const ReceivedCommand& command) {
     return command.finding.empty() ? text : text + fmt::format("  <- {}", command.finding);
 }
 
-// The library's message without the place in its source, which ends it.
+// The library's message without the source location at its end.
 std::string_view messageOf(const PlayedCall& played) {
     return played.problem.substr(0, played.problem.rfind("{#"));
 }
@@ -74,7 +74,7 @@ CommandPrinter::CommandPrinter(std::shared_ptr<LineSink> output, Place place, Pr
 
 void CommandPrinter::onCall(const PlayedCall& played) {
     if (mOutput->error() != 0) {
-        return;  // nobody reads it any more
+        return;  // the reader has closed the pipe
     }
     if (mIsTerminal) {
         mColumns = terminalColumns(mPlace.terminal);

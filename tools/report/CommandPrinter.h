@@ -18,16 +18,16 @@ namespace desk {
 
 enum class PrintFormat : uint8_t { Table, JsonLines };
 
-// Rows of a table fit the terminal, where the output is one: fields are cut to what is left beside
-// the outcome.
+// On a terminal, rows of a table are cut to its width: the fields get the room that the outcome
+// leaves.
 class CommandPrinter : public CallListener {
   public:
     struct Place {
         int terminal;      // the descriptor behind the output if that may be a terminal, else -1
-        const char* unit;  // what rows number calls by: "line" of a session
+        const char* unit;  // the unit in which calls are numbered: "line" for a session
     };
 
-    // `beforeRows` is called ahead of the rows of a call.
+    // `beforeRows` is called before the rows of a call.
     CommandPrinter(std::shared_ptr<LineSink> output, Place place, PrintFormat format,
                    RowFilter filter, std::function<void()> beforeRows);
 

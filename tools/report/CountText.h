@@ -1,5 +1,5 @@
 /*
- * Counts in words.
+ * Counts with their noun.
  */
 #pragma once
 

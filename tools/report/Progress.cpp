@@ -19,8 +19,8 @@ constexpr auto kLineInterval = std::chrono::seconds(1);
 constexpr double kUsPerSecond = 1e6;
 constexpr const char* kEraseLine = "\r\x1b[K";
 
-// As much of the text as fits ahead of the last column: behind a full line the cursor would move on
-// to the next one.
+// The text, cut before the last column: after a full line the cursor would move to the next
+// line.
 std::string fitIntoLine(const std::string& text) {
     const size_t columns = terminalColumns(STDERR_FILENO).value_or(1);
     return text.substr(0, columns - 1);

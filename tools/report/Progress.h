@@ -14,8 +14,8 @@
 
 namespace desk {
 
-// A bar that is drawn from time to time over its own line; on a terminal that cannot do that, now
-// and then a line. Whoever writes to the same terminal erases the bar first.
+// A bar that is redrawn in place from time to time; on a terminal that cannot do that, a line now
+// and then. Before anything else is written to the same terminal, erase() has to be called.
 class Progress : public CallListener {
   public:
     // `size` is that of the session in bytes, if it is known. `rows` may go to the same terminal.

@@ -1,5 +1,5 @@
 /*
- * A command's record as it is printed.
+ * The record of a command as it is printed.
  */
 #pragma once
 
@@ -15,11 +15,11 @@ nlohmann::ordered_json recordToJson(const VELKCommand& command, const void* reco
 
 using RecordBytes = decltype(ReceivedCommand::record);
 
-// The record with the number of the session's thread in place of the kernel's id of the thread,
+// The record with the session's thread number instead of the kernel's thread id,
 // which differs from run to run. Threads count from 1, in the order of first appearance.
 RecordBytes recordToPrint(const PlayedCall& played, const ReceivedCommand& command);
 
-// The name by which a row calls what the driver received.
+// The name of what the driver received, as rows show it.
 const char* commandName(const ReceivedCommand& command);
 // "EINVAL".
 const char* errorName(int error);

@@ -19,7 +19,7 @@ constexpr const char* kClose = "close";
     throw std::invalid_argument(fmt::format("filter item \"{}\": expected {}", item, expected));
 }
 
-// The command's name, of a number too.
+// The command's name, for a number too.
 std::string parseCommand(std::string_view item, const std::string& text) {
     std::string names = fmt::format("{}, {}", kOpen, kClose);
     for (const VELKCommand& command : VELK_COMMANDS) {

@@ -19,28 +19,28 @@ struct Summary {
     double playedSeconds = 0;
     bool isStopped = false;
     std::optional<std::string> error;
-    std::optional<std::string> cutOff;  // where the recording breaks off
+    std::optional<std::string> cutOff;  // where the recording was cut off
 
     SessionFigures figures;
     DriverSnapshot driver;
 
-    // What went wrong without an injected fault: calls that failed, commands that the driver found
-    // fault with. Empty when nothing did.
+    // What went wrong without an injected fault: failed calls, and commands in which the driver
+    // found a fault. Empty when nothing did.
     std::string unexpected() const;
-    // What calls are numbered by.
+    // The unit in which calls are numbered.
     const char* unit() const { return ending ? "call" : "line"; }
 };
 
 Summary summarize(const std::string& session, SessionFigures figures, const DriverSnapshot& driver,
                   const PlayResult& result, double playedSeconds);
 
-// Of a program that has made its calls itself.
+// The summary of a live program.
 Summary summarizeProgram(const std::string& program, const std::string& ending, bool isStopped,
                          SessionFigures figures, const DriverSnapshot& driver);
 
-// For people, with a line's end after every line.
+// As text, with a newline after every line.
 std::string formatSummaryText(const Summary& summary);
-// One line {"summary": {...}}, without the line's end.
+// One line {"summary": {...}}, without a newline.
 std::string formatSummaryJson(const Summary& summary);
 
 }  // namespace desk

@@ -1,5 +1,5 @@
 /*
- * Vsyncs and told frame rates in a summary.
+ * Vsyncs and reported frame rates in a summary.
  */
 #include "report/SummaryParts.h"
 

@@ -22,9 +22,9 @@ nlohmann::ordered_json framesToJson(const FrameFigures& frames);
 nlohmann::ordered_json boostsToJson(const SessionFigures& figures);
 nlohmann::ordered_json unresetToJson(const UnresetControls& unreset);
 
-// Each writes nothing where there is nothing to say.
+// Each writes nothing when the session has nothing of its kind.
 void writeFrames(TextOutput out, const FrameFigures& frames);
-// `unit` is what calls are numbered by.
+// `unit` is the unit in which calls are numbered.
 void writeBoosts(TextOutput out, const SessionFigures& figures, const char* unit);
 void writeUnreset(TextOutput out, const UnresetControls& unreset, const char* unit);
 
@@ -55,7 +55,7 @@ std::string describeLevels(const Levels& levels) {
     return fmt::format("[{}]", fmt::join(levels.begin(), last.base(), ","));
 }
 
-// Writes as many as somebody reads, and how many are left. JSON Lines have more of them.
+// Writes the first ones, and how many are left out. JSON Lines hold more of them.
 template <typename Element, typename Write>
 void writeFirst(TextOutput out, const std::vector<Element>& elements, uint64_t further,
                 const char* noun, Write&& write) {

@@ -10,7 +10,7 @@ namespace desk {
 
 namespace {
 
-// Of passes of one anchor that wait for their end.
+// The most open passes of one anchor that are kept.
 constexpr size_t kMostOpen = 1024;
 
 }  // namespace

@@ -19,16 +19,16 @@ namespace desk {
 
 class TraceSpans {
   public:
-    // `write` gets each event as a JSON object.
+    // `write` is called with each event as a JSON object.
     explicit TraceSpans(std::function<void(const std::string&)> write);
 
     void onCall(const PlayedCall& played);
-    // A start of a task that the thread runs here already has no effect.
+    // Has no effect when a run of the task by the thread is open here already.
     void beginRun(const PlayedCall& played, uint32_t uniqueTaskId, std::string_view task,
                   const std::string& arguments);
-    // False where no run of the task by the thread is open here.
+    // False when no run of the task by the thread is open here.
     bool endRun(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs);
-    // Ends what is open.
+    // Ends all open slices.
     void endAll(int64_t timeNs);
 
   private:
@@ -36,7 +36,7 @@ class TraceSpans {
         const char* category = "";
         std::string id;
         std::string name;
-        uint32_t thread = 0;  // the session's number
+        uint32_t thread = 0;  // number in the session
         uint32_t serial = 0;  // of a pass
         int64_t fromNs = 0;
     };
@@ -47,7 +47,7 @@ class TraceSpans {
     void end(const Slice& slice, int64_t timeNs, bool isMatched);
 
     std::function<void(const std::string&)> mWrite;
-    std::map<int32_t, std::deque<Slice>> mPasses;          // by anchor, the newest last
+    std::map<int32_t, std::deque<Slice>> mPasses;          // by anchor, newest last
     std::map<int32_t, Slice> mSpans;                       // by thread id
     std::map<std::pair<uint32_t, uint32_t>, Slice> mRuns;  // by thread and unique task id
 };

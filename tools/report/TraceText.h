@@ -1,5 +1,5 @@
 /*
- * How traces spell times, names and arguments.
+ * The formats of times, names and arguments in traces.
  */
 #pragma once
 
@@ -31,7 +31,7 @@ inline std::string traceTime(int64_t ns) {
     return fmt::format("{}.{:03}", ns / kNsPerUs, ns % kNsPerUs);
 }
 
-// Thread numbers as they stand in the trace, where 0 is the idle thread.
+// The number of a thread in the trace, where 0 is reserved for the idle thread.
 constexpr uint32_t traceThread(uint32_t thread) {
     return thread + 1;
 }

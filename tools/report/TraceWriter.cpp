@@ -17,13 +17,13 @@ namespace desk {
 
 namespace {
 
-// How far an instant reaches.
+// The scope of an instant event.
 constexpr const char* kThread = "t";
 constexpr const char* kGlobal = "g";
 
 using nlohmann::ordered_json;
 
-// Runs within one another on a track. Each is cut in two by the end of one around it.
+// The most nested runs on a track. The end of an outer one splits each of them in two.
 constexpr size_t kMostNested = 16;
 
 // By place.
@@ -31,7 +31,7 @@ constexpr std::array<const char*, std::tuple_size_v<ControlLevels>> kLevelNames 
         "uclampLevel 0", "uclampLevel 1", "uclampLevel 2", "uclampLevel 3",
         "uclampLevel 4", "uclampLevel 5", "uclampLevel 6", "uclampLevel 7"};
 
-// The call's own arguments, and each command that it sent.
+// The arguments of the call, and the commands that it sent.
 std::string describeArguments(const PlayedCall& played) {
     ordered_json arguments = argumentsToJson(played);
     for (size_t i = 0; i < played.commands.size(); ++i) {
@@ -79,8 +79,8 @@ TraceWriter::~TraceWriter() {
 }
 
 // A task's slice begins and ends at the recorded times of the calls that start and end it. The
-// sections of a call wait until the next event of their thread is known, because they must not
-// reach beyond it.
+// sections of a call are kept until the next event of their thread is known, because they must not
+// extend beyond it.
 void TraceWriter::onCall(const PlayedCall& played) {
     mLastNs = std::max(mLastNs, played.endNs);
     nameTrack(played);
@@ -152,11 +152,11 @@ void TraceWriter::beginSlices(const PlayedCall& played) {
             });
 }
 
-// Writes the sections that wait on the thread's track, and cuts what is later than `endNs`.
+// Writes the sections kept for the thread's track, cut at `endNs`.
 void TraceWriter::writeSections(uint32_t thread, int64_t endNs) {
     Track& track = mTracks[thread];
     std::vector<std::pair<std::string_view, std::string_view>> open;  // name and arguments
-    auto left = static_cast<int64_t>(track.sections.size());          // need a nanosecond each
+    auto left = static_cast<int64_t>(track.sections.size());  // section events, a nanosecond each
     for (const TraceEvent& section : track.sections) {
         const int64_t timeNs = std::min(section.timeNs, endNs - left--);
         if (section.phase == TracePhase::Begin) {
@@ -234,7 +234,7 @@ void TraceWriter::endSlices(const PlayedCall& played) {
                     endTask(run.tid, record.uniqueTaskId, played.startNs);
                 });
             });
-    // With the library all tasks are gone, also those that nobody ended.
+    // An uninit removes all tasks, also those that were not ended.
     forEachAccepted<VELK_UNINIT_PARAM>(
             played, VELK_IOC_UNINIT,
             [this, &played](const VELK_UNINIT_PARAM&) { endAllSlices(played.startNs); });
@@ -251,7 +251,7 @@ void TraceWriter::endAllSlices(int64_t timeNs) {
     mRuns.clear();
 }
 
-// Slices of a track must lie within one another. Others above the first that ends are cut in two.
+// Slices of a track must be nested. Those inside the outermost slice that ends are split in two.
 void TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs) {
     const auto isOfTask = [=](const OpenSlice& slice) {
         return slice.uniqueTaskId == uniqueTaskId;
@@ -259,7 +259,7 @@ void TraceWriter::endTask(uint32_t thread, uint32_t uniqueTaskId, int64_t timeNs
     std::vector<OpenSlice>& slices = mTracks[thread].slices;
     const auto first = std::find_if(slices.begin(), slices.end(), isOfTask);
     if (mSpans.endRun(thread, uniqueTaskId, timeNs) || first == slices.end()) {
-        return;  // ended together with another run of the task on this thread
+        return;  // has ended with another run of the task on this thread
     }
     writeSections(thread, timeNs);
     for (auto above = slices.end(); above != first;) {

@@ -2,8 +2,8 @@
  * Writes a trace that chrome://tracing and Perfetto open: a track for every thread with the tasks
  * that it runs and the library's sections within, each with its arguments; asynchronous slices for
  * the passes of anchors and for critical spans; instants for vsync, for refused commands and for
- * calls that returned -1; counters for the frame rate and the merged levels. It is written as the
- * session goes, not kept.
+ * calls that returned -1; counters for the frame rate and the merged levels. It is written while
+ * the session is played and not kept in memory.
  */
 #pragma once
 
@@ -23,7 +23,7 @@
 
 namespace desk {
 
-// What the trace is of.
+// The origin of the trace.
 struct TraceSource {
     std::string session;
     std::string tuning;
@@ -33,13 +33,13 @@ class TraceWriter : public CallListener {
   public:
     // Switches the collection of sections on.
     TraceWriter(std::shared_ptr<LineSink> sink, TraceSource source);
-    // Leaves a whole document, also after an error.
+    // Completes the document, also after an error.
     ~TraceWriter() override;
     TraceWriter(const TraceWriter&) = delete;
     TraceWriter& operator=(const TraceWriter&) = delete;
 
     void onCall(const PlayedCall& played) override;
-    // Ends what is open and the document.
+    // Ends all open slices and the document.
     void finish();
 
   private:
@@ -56,7 +56,7 @@ class TraceWriter : public CallListener {
         std::vector<OpenSlice> slices;     // outermost first
         std::vector<TraceEvent> sections;  // of the last call, not written yet
         std::string callArguments;         // of that call, as a JSON object
-        int64_t lastNs = -1;               // of the last end of a slice that was written
+        int64_t lastNs = -1;               // of the last event written
     };
     // Of a task, by the session's thread number.
     struct Run {
@@ -82,8 +82,8 @@ class TraceWriter : public CallListener {
     void writeInstant(const PlayedCall& played, std::string_view name, std::string_view scope,
                       std::string_view arguments);
     void writeCounter(Counter& counter, int64_t timeNs, int64_t value);
-    // One end of a slice. Both bear its name and arguments, by which some importers match them. Two
-    // on one track are at least a nanosecond apart: importers sort by time.
+    // Writes the begin or end event of a slice. Both have its name and arguments, by which some
+    // importers match them. Those of one track differ in time, because importers sort by it.
     void writeSliceEnd(char phase, uint32_t thread, int64_t timeNs, std::string_view name,
                        std::string_view arguments);
 
@@ -93,7 +93,7 @@ class TraceWriter : public CallListener {
     std::vector<Track> mTracks;                            // by the session's thread number
     std::unordered_map<uint32_t, Task> mTasks;             // by unique task id
     std::unordered_map<uint32_t, std::vector<Run>> mRuns;  // by unique task id
-    std::vector<TraceEvent> mSections;                     // its memory is used for every call
+    std::vector<TraceEvent> mSections;                     // reused for every call
     Counter mFps = {"fps"};
     Counter mPercentLevel = {"percentLevel"};
     std::array<Counter, std::tuple_size_v<ControlLevels>> mLevels;

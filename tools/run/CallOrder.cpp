@@ -6,7 +6,7 @@
 namespace desk {
 
 void CallOrder::add(LiveCall call) {
-    // A call without commands stands behind what has arrived.
+    // A call without commands is ordered after the last command that has arrived.
     const uint64_t place = call.commands.empty() ? mLast : call.commands.front().sequence;
     for (const NumberedCommand& command : call.commands) {
         mLast = std::max(mLast, command.sequence);
@@ -31,7 +31,7 @@ std::optional<LiveCall> CallOrder::nextArrived() {
     return call;
 }
 
-// Gives up waiting for all below, and moves on over what has arrived.
+// Stops waiting for commands below `sequence`, and skips those from there on that have arrived.
 void CallOrder::skipTo(uint64_t sequence) {
     mMissing = sequence;
     mArrived.erase(mArrived.begin(), mArrived.lower_bound(sequence));

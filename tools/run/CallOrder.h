@@ -16,10 +16,10 @@ namespace desk {
 class CallOrder {
   public:
     void add(LiveCall call);
-    // The next call, once all commands ahead of its first one have arrived. None: there may be an
-    // earlier call that is still under way.
+    // The next call, once all commands before its first one have arrived. None while an earlier
+    // call may still be in progress.
     std::optional<LiveCall> next();
-    // The next call of those that have arrived, whatever is under way.
+    // The earliest call that has arrived, even if an earlier one may be in progress.
     std::optional<LiveCall> nextArrived();
     bool isEmpty() const { return mWaiting.empty(); }
 
@@ -27,9 +27,9 @@ class CallOrder {
     void skipTo(uint64_t sequence);
 
     std::multimap<uint64_t, LiveCall> mWaiting;  // by the number of the first command
-    std::set<uint64_t> mArrived;                 // beyond the first that is missing
-    uint64_t mMissing = 1;                       // the first that has not arrived
-    uint64_t mLast = 0;                          // the last that has arrived
+    std::set<uint64_t> mArrived;                 // commands after the first missing one
+    uint64_t mMissing = 1;                       // the first command that has not arrived
+    uint64_t mLast = 0;                          // the last command that has arrived
 };
 
 }  // namespace desk

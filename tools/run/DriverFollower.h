@@ -1,5 +1,6 @@
 /*
- * What the driver of another process knows, from what it was seen to receive and to answer.
+ * The state of the driver in another process, derived from the commands it received and its
+ * answers.
  */
 #pragma once
 
@@ -10,8 +11,8 @@ namespace desk {
 
 class DriverFollower {
   public:
-    // To be told of all in the order in which the driver received them. Fills in the control that
-    // is in force after a command that can change it.
+    // To be called for every command, in the order in which the driver received them. Fills in the
+    // control that is in force after a command that can change it.
     void take(ReceivedCommand& received);
 
     DriverSnapshot snapshot() const;

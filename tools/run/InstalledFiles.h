@@ -1,5 +1,5 @@
 /*
- * Files that are installed with velk-run, found beside it wherever that is.
+ * Files that are installed with velk-run. They are found relative to it.
  */
 #pragma once
 
@@ -8,11 +8,11 @@
 
 namespace desk {
 
-// The path of a library that belongs to the desk. Throws std::runtime_error when it is not there,
-// or in a place that cannot be preloaded from.
+// The path of a library that belongs to the desk. Throws std::runtime_error when it is missing,
+// or when its path is one that the loader cannot preload.
 std::string deskLibrary(const std::string& name);
 
-// The folder of the sample's tuning data. Throws std::runtime_error when it is not there.
+// The folder of the sample's tuning data. Throws std::runtime_error when it is missing.
 std::filesystem::path sampleTuning();
 
 }  // namespace desk

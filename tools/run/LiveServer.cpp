@@ -32,12 +32,12 @@ unique_fd listenAt(const std::string& name) {
     unique_fd descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    std::ranges::copy(name, address.sun_path + 1);  // behind a zero: an abstract name
+    std::ranges::copy(name, address.sun_path + 1);  // a leading zero byte makes the name abstract
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
     if (!descriptor.ok() ||
         bind(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), size) != 0 ||
         listen(descriptor.get(), SOMAXCONN) != 0) {
-        fail("no socket for the program");
+        fail("cannot create a socket for the program");
     }
     return descriptor;
 }
@@ -48,15 +48,15 @@ std::string nameOfProcess(pid_t process) {
     return android::base::Trim(name);
 }
 
-// Processes of this user alone, and of those that it runs programs as.
+// The process at the other end of the connection, 0 when it cannot be determined.
 pid_t processBehind(const unique_fd& descriptor) {
     ucred peer = {};
     socklen_t size = sizeof peer;
     return getsockopt(descriptor.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
-// The frame is small enough for a socket that nothing was sent on; a program that does not take it
-// has ended.
+// The frame fits the empty buffer of a new socket, so this fails only when the program has closed
+// the connection.
 void sendWhole(const unique_fd& descriptor, std::string_view frame) {
     while (!frame.empty()) {
         const ssize_t count = send(descriptor.get(), frame.data(), frame.size(), MSG_NOSIGNAL);
@@ -141,7 +141,7 @@ ssize_t LiveServer::receiveFrom(Stream& stream) {
     const int error = errno;
     stream.bytes.resize(former + static_cast<size_t>(std::max<ssize_t>(count, 0)));
     takeFrames(stream);
-    // A connection that is broken has ended.
+    // A broken connection counts as an end of the stream.
     return count < 0 && error != EAGAIN && error != EINTR ? 0 : count;
 }
 

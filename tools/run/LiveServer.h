@@ -1,5 +1,5 @@
 /*
- * Where programs connect to velk-run. The first process that uses the library is followed.
+ * The socket that programs connect to. The first process that uses the library is followed.
  */
 #pragma once
 
@@ -28,14 +28,14 @@ class LiveServer {
     const std::string& name() const { return mName; }
     // The process that is followed, 0 while there is none.
     pid_t followed() const { return mFollowed; }
-    // Readable once it has ended; -1 while there is none to wait for.
+    // Readable once that process has ended; -1 while there is none.
     int followedDescriptor() const { return mFollowedDescriptor.get(); }
-    // Processes that used the library and were left alone.
+    // Other processes that used the library; they are not followed.
     size_t others() const { return mOthers.size(); }
 
-    // Adds what there is to wait for.
+    // Adds the descriptors to poll.
     void addTo(std::vector<pollfd>& waiting) const;
-    // Takes in what has arrived, without waiting. False when that was nothing. Throws
+    // Reads what has arrived, without waiting. False when nothing has. Throws
     // std::runtime_error.
     bool receive();
 
@@ -44,14 +44,14 @@ class LiveServer {
 
     struct Stream {
         android::base::unique_fd descriptor;
-        std::string bytes;  // of a frame that is not whole yet
+        std::string bytes;  // of an incomplete frame
     };
 
-    // False when nobody wants to connect.
+    // False when no connection is pending.
     bool acceptAll();
     void accept(android::base::unique_fd descriptor);
     void sayLeftAlone(pid_t process);
-    // Returns the count of bytes, 0 at the end, -1 when there are none for now.
+    // Returns the number of bytes, 0 at the end of the stream, -1 when there are none yet.
     ssize_t receiveFrom(Stream& stream);
     void takeFrames(Stream& stream);
 

@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// A call that takes longer than this does not hold up those that follow it.
+// How long later calls are held back for one that has not ended.
 constexpr milliseconds kPatience(50);
 
 }  // namespace
@@ -92,7 +92,7 @@ void LiveSession::tell(LiveCall& live) {
     }
 }
 
-// A thread may have sent sections of others. Those of a call arrive with it or ahead of it.
+// A thread may send sections of other threads too. Those of a call arrive with it or before it.
 void LiveSession::takeSections(LiveCall& live) {
     for (const TraceEvent& section : live.sections) {
         mSections[section.tid].push_back(section);
@@ -105,8 +105,8 @@ void LiveSession::takeSections(LiveCall& live) {
     }
 }
 
-// When the driver received its first command, or when it ended without any: that is the order of
-// the calls.
+// The time at which the driver received the first command of the call, or at which a call without
+// commands ended. Calls are ordered by it.
 int64_t LiveSession::timeOf(const LiveCall& live) {
     constexpr int64_t kNsPerUs = 1000;
     const int64_t timeNs = live.commands.empty() ? live.endNs : live.commands.front().timeNs;

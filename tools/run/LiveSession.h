@@ -1,5 +1,5 @@
 /*
- * The calls of a live program: from the frames that it sends to those who listen.
+ * The calls of a live program: decodes the frames that it sends, and notifies the listeners.
  */
 #pragma once
 
@@ -23,12 +23,12 @@ class LiveSession {
   public:
     explicit LiveSession(std::vector<CallListener*> listeners) : mListeners(std::move(listeners)) {}
 
-    // Takes in a call, and tells of every call whose place is certain.
+    // Adds a call, and notifies the listeners of every call whose place in the order is certain.
     void take(std::string_view content);
-    // How long the oldest call that is kept back may still wait for an earlier one, none when there
-    // is none. Calls that have waited long enough are told of.
+    // Notifies of calls that have been held back long enough. Returns how long the oldest remaining
+    // one may still wait for an earlier one, none when no call is held back.
     std::optional<std::chrono::milliseconds> advance();
-    // Tells of all calls that are kept back.
+    // Notifies of all calls that are held back.
     void finish();
     // There is nothing to be done for now.
     void wait();
@@ -50,7 +50,7 @@ class LiveSession {
     DriverFollower mDriver;
     FailureJudge mJudge;
     LineReader mLineReader;
-    std::map<uint32_t, std::vector<TraceEvent>> mSections;  // by thread id, of calls to come
+    std::map<uint32_t, std::vector<TraceEvent>> mSections;  // by thread id, for later calls
     int64_t mLastUs = 0;
     uint64_t mCalls = 0;
     uint64_t mForeignCommands = 0;

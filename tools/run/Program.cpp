@@ -36,7 +36,7 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
     return result;
 }
 
-// The environment with what is to be preloaded behind what already was, which may have to be first.
+// The environment with libraries added at the end of LD_PRELOAD: those in it may have to be first.
 std::vector<std::string> environmentOf(const Start& start) {
     constexpr std::string_view kPreload = "LD_PRELOAD=";
     const std::string libraries = fmt::format("{}", fmt::join(start.libraries, ":"));
@@ -138,7 +138,7 @@ void endBySignal(int signal) {
     sigaddset(&only, signal);
     pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
     kill(getpid(), signal);
-    _exit(128 + signal);  // a signal that ends nothing here
+    _exit(128 + signal);  // the signal did not end this process
 }
 
 }  // namespace desk

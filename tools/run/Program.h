@@ -13,12 +13,12 @@
 
 namespace desk {
 
-// As env, timeout and the like: what is not the program's own exit status.
+// Exit statuses that are not the program's own, as env and timeout use them.
 inline constexpr int kExitToolFailed = 125;
 inline constexpr int kExitNotExecutable = 126;
 inline constexpr int kExitNotFound = 127;
 
-// The program cannot be run, or nothing could be seen of it.
+// The program cannot be run, or none of its calls could be seen.
 class ProgramError : public std::runtime_error {
   public:
     ProgramError(int exitStatus, const std::string& text)
@@ -35,7 +35,7 @@ void refuseUnseen(const std::string& program);
 
 struct Start {
     std::vector<std::string> words;      // the program and its arguments
-    std::vector<std::string> libraries;  // to be preloaded, behind those of the environment
+    std::vector<std::string> libraries;  // to be preloaded, after those of the environment
     std::vector<std::string> variables;  // NAME=VALUE, to be added to the environment
 };
 
@@ -49,12 +49,12 @@ class Program {
     Program& operator=(const Program&) = delete;
 
     pid_t process() const { return mProcess; }
-    // Readable once it has ended.
+    // Readable once the program has ended.
     int descriptor() const { return mDescriptor.get(); }
-    // Takes its end in, which it waits for.
+    // Waits for the end of the program.
     void await();
 
-    // "exited with 0", "ended by SIGSEGV". Once it has ended, as the next one.
+    // "exited with 0", "ended by SIGSEGV". This and status() are valid once it has ended.
     std::string ending() const;
     // Exit status, or the negative number of the signal that ended it.
     int status() const;
@@ -65,10 +65,10 @@ class Program {
     std::optional<int> mWaitStatus;
 };
 
-// Ends this process as the signal would end it, without another dump of memory.
+// Ends this process by the signal, without a second core dump.
 [[noreturn]] void endBySignal(int signal);
 
-// To be called first of all: which signals this process was given as ignored.
+// Stores which signals this process inherited as ignored. To be called before all else.
 void rememberSignals();
 
 }  // namespace desk

@@ -109,7 +109,7 @@ void refuseUnseen(const std::string& program) {
     unique_fd descriptor;
     unique_fd ownDescriptor;
     if (!readHead(file, head, descriptor) || !readHead("/proc/self/exe", own, ownDescriptor)) {
-        return;  // a script, whose interpreter is what runs; or the start tells what is wrong
+        return;  // a script, run by its interpreter; any other file fails at the start
     }
     if (head.e_machine != own.e_machine || head.e_ident[EI_CLASS] != own.e_ident[EI_CLASS]) {
         throw ProgramError(kExitToolFailed,

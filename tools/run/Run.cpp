@@ -37,7 +37,7 @@ void refuseToOverwriteInputs(const RunOptions& options) {
     refuseSharedFiles(inputs, outputs);
 }
 
-// The program may look at other files than this process does, so it gets the texts.
+// The program may see other files than this process does, so it gets the texts.
 std::optional<std::string> textOf(const std::filesystem::path& file) {
     std::string text;
     constexpr bool kFollowLinks = true;
@@ -63,7 +63,7 @@ Start startOf(const RunOptions& options, const std::string& socketName) {
     Start start;
     start.words = options.program;
     start.variables.push_back(fmt::format("{}={}", kSocketVariable, socketName));
-    // The recorder comes first: in exact order a call waits there, and only then is it seen here.
+    // The recorder is first: in exact order calls wait in it, and the agent sees them after that.
     if (options.recording) {
         start.libraries.push_back(deskLibrary("libvelkrecord.so"));
         start.variables.push_back("VELK_RECORD=" +
@@ -75,7 +75,7 @@ Start startOf(const RunOptions& options, const std::string& socketName) {
     return start;
 }
 
-// A running program and what is heard of it.
+// A running program and the calls that it reports.
 class LiveRun {
   public:
     LiveRun(const RunOptions& options, Outputs& outputs)
@@ -86,7 +86,7 @@ class LiveRun {
         mProgram.emplace(startOf(options, mServer->name()));
     }
 
-    // To the end of the program, and of the process that is followed.
+    // Until the program and the process that is followed have both ended.
     void follow() {
         while (!mHasProgramEnded || isFollowing()) {
             waitForAny();
@@ -106,7 +106,7 @@ class LiveRun {
         mSession.finish();
     }
 
-    // After an error: nobody is to wait for this process.
+    // After an error: closes the connection, so that the program does not wait for this process.
     void letGo() {
         mServer.reset();
         if (!mHasProgramEnded) {
@@ -173,7 +173,7 @@ class LiveRun {
     std::vector<pollfd> mWaiting;
 };
 
-// Where what was seen is not what the user may expect.
+// Reports where less was seen than the user may expect.
 void sayWhatIsMissing(const std::string& program, const LiveSession& session) {
     if (session.foreignCommands() > 0) {
         sayError(kProgram,

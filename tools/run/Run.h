@@ -8,7 +8,7 @@
 namespace desk {
 
 // Runs the program, prints, and returns the exit status; ends the process as the program ended if
-// that was by a signal. Throws std::exception when there is nothing to be run or to be seen.
+// that was by a signal. Throws std::exception when the program cannot be run or observed.
 int run(const RunOptions& options);
 
 }  // namespace desk

@@ -44,7 +44,7 @@ Exit status:
   126  the program cannot be executed
   127  there is no such program)";
 
-// CLI11 knows nothing of what stands behind "--".
+// The usage line that CLI11 makes lacks the part after "--".
 class UsageWithProgram : public CLI::Formatter {
   public:
     std::string make_usage(const CLI::App* /*app*/, std::string /*name*/) const override {
@@ -80,7 +80,7 @@ std::variant<RunOptions, int> parseRunOptions(int argc, const char* const* argv)
         return *status == kExitAsExpected ? kExitAsExpected : kExitToolFailed;
     }
     if (end - mark < 2) {
-        sayError(kProgram, "no program, expected -- PROGRAM [ARGUMENTS] behind the options");
+        sayError(kProgram, "no program, expected -- PROGRAM [ARGUMENTS] after the options");
         sayError(kProgram, "try velk-run --help");
         return kExitToolFailed;
     }

@@ -18,7 +18,7 @@ struct RunOptions {
     CommonOptions common;
 };
 
-// Where the command line asks for an end, the exit status; what there is to say is said.
+// Returns an exit status when the tool is to end, for help or an error; its text is printed then.
 std::variant<RunOptions, int> parseRunOptions(int argc, const char* const* argv);
 
 }  // namespace desk

@@ -10,7 +10,7 @@ namespace desk {
 
 namespace {
 
-// A blocked signal would be delivered even where it is ignored.
+// An ignored signal is left out: once blocked, it would be received all the same.
 sigset_t signalsNotIgnored() {
     sigset_t signals;
     sigemptyset(&signals);

@@ -1,5 +1,5 @@
 /*
- * The signals that ask velk-run to end: they are for the program.
+ * Passes the signals that ask velk-run to end on to the program.
  */
 #pragma once
 
@@ -10,8 +10,8 @@
 
 namespace desk {
 
-// Takes in SIGHUP, SIGINT, SIGQUIT and SIGTERM from its making to its end; one that this process
-// has had ignored stays ignored. Not for several threads.
+// Receives SIGHUP, SIGINT, SIGQUIT and SIGTERM during its lifetime. A signal that was ignored
+// before stays ignored. Not thread-safe.
 class SignalPassing {
   public:
     // Throws std::system_error.
@@ -20,12 +20,12 @@ class SignalPassing {
     SignalPassing(const SignalPassing&) = delete;
     SignalPassing& operator=(const SignalPassing&) = delete;
 
-    // Readable when one has come.
+    // Readable when a signal is pending.
     int descriptor() const { return mSignals.get(); }
-    // Takes the signals in that have come, and sends them on to the process. Those of the terminal
-    // have gone to the program too.
+    // Receives the pending signals and sends them to the process, except those that the terminal
+    // has sent to the program as well.
     void pass(pid_t process);
-    // The first signal so far, 0 when there was none.
+    // The first signal received so far, 0 when there was none.
     int received() const { return mReceived; }
 
   private:

@@ -18,7 +18,7 @@ namespace {
 using nlohmann::ordered_json;
 using TuningPointer = std::shared_ptr<const TuningData>;
 
-// Calls that fail belong to the comparison, and are said besides.
+// Failed calls are part of the comparison; a message reports them as well.
 ordered_json viewOf(const std::string& session, const std::string& folder,
                     const TuningPointer& tuning) {
     DriverView view;

@@ -7,7 +7,7 @@
 
 namespace desk {
 
-// Returns the exit status. Throws std::exception for what ends it.
+// Returns the exit status. Throws std::exception when the subcommand cannot go on.
 int compare(const CompareOptions& options);
 
 }  // namespace desk

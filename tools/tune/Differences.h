@@ -8,12 +8,12 @@
 
 namespace desk {
 
-// Of one session under two tunings, both results of a DriverView. Tables for people; empty when
-// nothing changes.
+// Compares one session under two tunings, both given as results of a DriverView. Returns tables as
+// text, empty when nothing changes.
 std::string differencesAtDriver(const nlohmann::ordered_json& a, const nlohmann::ordered_json& b);
 
-// Of two sessions under one tuning, both results of a DriverView: times, boosts and counts of both,
-// and the size of each change against the spread.
+// Compares two sessions under one tuning, both given as results of a DriverView: times, boosts and
+// counts of both, and each change relative to the spread.
 std::string changesBetween(const nlohmann::ordered_json& a, const nlohmann::ordered_json& b);
 
 }  // namespace desk

@@ -22,12 +22,12 @@ TextTable sideBySide() {
     return TextTable({Align::Left, Align::Left, Align::Right, Align::Right});
 }
 
-// A heading and the table below it, unless that is empty.
+// A heading and the table below it. Empty when the table is.
 std::string section(const char* heading, const TextTable& table) {
     return table.isEmpty() ? "" : fmt::format("{}\n{}", heading, table.text());
 }
 
-// Long arrays without the zeros at their end.
+// The value as text. Long arrays lose the zeros at their end.
 std::string textOf(const ordered_json& value) {
     if (!value.is_array()) {
         return value.is_string() ? value.get<std::string>() : value.dump();
@@ -44,7 +44,7 @@ std::string memberText(const ordered_json& object, const std::string& key) {
     return object.contains(key) ? textOf(object[key]) : kNothing;
 }
 
-// The different records of a subject, by the line of the first.
+// The distinct records of a subject, by the line at which each came first.
 std::map<uint64_t, ordered_json> recordsOf(const ordered_json& view, const std::string& subject) {
     std::map<uint64_t, ordered_json> records;
     if (view["records"].contains(subject)) {
@@ -102,7 +102,7 @@ void compareSubject(const std::string& subject, const ordered_json& a, const ord
 
 struct SubjectGroup {
     const char* heading;
-    std::vector<std::string> prefixes;  // that their names begin with; none: all others
+    std::vector<std::string> prefixes;  // of the subjects' names; none: all other subjects
 };
 
 const std::vector<SubjectGroup>& subjectsOfRecords() {
@@ -145,7 +145,7 @@ std::string recordDifferences(const ordered_json& a, const ordered_json& b) {
     return text;
 }
 
-// The objects of a list of the summary, by their number.
+// The objects of one of the summary's lists, by number.
 std::map<int, ordered_json> listOf(const ordered_json& view, const char* list, const char* number) {
     std::map<int, ordered_json> objects;
     for (const ordered_json& each : view["summary"][list]) {

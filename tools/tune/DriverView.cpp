@@ -14,7 +14,7 @@ using nlohmann::ordered_json;
 
 namespace {
 
-// A control that the caller handed over goes by its category: its values are the caller's.
+// A control that the caller supplied is named by its category; its values are the caller's.
 std::string senderOf(const SessionCall& call) {
     if (call.info->name == kInitCall) {
         return "default control of init";

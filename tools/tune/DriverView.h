@@ -1,5 +1,5 @@
 /*
- * What a driver gets to see of tuning data while a session is played.
+ * What a driver receives under given tuning data while a session is played.
  */
 #pragma once
 
@@ -13,9 +13,9 @@
 namespace desk {
 
 /*
- * Its result has the members `summary`, as velk-replay prints it, and `records`: of each subject
- * ("task 5", "anchor 1", a call that sends a control) the different records that it led to,
- * each with the line of the first and their number. `unexpected` says what went wrong, if anything.
+ * The result has the members `summary`, as velk-replay prints it, and `records`: for each subject
+ * ("task 5", "anchor 1", a call that sends a control) the distinct records that were sent for it,
+ * each with the line of the first and a count. `unexpected` says what went wrong, if anything.
  * Thread ids and unique task ids, which depend on the run and not on the tuning, are left out.
  */
 class DriverView : public Evaluation {
@@ -32,7 +32,7 @@ class DriverView : public Evaluation {
     void takeCommand(const PlayedCall& played, const ReceivedCommand& command);
     void add(const std::string& subject, const nlohmann::ordered_json& record,
              const PlayedCall& played);
-    // The critical tasks by name in place of their ids.
+    // The critical tasks by name instead of by id.
     void nameTasks(nlohmann::ordered_json& control) const;
 
     SessionAnalysis mAnalysis;

@@ -19,7 +19,7 @@ bool isFlat(const ordered_json& json) {
                         [](const ordered_json& each) { return each.is_structured(); });
 }
 
-// An array of one flat object needs no lines of its own.
+// An array of one flat object is written on one line as well.
 bool isShort(const ordered_json& json) {
     return json.is_array() && json.size() == 1 && isFlat(json[0]) && json.dump().size() < kMaxWidth;
 }

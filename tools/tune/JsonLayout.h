@@ -1,5 +1,5 @@
 /*
- * JSON as people write tuning files.
+ * JSON in the layout of hand-written tuning files.
  */
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace desk {
 
-// Objects and arrays that hold no others stand on one line, all others have a line for each member
-// or element, four blanks further in.
+// Objects and arrays without nested ones are written on one line. All others have a line for each
+// member or element, indented by four blanks.
 std::string layOut(const nlohmann::ordered_json& json);
 
 }  // namespace desk

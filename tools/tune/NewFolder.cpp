@@ -19,13 +19,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where links and dots lead to, without a slash at the end.
+// The path with links, "." and ".." resolved, without a slash at the end.
 fs::path folderAt(const std::string& path) {
     const fs::path place = fs::weakly_canonical(fs::absolute(path));
     return place.has_filename() ? place : place.parent_path();
 }
 
-// A folder beside the one to be made, which takes its place when it is whole.
+// A temporary folder beside the final one, renamed to it when it is complete.
 class Preparation {
   public:
     explicit Preparation(const fs::path& place) {
@@ -36,7 +36,7 @@ class Preparation {
         mPath = name;
     }
     ~Preparation() {
-        std::error_code ignored;  // what led here is told
+        std::error_code ignored;  // the original error is reported
         fs::remove_all(mPath, ignored);
     }
     Preparation(const Preparation&) = delete;
@@ -48,14 +48,14 @@ class Preparation {
         const mode_t mask = umask(0);
         umask(mask);
         fs::permissions(mPath, static_cast<fs::perms>(0777 & ~mask));
-        fs::rename(mPath, place);  // over an empty folder, and over nothing else
+        fs::rename(mPath, place);  // replaces an empty folder, and nothing else
     }
 
   private:
     fs::path mPath;
 };
 
-// Until its end, the signals that ask this process to end have to wait.
+// Blocks the signals that ask this process to end during its lifetime.
 class SignalsHeld {
   public:
     SignalsHeld() {

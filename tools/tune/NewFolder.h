@@ -1,5 +1,5 @@
 /*
- * A folder that is made whole or not at all.
+ * A folder that is created completely or not at all.
  */
 #pragma once
 
@@ -16,8 +16,8 @@ struct NewFile {
 // Throws std::runtime_error unless there is nothing at the path, or an empty folder.
 void requireNewFolder(const std::string& path);
 
-// Makes the folder with the files. Throws std::runtime_error or std::system_error, and leaves
-// nothing behind then.
+// Creates the folder with the files. Throws std::runtime_error or std::system_error, and then
+// leaves nothing behind.
 void writeNewFolder(const std::string& path, const std::vector<NewFile>& files);
 
 }  // namespace desk

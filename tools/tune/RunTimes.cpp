@@ -9,8 +9,8 @@ using nlohmann::ordered_json;
 
 namespace {
 
-// Pairs of a time and how often it came. The longest time is told as it is, so that it is not lost
-// in the middle of its bucket.
+// Pairs of a time and its count. The longest time is exact, where the others are the middle of
+// their bucket.
 ordered_json timesToJson(const Distribution& times) {
     ordered_json pairs = ordered_json::array();
     const DistributionFigures figures = times.figures();

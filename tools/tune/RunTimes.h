@@ -1,6 +1,6 @@
 /*
- * How long tasks and anchors took in a session, for each use case that it brings the library up
- * with.
+ * How long tasks and anchors took in a session, for each use case with which it initialises the
+ * library.
  */
 #pragma once
 
@@ -16,7 +16,7 @@ namespace desk {
 struct UseCaseTimes {
     std::map<int, Distribution> runs;     // by task
     std::map<int, Distribution> latency;  // by anchor
-    std::map<int, Distribution> jitter;   // likewise
+    std::map<int, Distribution> jitter;   // by anchor
 };
 
 using RunTimes = std::map<UseCase, UseCaseTimes>;
@@ -31,7 +31,7 @@ class RunTimesEvaluation : public Evaluation {
     SessionAnalysis* mCurrent = nullptr;
 };
 
-// Adds what an evaluation of that kind told.
+// Adds the result of such an evaluation.
 void addRunTimes(const nlohmann::ordered_json& told, RunTimes& times);
 
 }  // namespace desk

@@ -35,8 +35,8 @@ TextTable timesTable() {
     return table;
 }
 
-// The change of the median, and how wide times lie anyway: the larger one of both distances from
-// p50 to p90.
+// The change of the median, and the spread to compare it with: the larger of the distances from p50
+// to p90 in both sessions.
 void addRow(const std::string& name, const TimesOfBoth& times, TextTable& table) {
     std::vector<std::string> cells = {name, fmt::format("{}", times.count[0]),
                                       fmt::format("{}", times.count[1])};
@@ -59,7 +59,7 @@ void addRow(const std::string& name, const TimesOfBoth& times, TextTable& table)
     table.add(std::move(cells));
 }
 
-// How the times of one kind are called in the objects of a list of the summary.
+// The keys of one kind of times in the objects of one of the summary's lists.
 struct TimeKeys {
     const char* list;
     const char* number;
@@ -96,7 +96,7 @@ void addTimes(const ordered_json* const views[2], const TimeKeys& keys, TextTabl
     }
 }
 
-// How long the controls of each category were active; of those that a summary lists.
+// How long the controls of each category were active, among those that the summary lists.
 void addBoosts(const ordered_json* const views[2], TextTable& table) {
     std::map<int, Distribution> durations[2];
     std::set<int> categories;
@@ -132,7 +132,7 @@ void addShare(const std::string& name, const int64_t (&us)[2], const int64_t (&w
                fmt::format("{:+.1f}", change + 0.0)});
 }
 
-// For which share of each session levels were in force.
+// The share of each session in which each level was in force.
 std::string shareChanges(const ordered_json* const views[2]) {
     TextTable table({Align::Left, Align::Right, Align::Right, Align::Right});
     table.add({"", "A", "B", "change"});

@@ -51,7 +51,7 @@ ordered_json play(const std::string& session, const std::shared_ptr<const Tuning
     return evaluation.result();
 }
 
-// False when the other end of the pipe has gone.
+// False when the other end of the pipe is closed.
 bool writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t count = write(descriptor, text.data(), text.size());
@@ -83,13 +83,13 @@ int statusOf(pid_t process) {
     int status = 0;
     while (waitpid(process, &status, 0) < 0) {
         if (errno != EINTR) {
-            throw std::system_error(errno, std::generic_category(), "no end of a replay");
+            throw std::system_error(errno, std::generic_category(), "cannot wait for a replay");
         }
     }
     return status;
 }
 
-// As if the signal that ended the replay had come to this process.
+// Ends this process by the signal that ended the replay.
 void passOn(int signal) {
     if (signal == SIGHUP || signal == SIGINT || signal == SIGTERM) {
         std::signal(signal, SIG_DFL);
@@ -104,11 +104,11 @@ ordered_json replayApart(const std::string& session,
     unique_fd input;
     unique_fd output;
     if (!android::base::Pipe(&input, &output)) {
-        throw std::system_error(errno, std::generic_category(), "no pipe to a replay");
+        throw std::system_error(errno, std::generic_category(), "cannot create a pipe to a replay");
     }
     const pid_t process = fork();
     if (process < 0) {
-        throw std::system_error(errno, std::generic_category(), "no process for a replay");
+        throw std::system_error(errno, std::generic_category(), "cannot start a replay");
     }
     if (process == 0) {
         input.reset();
@@ -123,7 +123,7 @@ ordered_json replayApart(const std::string& session,
     passOn(WIFSIGNALED(status) ? WTERMSIG(status) : 0);
     if (!isRead || status != 0) {
         throw std::runtime_error(fmt::format(
-                "{}: the replay cannot be heard of ({})", session,
+                "{}: the replay has sent no result ({})", session,
                 WIFSIGNALED(status) ? strsignal(WTERMSIG(status)) : std::strerror(readError)));
     }
     ordered_json told = ordered_json::parse(text);

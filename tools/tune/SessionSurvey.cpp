@@ -9,7 +9,7 @@ namespace desk {
 namespace {
 
 constexpr int kHandedOverCategory = 0;
-constexpr int kUsualUser = 4;  // of markCriticalTask() without one
+constexpr int kUsualUser = 4;  // that markCriticalTask() takes by default
 
 }  // namespace
 

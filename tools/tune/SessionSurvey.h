@@ -1,6 +1,6 @@
 /*
- * What sessions ask of the tuning data: in which use cases, for which tasks, categories and
- * anchors.
+ * What sessions need of the tuning data: the use cases, and in each of them the tasks, categories
+ * and anchors.
  */
 #pragma once
 
@@ -30,7 +30,7 @@ struct UseCase {
 // "scenario 1 and customization 2"
 std::string describeUseCase(const UseCase& useCase);
 
-// The first call that asks for something.
+// The first call that needs something.
 struct CallPlace {
     std::string session;
     uint64_t line = 0;
@@ -39,18 +39,18 @@ struct CallPlace {
 struct AskedTuning {
     CallPlace init;
     std::map<int, CallPlace> tasks;
-    std::map<int, CallPlace> categories;  // but those whose control a caller handed over before
+    std::map<int, CallPlace> categories;  // without those whose control a caller had supplied
     std::map<int, CallPlace> anchors;
 };
 
 class SessionSurvey {
   public:
-    // Reads a session, and goes on behind lines that are no call.
+    // Reads a session. Lines that are not a call are reported and skipped.
     void read(const std::string& path);
 
-    // By what the library was brought up with.
+    // By use case, as given to init.
     const std::map<UseCase, AskedTuning>& useCases() const { return mUseCases; }
-    // "FILE:LINE: FIELD: PROBLEM, expected EXPECTED" of every line that is no call.
+    // "FILE:LINE: FIELD: PROBLEM, expected EXPECTED" for each of these lines.
     const std::vector<std::string>& faults() const { return mFaults; }
 
   private:
@@ -60,10 +60,10 @@ class SessionSurvey {
 
     std::map<UseCase, AskedTuning> mUseCases;
     std::vector<std::string> mFaults;
-    // Of the session that is being read.
+    // The state of the session that is being read.
     uint64_t mUsers = 0;
     std::optional<UseCase> mCurrent;  // while the library is up
-    std::set<int> mHandedOver;        // categories with a control from a caller
+    std::set<int> mHandedOver;        // categories with a control that a caller supplied
 };
 
 }  // namespace desk

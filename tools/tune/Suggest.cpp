@@ -88,7 +88,7 @@ int suggest(const SuggestOptions& options) {
                                    [](const Suggestion& each) { return each.targetUs > 0; });
     suggestions.insert(suggestions.end(), leftAlone.begin(), leftAlone.end());
     if (isAny) {
-        draft.data();  // refuses what no loader would take
+        draft.data();  // throws when the loader refuses the result
         writeNewFolder(options.output, filesOf(draft.texts()));
     }
     printResult(tableOf(suggestions, options.percentile));

@@ -44,7 +44,7 @@ std::string nameOf(const Subject& subject) {
     return fmt::format("task {}", subject.number);
 }
 
-// Use cases that one variant serves have the target in one place: their times belong together.
+// Use cases that share a variant share its targets, so their times are joined.
 using Subjects = std::map<TuningPlace, Subject>;
 
 void gather(const TuningDraft& complete, const UseCase& useCase, Subject::Kind kind,

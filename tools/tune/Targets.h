@@ -12,13 +12,13 @@
 
 namespace desk {
 
-// What a target is for, and the times that were recorded of it.
+// What a target applies to, and the times recorded for it.
 struct Subject {
     enum class Kind : uint8_t { Task, Latency, Jitter };
 
     Kind kind = Kind::Task;
     int number = 0;
-    UseCase useCase;  // the first one that it was recorded in
+    UseCase useCase;  // the first in which it was recorded
     Distribution times;
 };
 
@@ -27,22 +27,22 @@ struct Suggestion {
     uint64_t count = 0;
     int64_t percentileUs = 0;
     int64_t formerUs = 0;  // 0: none
-    int64_t targetUs = 0;  // 0: is left alone
-    std::string reason;    // why it is what it is
+    int64_t targetUs = 0;  // 0: unchanged
+    std::string reason;    // why this target
 };
 
 // Rounded up to steps of 100 us, above 100 ms to steps of 1 ms, and above 1 s to steps of 10 ms.
 int64_t roundUpTarget(int64_t us);
-// How many times tell that percentile: with fewer, none is expected to lie above it.
+// How many times the percentile needs: with fewer, less than one is expected above it.
 uint64_t fewestTimes(int percentile);
 
-// A draft in which everything that the sessions start and pass has a target, so that a replay shows
-// all times. Adds to `leftAlone` what can have none.
+// A draft with targets for all tasks and anchors of the sessions, so that a replay measures all
+// times. Adds those that can have no target to `leftAlone`.
 TuningDraft completeDraft(const TuningDraft& base, const SessionSurvey& survey,
                           std::vector<Suggestion>& leftAlone);
 
-// Sets the targets in the draft, which is that of the base. `complete` is the one that the times
-// were recorded with.
+// Sets the targets in `draft`, which holds the base. `complete` is the draft with which the times
+// were measured.
 std::vector<Suggestion> suggestTargets(const TuningDraft& complete, const RunTimes& times,
                                        int percentile, TuningDraft& draft);
 

@@ -1,5 +1,5 @@
 /*
- * A table for people: columns as wide as they have to be, two blanks between them.
+ * A table as text: columns as wide as their content, with two blanks between them.
  */
 #pragma once
 
@@ -15,11 +15,11 @@ class TextTable {
 
     explicit TextTable(std::vector<Align> columns) : mColumns(std::move(columns)) {}
 
-    // As many cells as there are columns.
+    // Adds a row. The number of cells is that of the columns.
     void add(std::vector<std::string> cells) { mRows.push_back(std::move(cells)); }
     bool isEmpty() const { return mRows.empty(); }
 
-    // The lines, each with its end and with two blanks ahead.
+    // The lines, indented by two blanks, each with its newline.
     std::string text() const;
 
   private:

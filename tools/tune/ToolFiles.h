@@ -12,12 +12,12 @@
 
 namespace desk {
 
-// Throws std::runtime_error when standard output or standard error goes into a tuning file of one
-// of the folders, or into a session.
+// Throws std::runtime_error when standard output or standard error is a tuning file of one of the
+// folders, or a session.
 void keepOutputsFromInputs(const std::vector<std::string>& folders,
                            const std::vector<std::string>& sessions);
 
-// What the loader takes of a folder, or throws std::runtime_error with everything that it refuses.
+// Loads the data of a folder. Throws std::runtime_error with everything that the loader refuses.
 std::shared_ptr<const TuningData> requireTuning(const std::string& folder);
 // The texts of the files of such a folder.
 TuningTexts requireTexts(const std::string& folder);
@@ -25,7 +25,7 @@ TuningTexts requireTexts(const std::string& folder);
 void requireFiles(const std::vector<std::string>& sessions);
 
 // Writes to standard output, with control characters escaped in every line. Throws
-// std::runtime_error when it cannot be written in full; that its reader has gone is no fault.
+// std::runtime_error when it cannot be written in full; a closed pipe is no error.
 void printResult(std::string_view text);
 
 }  // namespace desk

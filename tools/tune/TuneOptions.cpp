@@ -83,7 +83,7 @@ void addCheck(CLI::App& app, CheckOptions& options) {
     check.add_option("DIR", options.folder, "Folder with platform.json and its companions")
             ->required();
     check.add_option("SESSION", options.sessions,
-                     "Sessions that the data is for; - is standard input");
+                     "Sessions to check the data against; - is standard input");
     check.add_flag("--strict", options.isStrict, "Exit with 1 when there are warnings");
 }
 
@@ -103,7 +103,7 @@ void addSuggest(CLI::App& app, SuggestOptions& options) {
     suggest.footer(kSuggestHelp);
     suggest.add_option("SESSION", options.sessions, "Sessions to learn from")->required();
     suggest.add_option("--percentile", options.percentile,
-                       "The share of times that is to keep the target, 1 to 99; 90 unless given")
+                       "Percentage of times that are to meet the target, 1 to 99; default 90")
             ->check(CLI::Range(1, 99));
     suggest.add_option("--base", options.base, "Folder with the tuning data to start from")
             ->type_name("DIR");
@@ -113,7 +113,7 @@ void addSuggest(CLI::App& app, SuggestOptions& options) {
 }
 
 void sortWords(const std::vector<std::string>& words, CompareOptions& options) {
-    std::error_code ignored;  // what cannot be looked at is told when it is read
+    std::error_code ignored;  // an unreadable path is reported when it is read
     const bool isFolder = !words.empty() && std::filesystem::is_directory(words.front(), ignored);
     options.folders.insert(options.folders.end(), words.begin(), words.begin() + isFolder);
     options.sessions.assign(words.begin() + isFolder, words.end());

@@ -30,7 +30,7 @@ struct SuggestOptions {
 
 using TuneOptions = std::variant<CheckOptions, CompareOptions, SuggestOptions>;
 
-// Where the command line asks for an end, the exit status; what there is to say is said.
+// Returns an exit status when the tool is to end, for help or an error; its text is printed then.
 std::variant<TuneOptions, int> parseTuneOptions(int argc, const char* const* argv);
 
 }  // namespace desk

@@ -31,7 +31,7 @@ std::optional<size_t> findElement(const ordered_json& list, const char* member, 
                                : std::nullopt;
 }
 
-// The anchor specs that serve the use case: for its customization, or else for every one.
+// The anchor specs that serve the use case: those for its customization, or else for all.
 std::optional<size_t> findSpecs(const ordered_json& source, const UseCase& useCase) {
     std::optional<size_t> found;
     const ordered_json specs = source.value("anchorSpecs", ordered_json::array());
@@ -98,7 +98,7 @@ TuningDraft::File& TuningDraft::changedFile(const std::string& file) {
     return changed;
 }
 
-// The library asks the customer's data without a customization.
+// The library looks up the customer's data without a customization.
 std::optional<TuningPlace> TuningDraft::findVariant(const UseCase& useCase, bool isPlatform) const {
     const auto data = this->data();
     if (!isPlatform && !data->customer) {

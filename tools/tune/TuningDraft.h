@@ -1,5 +1,5 @@
 /*
- * Tuning data as JSON that is being changed.
+ * Tuning data as JSON that can be changed.
  */
 #pragma once
 
@@ -16,7 +16,7 @@ namespace desk {
 
 enum class AnchorTarget : uint8_t { Latency, Jitter };
 
-// The place of a figure: the file and the JSON pointer.
+// The place of a value: its file and JSON pointer.
 struct TuningPlace {
     std::string file;
     std::string path;
@@ -28,31 +28,31 @@ struct TuningPlace {
 
 class TuningDraft {
   public:
-    // Texts that the loader takes.
+    // The texts have to be ones that the loader accepts.
     explicit TuningDraft(const TuningTexts& texts);
 
-    // The data so far. Throws std::runtime_error when the loader refuses it.
+    // The current data. Throws std::runtime_error when the loader refuses it.
     std::shared_ptr<const TuningData> data() const;
-    // As files hold it; a file that was not changed is as it was.
+    // The texts of the files; that of an unchanged file is the original.
     TuningTexts texts() const;
 
-    // Where the target of the task stands in the variant that serves the use case, or nullopt.
+    // The place of the task's target in the variant that serves the use case, or nullopt.
     std::optional<TuningPlace> findTask(const UseCase& useCase, int task) const;
-    // Where the target of the anchor stands that is in force in the use case: the customer's, or
-    // else the platform's. None when both are 0.
+    // The place of the anchor's target that is in force in the use case: the customer's, or else
+    // the platform's. None when both are 0.
     std::optional<TuningPlace> findAnchor(const UseCase& useCase, int anchor,
                                           AnchorTarget target) const;
 
-    // Adds a variant for the use case where the platform has none that serves it: there the
-    // library does not come up.
+    // Adds a variant for the use case when the platform has none that serves it, because init would
+    // fail.
     void serve(const UseCase& useCase);
-    // Whether the task of that target is one whose starts fail.
+    // Whether every start of the task with this target fails.
     bool isSwitchedOff(const TuningPlace& target) const;
     int64_t valueAt(const TuningPlace& place) const;
     void setValue(const TuningPlace& place, int64_t value);
 
-    // The task in the variant that serves the use case, with kNewUclamp and a name of its number;
-    // the variant too where none serves it. For tasks but VELK_TASK_ENUM_GAP that are not negative.
+    // Adds the task, with kNewUclamp and a name made of its number, to the variant that serves the
+    // use case, and that variant if there is none. `task` >= 0, not VELK_TASK_ENUM_GAP.
     TuningPlace addTask(const UseCase& useCase, int task, int64_t targetUs);
     TuningPlace addAnchor(const UseCase& useCase, int anchor, AnchorTarget target, int64_t us);
 
@@ -72,7 +72,7 @@ class TuningDraft {
     File& changedFile(const std::string& file);
     std::optional<TuningPlace> findVariant(const UseCase& useCase, bool isPlatform) const;
     TuningPlace addVariant(const UseCase& useCase, bool isPlatform);
-    // The one that serves the use case, made where there is none.
+    // The variant that serves the use case, added when there is none.
     TuningPlace requireVariant(const UseCase& useCase, bool isPlatform);
 
     File mPlatform;

@@ -57,7 +57,7 @@ class Warnings {
         }
     }
 
-    // An anchor has targets in a scenario that sessions use, and none of them passes it there.
+    // Warns of an anchor that has targets in a scenario of the sessions, but is never passed there.
     void lookAtTargets(const char* file, const TuningSource& source, const SessionSurvey& survey) {
         for (size_t i = 0; i < source.anchorSpecs.size(); ++i) {
             const AnchorSpecs& specs = source.anchorSpecs[i];
@@ -178,7 +178,7 @@ class Warnings {
                (mData.customer && isTaskKnown(*mData.customer, task));
     }
 
-    // The library asks the customer's data without a customization.
+    // The library looks up the customer's data without a customization.
     const TuningVariant* variantFor(const UseCase& useCase, int task) const {
         if (task < VELK_TASK_ENUM_GAP) {
             return mData.platform.findVariant(useCase.scenario, useCase.customization);
@@ -212,7 +212,7 @@ class Warnings {
         }
     }
 
-    // As the library merges them: what the customer names overrides the platform.
+    // Merged as in the library: entries of the customer override those of the platform.
     std::unordered_map<int, std::array<int, 2>> targetsOf(const UseCase& useCase) const {
         auto targets = mData.platform.anchorSpecsFor(useCase.customization)[useCase.scenario];
         if (mData.customer) {

@@ -1,5 +1,5 @@
 /*
- * What is legal in tuning data, and wrong all the same.
+ * Warnings about tuning data that the loader accepts and that is wrong nevertheless.
  */
 #pragma once
 
@@ -14,7 +14,7 @@ namespace desk {
 // A line "FILE: PATH: problem, expected ..." for each. `folder` is what the data was loaded from.
 std::vector<std::string> warningsAbout(const TuningData& data, const std::string& folder);
 
-// What the sessions ask for and do not get, and targets of anchors that none of them passes.
+// What the sessions need and the data lacks, and targets of anchors that no session passes.
 std::vector<std::string> warningsAbout(const TuningData& data, const std::string& folder,
                                        const SessionSurvey& survey);
 

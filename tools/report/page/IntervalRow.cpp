@@ -8,11 +8,11 @@ namespace desk {
 
 namespace {
 
-// With the most rows that a page has they make a file of less than 10 MB.
+// With the largest number of rows these keep the page below 10 MB.
 constexpr size_t kMostExact = 1500;
 constexpr size_t kMostCells = 2048;
 
-// The order of a heap is turned, so that the least one is on top.
+// As the order of a heap it puts the least important interval on top.
 bool isWorthMore(const PageInterval& one, const PageInterval& other) {
     return std::tuple(one.isOver(), one.durationUs) > std::tuple(other.isOver(), other.durationUs);
 }

@@ -1,7 +1,7 @@
 /*
- * A row of the page's timeline, in memory that does not depend on how many intervals there are. The
- * longest of them stay exact, and before these the ones above their target; all others are counted
- * in cells of time, each narrower than a pixel of a page that shows the whole session.
+ * A row of the page's timeline, in memory that does not depend on the number of intervals. Up to a
+ * limit they are kept exactly: first those above their target, then the longest. All others are
+ * counted in cells of time, each narrower than a pixel when the page shows the whole session.
  */
 #pragma once
 
@@ -26,17 +26,17 @@ class IntervalRow {
         uint64_t count = 0;
         int64_t totalUs = 0;
         int64_t longestUs = 0;
-        uint64_t over = 0;  // those above their target
+        uint64_t over = 0;  // intervals above their target
 
         void add(const Cell& other);
     };
 
     void add(const PageInterval& interval);
 
-    // In no order.
+    // Not sorted.
     const std::vector<PageInterval>& exact() const { return mExact; }
-    // From the start of the session on, of the same width. An interval counts in the cell in which
-    // it begins.
+    // Cells of equal width from the start of the session on. An interval is counted in the cell in
+    // which it begins.
     const std::vector<Cell>& cells() const { return mCells; }
     int64_t cellUs() const { return mCellUs; }
 
@@ -44,7 +44,7 @@ class IntervalRow {
     void count(const PageInterval& interval);
     void doubleWidth();
 
-    std::vector<PageInterval> mExact;  // a heap with the one on top that goes first
+    std::vector<PageInterval> mExact;  // a heap, the next one to remove on top
     std::vector<Cell> mCells;
     int64_t mCellUs = 1;
 };

@@ -1,6 +1,6 @@
 /*
- * The merged levels of the controls over time, in bounded memory: where there are too many changes,
- * of those that lie close together the one with the highest level and the last one stay.
+ * The merged levels of the controls over time, in bounded memory: when there are too many changes,
+ * time is divided into cells, and each keeps the change with the highest level and its last one.
  */
 #pragma once
 
@@ -23,7 +23,7 @@ struct LevelChange {
 
 class LevelSeries {
   public:
-    // In the order of time.
+    // Ordered by time.
     void add(const LevelChange& change);
 
     const std::vector<LevelChange>& changes() const { return mChanges; }
@@ -33,7 +33,7 @@ class LevelSeries {
     void thinOut();
 
     std::vector<LevelChange> mChanges;
-    int64_t mCellUs = 1;  // within which two changes stay
+    int64_t mCellUs = 1;  // each cell keeps two changes
     uint64_t mLeftOut = 0;
 };
 

@@ -44,7 +44,7 @@ std::string_view nameOf(EventKind kind) {
     return "";
 }
 
-// Writes a JSON array of what `write` makes of each element.
+// Writes a JSON array; `write` writes each element.
 template <typename Elements, typename Write>
 void writeArray(Output out, const Elements& elements, Write&& write) {
     const char* separator = "[";
@@ -118,7 +118,7 @@ void writeRunBars(Output out, const std::vector<TaskFigures>& tasks) {
     });
 }
 
-// Cuts a list to what a page has room for. Returns how many elements that leaves out.
+// Limits the length of a list. Returns how many elements that leaves out.
 template <typename Element>
 size_t cut(std::vector<Element>& list) {
     constexpr size_t kMost = 500;
@@ -128,7 +128,7 @@ size_t cut(std::vector<Element>& list) {
     return left;
 }
 
-// A session may have any number of these, a page may not.
+// Limits the lists whose length depends on the session.
 void writeSummary(Output out, Summary summary) {
     SessionFigures& figures = summary.figures;
     std::erase_if(summary.driver.tasks, [](const TaskSnapshot& task) { return task.isRegistered; });
@@ -160,7 +160,7 @@ std::string formatData(const Summary& summary, const PageRecorder& recorder) {
     return data;
 }
 
-// In a script element nothing but "<" can begin markup, and in JSON it stands in texts alone.
+// In a script element only "<" can begin markup, and JSON has it only within strings.
 std::string withoutMarkup(const std::string& json) {
     std::string text;
     text.reserve(json.size());
@@ -179,7 +179,7 @@ std::string withoutMarkup(const std::string& json) {
 std::string formatPage(const Summary& summary, const PageRecorder& recorder) {
     const std::string data = withoutMarkup(formatData(summary, recorder));
     std::string page;
-    // By their order in the template.
+    // In the order of the template.
     std::string_view left = kPageTemplate;
     for (const auto& [mark, part] :
          {std::pair<std::string_view, std::string_view>{"/* style */", kPageStyle},

@@ -10,7 +10,7 @@
 
 namespace desk {
 
-// Whatever the session names anything is data in it, never markup.
+// Names in the session are data on the page, never markup.
 std::string formatPage(const Summary& summary, const PageRecorder& recorder);
 
 }  // namespace desk

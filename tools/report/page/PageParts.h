@@ -1,5 +1,5 @@
 /*
- * The files of the page that do not depend on the session, taken in when the tool is built.
+ * The files of the page that do not depend on the session, embedded when the tool is built.
  */
 #pragma once
 

@@ -34,7 +34,7 @@ struct PageRow {
 enum class EventKind : uint8_t { Finding, Refusal, Failure };
 inline constexpr size_t kEventKinds = 3;
 
-// Something at one moment that somebody should look at.
+// A finding, a refusal or a failed call.
 struct PageEvent {
     EventKind kind = EventKind::Finding;
     int64_t atUs = 0;  // since the first call of the session
@@ -56,11 +56,11 @@ class PageRecorder : public CallListener, public IntervalListener {
     uint64_t intervalsWithoutRow() const { return mWithoutRow; }
     const LevelSeries& levels() const { return mLevels; }
     const std::vector<PageEvent>& events() const { return mEvents; }
-    // How many there were, the ones that are not kept among them.
+    // The number of events, including those that are not kept.
     uint64_t countOf(EventKind kind) const { return mEventCounts[static_cast<size_t>(kind)]; }
 
   private:
-    // The kind, the session's number of the thread, 0 for an anchor, and the row's number.
+    // The kind, the number of the thread in the session (0 for an anchor), and the row's number.
     using RowKey = std::tuple<RowKind, uint32_t, int64_t>;
 
     void add(const RowKey& key, std::string_view name, const PageInterval& interval);

@@ -1,7 +1,7 @@
-// What all charts share: colours, axes, and drawing them anew.
+// What all charts share: colours, axes, redrawing.
 
 const charts = [];       // {canvas, make, update, chart}
-const leftOfAxes = 190;  // of all charts over time, so that they stand exactly below one another
+const leftOfAxes = 190;  // of all charts over time, so that they are aligned
 
 function colour(name) {
     return getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
@@ -15,7 +15,7 @@ function makeCanvas(id, label) {
     return [makeElement("div", {className: "chart"}, canvas), canvas];
 }
 
-// `make` gives the configuration, with the colours of now; `update` changes a chart over time.
+// `make` returns the configuration with the current colours; `update` updates a chart over time.
 function addChart(canvas, make, update = null) {
     const entry = {canvas, make, update, chart: null};
     charts.push(entry);
@@ -53,14 +53,14 @@ function updateCharts() {
     }
 }
 
-// A legend whose samples look like what they stand for.
+// A legend whose samples are drawn like the data.
 const legendAbove = {
     position: "top",
     align: "start",
     labels: {usePointStyle: true, boxHeight: 7},
 };
 
-// The ticks of one axis are all written in the same unit.
+// All ticks of an axis have the same unit.
 function formatTick(us, {min, max}) {
     const [unit, name] = max - min >= 2e6 ? [1e6, "s"] : max >= 2e3 ? [1e3, "ms"] : [1, "µs"];
     return `${round(us / unit, 3)} ${name}`;
@@ -88,7 +88,7 @@ function valueAxis(title, options = {}) {
     };
 }
 
-// Points out the moment that a link led to.
+// Marks the time that a link selected.
 const momentMark = {
     id: "momentMark",
     afterDraw(chart) {

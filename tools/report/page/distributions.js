@@ -33,7 +33,7 @@ function distributionConfig(task, source) {
             datasets: [
                 {
                     label: "runs",
-                    // A bar without a run is to have no height at all.
+                    // A bar without a run must have no height.
                     data: bars.map(
                             (bar) => ({x: bar.from + widthUs / 2, y: bar.count || null, bar})),
                     backgroundColor: bars.map(

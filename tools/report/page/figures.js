@@ -5,7 +5,7 @@ const badCount = (valueOf) => (each) =>
         (valueOf(each) > 0 ? {bad: true, text: formatCount(valueOf(each))} : "0");
 const time = (valueOf) => (each) => formatTime(valueOf(each));
 
-// The longest interval of a kind, with a link to its place.
+// The longest interval of a kind, with a link to its time.
 function linkToLongest(isWanted, longestUs) {
     const items = rows.filter(isWanted).flatMap((row) => row.items);
     const item = items.find((each) => !each.isOpen && each.end - each.at === longestUs);
@@ -240,7 +240,7 @@ function boostTables() {
     ];
 }
 
-// A page has no room for all of what a session may have any number of.
+// Says what the page leaves out of lists that are too long.
 function describeLeftOut() {
     const parts = Object.entries(data.leftOut)
                           .filter(([, count]) => count > 0)

@@ -1,4 +1,4 @@
-// The frame rate that the driver was told over time, against the rate at which anchors ended.
+// The frame rate reported to the driver over time, and the rate at which anchors ended.
 
 const stretches = summary.frames.toldRates.map((stretch) => ({
                                                    ...stretch,

@@ -1,6 +1,6 @@
 // The latency of each anchor over time, against its target.
 
-// Of the items, at most two for each pixel of the chart: the longest and the first.
+// At most two items for each pixel of the chart: the longest and the first.
 function thinOut(items, pixelUs) {
     const columns = new Map();
     for (const item of items) {
@@ -127,7 +127,7 @@ function updateLatency(chart, row) {
     });
 }
 
-// The time shown in slices: a table that a reader can take in.
+// Divides the time shown into slices, so that the table stays short.
 function tableOfLatency(row) {
     const slices = 20;
     const {from, to} = timeWindow;

@@ -2,7 +2,7 @@
 
 const levelNames = (place) => (place === 0 ? "percent level" : `uclamp of cluster ${place - 1}`);
 
-// Places in a change that hold a level at any time: 0 is the percent level, 1 the first uclamp.
+// Indices that hold a level at any time: 0 is the percent level, 1 the first uclamp level.
 function usedLevels() {
     const places = (data.levels[0] ?? []).slice(1).map((_, place) => place);
     return places.filter((place) => data.levels.some((change) => change[place + 1] !== 0));

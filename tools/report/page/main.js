@@ -1,4 +1,4 @@
-// Puts the page together.
+// Assembles the page.
 
 const mostEventsListed = 20;
 
@@ -37,7 +37,7 @@ function linkToWorst(kind, number) {
     return linkToTime(worst.at, worst.end, `The worst: ${formatTime(worst.end - worst.at)}`);
 }
 
-// One point of the list, where anything missed a target: `over` of `count`.
+// An item of the list when something missed its target: `over` of `count`.
 function pointOfTarget(what, targetUs, over, count, noun, link) {
     const share =
             `${formatCount(over)} of ${formatCount(count)} ${noun} (${percentOf(over, count)})`;

@@ -1,4 +1,4 @@
-// The data of the page, and how it is written. Times are in microseconds since the first call.
+// The data of the page, and its formatting. Times are in microseconds since the first call.
 
 const data = JSON.parse(document.getElementById("session-data").textContent);
 const summary = data.report.summary;
@@ -8,14 +8,14 @@ const numberFormat = new Intl.NumberFormat("en");
 
 function formatCount(count) { return numberFormat.format(count); }
 
-// Of a noun that takes an s.
+// For nouns with a plural in s.
 function countOf(count, noun) { return `${formatCount(count)} ${noun}${count === 1 ? "" : "s"}`; }
 
 function round(value, digits) {
     return Number(value.toFixed(digits)).toLocaleString("en", {maximumFractionDigits: digits});
 }
 
-// A duration in the unit that suits it.
+// A duration in a unit of suitable size.
 function formatTime(us) {
     if (us === null || us === undefined) {
         return "-";
@@ -26,7 +26,7 @@ function formatTime(us) {
     return Math.abs(us) < 1e6 ? `${round(us / 1e3, 3)} ms` : `${round(us / 1e6, 4)} s`;
 }
 
-// A moment, in the unit of the table of commands.
+// A point in time, in the unit of the table of commands.
 function formatMoment(us) { return `${(us / 1e3).toFixed(3)} ms`; }
 
 function percentOf(part, whole) {
@@ -44,7 +44,7 @@ function makeElement(tag, properties = {}, ...children) {
     return element;
 }
 
-// A link that lets the charts show this time, with some of what is around it.
+// A link that makes the charts show this time, with a margin.
 function linkToTime(atUs, untilUs, text) {
     const marginUs = Math.max((untilUs - atUs) * 1.5, sessionUs / 400, 20);
     const from = Math.max(Math.floor(atUs - marginUs), 0);
@@ -68,7 +68,7 @@ const rowTexts = {
     },
 };
 
-// An exact interval has the figures of an aggregated one too.
+// Gives an exact interval the figures of an aggregated one.
 function makeItem(row, at, end, target, isOpen = false) {
     const longest = end - at;
     const isOver = target > 0 && longest > target;
@@ -105,7 +105,7 @@ function makeRow(source) {
     return row;
 }
 
-// What has not ended reaches to the end of the session.
+// What has not ended lasts until the end of the session.
 function addOpenIntervals(rows) {
     const open = [
         ...summary.active.runs.map((run) => ({...run, kind: "task", number: run.task})),
@@ -168,7 +168,7 @@ function describeEvent({kind, what, thread, line, text}) {
 
 const rows = makeRows();
 
-// The intervals of a list, in the order of time, that reach into the time shown.
+// The intervals of a list, ordered by time, that overlap the time shown.
 function within(intervals, from, to) {
     return intervals.filter((interval) => interval.end >= from && interval.at <= to);
 }

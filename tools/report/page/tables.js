@@ -1,4 +1,4 @@
-// Tables of figures. A column is [head, what stands in a row, class].
+// Tables of figures. A column is [heading, cell of a row, class].
 
 function makeTable(caption, columns, list) {
     const head = makeElement(
@@ -22,11 +22,11 @@ function makeTable(caption, columns, list) {
     if (caption !== "") {
         table.prepend(makeElement("caption", {textContent: caption}));
     }
-    // What scrolls has to be in reach of the keyboard.
+    // A scrolling element has to be reachable by keyboard.
     return makeElement("div", {className: "table", tabIndex: 0}, table);
 }
 
-// Keeps the table in a details element as the time shown asks for, while it is open.
+// While the details element is open, updates its table to the time shown.
 function keepTable(id, make) {
     const details = document.getElementById(id);
     let table = null;

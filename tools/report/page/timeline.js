@@ -1,7 +1,7 @@
 // The timeline: a row for each anchor, and for each task of each thread.
 
 const rowHeight = 20;
-const mostLanes = 6;  // of an anchor, whose passes may overlap
+const mostLanes = 6;  // of an anchor, as its passes may overlap
 
 const barKinds = {
     onTime: {text: "run within its target", colour: "on-time"},
@@ -14,7 +14,7 @@ const barKinds = {
     event: {text: "finding, refusal or failed call", colour: "over"},
 };
 
-// Gives every interval a lane of its row in which it overlaps no other, as long as there are lanes.
+// Assigns every interval a lane in which it overlaps no other, as long as there are lanes.
 function assignLanes(row) {
     const ends = [];
     row.items.sort((one, other) => one.at - other.at);
@@ -26,7 +26,7 @@ function assignLanes(row) {
     return Math.max(ends.length, 1);
 }
 
-// Gives every row its place from the top. Returns the labels of all lines.
+// Assigns every row its line from the top. Returns the labels of all lines.
 function layOutRows() {
     const labels = data.events.length > 0 ? ["findings, failures"] : [];
     for (const row of rows) {
@@ -60,7 +60,7 @@ function addToGroup(group, item) {
     group.over += item.over;
 }
 
-// Joins neighbours of one lane and one kind that are narrower than the grain and closer than that.
+// Joins neighbours of the same lane and kind when both they and the gap are below the grain.
 function joinNarrow(items, grainUs) {
     const joined = [];
     const last = new Map();  // by lane and kind
@@ -82,8 +82,8 @@ function joinNarrow(items, grainUs) {
     return joined;
 }
 
-// What the rows show in the time shown: no more bars than a browser draws at once. So the grain is
-// a pixel, and as much coarser as there are more.
+// The bars of the rows in the time shown, no more than a browser draws smoothly: the grain is a
+// pixel, or coarser when there would be more bars.
 function joinedIntervals(pixelUs) {
     const mostBars = 6000;
     const {from, to} = timeWindow;
@@ -102,7 +102,7 @@ function barsInWindow(pixelUs) {
     const {from, to} = timeWindow;
     const bars = Object.fromEntries(Object.keys(barKinds).map((kind) => [kind, []]));
     const add = (kind, place, shown) => {
-        // A gap of a pixel, where there is room for it, keeps bars apart that follow one another.
+        // Where there is room, a gap of a pixel separates adjacent bars.
         const gapUs = shown.count === 1 && !shown.isCell && shown.end - shown.at > 6 * pixelUs ?
                 pixelUs :
                 0;
@@ -120,7 +120,7 @@ function barsInWindow(pixelUs) {
     return bars;
 }
 
-// What is said of a bar: its row, and lines on it.
+// The tooltip of a bar: its row, and lines about it.
 function describeBar({at, end, count, total, longest, over, target, isOpen, event, row, note}) {
     if (event) {
         return [eventKinds[event.kind], [describeEvent(event), `at ${formatMoment(at)}`]];

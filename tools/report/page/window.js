@@ -5,7 +5,7 @@ const narrowestUs = 20;
 const timeWindow = {
     from: 0,
     to: sessionUs,
-    markUs: null,  // a moment to point out
+    markUs: null,  // a time to mark
     listeners: [],
     isPending: false,
 
@@ -22,13 +22,13 @@ const timeWindow = {
                 aroundUs + (this.to - aroundUs) * factor);
     },
 
-    // By parts of what is shown.
+    // Moves by a fraction of the time shown.
     move(parts) {
         const us = (this.to - this.from) * parts;
         this.show(this.from + us, this.to + us);
     },
 
-    // Once a frame at most.
+    // At most once per frame.
     announce() {
         if (this.isPending) {
             return;
@@ -105,7 +105,7 @@ function attachMoves(canvas, chartOf) {
     });
 }
 
-// The address names the time, so that links and the browser's way back lead to it.
+// The address holds the time shown, so that links and the browser's back button restore it.
 function followAddress() {
     const match = /^#time=(\d+)-(\d+)$/.exec(location.hash);
     if (match) {
@@ -123,7 +123,7 @@ function setUpWindow() {
             timeWindow.markUs = Number(link.dataset.at);
             document.getElementById("timeline-head").scrollIntoView();
             if (link.hash === location.hash) {
-                followAddress();  // the address does not change, and nothing else would tell of it
+                followAddress();  // the address stays the same, so no event follows
             }
         }
     });

@@ -1,5 +1,5 @@
-// A camera service: the preview flows on one thread, another takes a snapshot meanwhile, and a
-// third takes everything down. Each notification goes out from the thread that does the work.
+// A camera service: one thread runs the preview, another takes a snapshot meanwhile, and a third
+// shuts everything down. Each notification comes from the thread that does the work.
 #include <VELKInfoNotifier.h>
 #include <VELKMachine.h>
 #include <pthread.h>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Tasks, anchors, categories and scenarios are those of the tuning data; the sample's has these.
+// The tuning data defines tasks, anchors, categories and scenarios; these are the sample's.
 constexpr int kScaleTask = 5;
 constexpr int kSnapshotTask = 24;
 constexpr int kPreviewAnchor = 1;
@@ -29,7 +29,7 @@ std::atomic<unsigned> gFrame{0};
 std::atomic<bool> gIsStopping{false};
 std::atomic<int> gFailures{0};
 
-// Counts a call that failed; the Android log says why it did.
+// Counts failed calls; the Android log has the reasons.
 void check(int result, const char* call) {
     if (result != 0) {
         ++gFailures;
@@ -45,7 +45,7 @@ void awaitFrame(unsigned frame) {
 
 void runPreview() {
     pthread_setname_np(pthread_self(), "preview");
-    const int stream = 0;  // its address tells this user of the task from others
+    const int stream = 0;  // its address distinguishes this user of the task from others
     for (unsigned frame = 1; !gIsStopping; ++frame) {
         check(VELKMachine::notifyAnchorPointStart(kPreviewAnchor, frame), "notifyAnchorPointStart");
         check(VELKMachine::notifyTaskStart(&stream, kScaleTask), "notifyTaskStart");

@@ -1,15 +1,15 @@
 /*
- * A customer's module in C: a filter that runs within the camera service's process. The service has
- * brought the library up when it calls the module; started alone, the module marks its work as
- * critical, which needs no service.
+ * A customer's module in C: a filter that runs in the camera service's process. The service has
+ * initialised the library when it calls the module. Started alone, the module can only mark its
+ * work as critical, which does not need init.
  */
 #include <VELKMachineCus.h>
 #include <stdio.h>
 
-/* Enums of the customer's tuning data, from 22 on; the sample's has this one. */
+/* Task enums of the customer's tuning data start at 22; this one is the sample's. */
 enum { FILTER_TASK = 25, FILTER_ANCHOR = 2 };
 
-/* Filters one frame. The address of the filter tells its tasks from those of others. */
+/* Filters one frame. The address of the filter distinguishes its tasks from those of others. */
 static int filter_frame(const void* filter, unsigned int serial) {
     const VELKTaskExtraParams extra = {-1, 0, 0, {0, 0}};
     int failures = 0;

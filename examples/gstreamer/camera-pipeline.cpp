@@ -15,7 +15,7 @@
 
 namespace {
 
-// Tasks, anchors, categories and scenarios are those of the tuning data; the sample's has these.
+// The tuning data defines tasks, anchors, categories and scenarios; these are the sample's.
 constexpr int kTuneTask = 3;
 constexpr int kScaleTask = 5;
 constexpr int kEncodeTask = 9;
@@ -27,7 +27,7 @@ constexpr VELKScenario kScenario{1};
 constexpr unsigned kFramesASecond = 30;
 constexpr auto kVSyncPeriod = std::chrono::microseconds(16667);
 
-// A queue begins a thread, which bears the name of the queue.
+// Each queue starts a thread, which is given the name of the queue.
 constexpr const char* kPipeline =
         "videotestsrc name=sensor is-live=true pattern=ball "
         "! video/x-raw,format=I420,width=640,height=360,framerate=30/1 "
@@ -40,7 +40,7 @@ constexpr const char* kPipeline =
 
 std::atomic<unsigned> gFailures{0};
 
-// Counts a call that failed; the Android log says why it did.
+// Counts failed calls; the Android log has the reasons.
 void check(int result, const char* call) {
     if (result != 0) {
         ++gFailures;
@@ -48,7 +48,7 @@ void check(int result, const char* call) {
     }
 }
 
-// What a frame means that passes a pad. The element tells this user of a task from others.
+// What to do when a frame passes a pad. The element distinguishes this user of a task from others.
 using Notify = void (*)(const void* element, unsigned frame);
 
 template <int task>
@@ -149,7 +149,7 @@ Ref<GstElement> makePipeline(int frames) {
     return pipeline;
 }
 
-// Until the last frame has passed, or an element fails; the pipeline's threads have ended then.
+// Runs until the last frame has passed or an element fails, and ends the pipeline's threads.
 bool play(GstElement* pipeline) {
     constexpr auto kEnds = static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR);
     const Ref<GstBus> bus(gst_element_get_bus(pipeline));

@@ -1,4 +1,4 @@
-// What a thread gets, as sched_getattr tells it.
+// The clamps that a thread gets, as sched_getattr reports them.
 #include <fmt/format.h>
 #include <sched.h>
 #include <sys/syscall.h>
@@ -113,7 +113,7 @@ TEST_F(Clamp, HasTheThreadsOwnValueAsItsFloorAndGivesItBack) {
     EXPECT_EQ(utilMin(mActor), 400U);
     mActor.start(2);
     EXPECT_EQ(utilMin(mActor), 500U);
-    setClamps(mActor, kClampMin, 450);  // somebody changes it during the boost
+    setClamps(mActor, kClampMin, 450);  // another program changes it during the boost
     mActor.spanStart(600);
     EXPECT_EQ(utilMin(mActor), 600U);
     mActor.end(2);
@@ -139,7 +139,7 @@ TEST_F(Clamp, NeverLowersARealtimeThread) {
     EXPECT_EQ(utilMin(mActor), 1024U);
 
     mOther.start(1);
-    setPolicy(mOther, SCHED_RR, 3);  // in the middle: noticed with the next command
+    setPolicy(mOther, SCHED_RR, 3);  // during the boost: noticed at the next command
     mOther.spanStart(100);
     EXPECT_EQ(utilMin(mOther), 1024U);
     setClamps(mOther, kClampMin, 200);  // a realtime thread that asks for less gets the boost
@@ -157,7 +157,7 @@ TEST_F(Clamp, EndsWithTheSession) {
     mOther.spanStart(900);
     mActor.uninit();
     EXPECT_EQ(utilMin(mActor) + utilMin(mOther), 0U);
-    mActor.start(2);  // was under way when the library went down
+    mActor.start(2);  // was running at the uninit
     EXPECT_EQ(utilMin(mActor), 0U);
 
     mActor.init();

@@ -54,7 +54,7 @@ constexpr const char* kTuning = R"({
     "anchorSpecs": [{"scenario": 6, "anchors": [{"anchor": 1, "latencyUs": 100}]}]
 })";
 
-// Sends each command itself as well, however the threads fall.
+// Sends each command at least once, however the threads are scheduled.
 void cycle(int round) {
     VELKMachine::init({.scenario = kScenario});
     if (round % 3 != 0) {
@@ -81,11 +81,11 @@ void race(const std::vector<std::function<void(int)>>& works) {
     }
 }
 
-// A scene change takes no global mutex: it may come late, when the next init has cleared its task.
+// A scene change takes no global mutex: it may arrive after the next init has cleared its task.
 TEST(Hammer, NothingIsRefusedButLateSceneChanges) {
     desk::installTuning(std::get<std::shared_ptr<const desk::TuningData>>(
             desk::parseTuning({kTuning, {}, {}})));
-    const NodeFile keptOpen;  // and with it the driver's counters
+    const NodeFile keptOpen;  // keeps the driver's counters as well
     race({cycle, tasks, tasks, frames, frames});
     size_t commands = 0;
     for (const std::string& line : stateLines()) {

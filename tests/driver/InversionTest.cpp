@@ -32,7 +32,7 @@ void keepBusy(std::chrono::nanoseconds time, IsDone isDone) {
     }
 }
 
-// A real-time thread on the first processor. It acts when it is let go.
+// A real-time thread on the first processor. It starts its work at letGo().
 class Actor {
   public:
     Actor(int priority, std::function<void()> action)

@@ -1,5 +1,5 @@
 /*
- * The kernel's control node, as threads of this process use it, and what its state file says.
+ * Access to the kernel's control node from threads of this process, and to the driver's state file.
  */
 #pragma once
 
@@ -19,8 +19,8 @@ namespace kernel {
 
 using nodecheck::NodeFile;
 
-// A thread that runs the work it is given, and sends records with its id. The commands return 0 or
-// an errno.
+// A thread that runs given work and sends records with its own id. The commands return 0 or an
+// errno.
 class Actor {
   public:
     explicit Actor(const NodeFile& file);
@@ -55,7 +55,7 @@ class Actor {
     std::thread mThread;
 };
 
-// The lines about a process, this one as a rule, without times. Empty when it is not listed.
+// The lines about a process, by default this one, without times. Empty when it is not listed.
 std::vector<std::string> stateLines(int pid = 0);
 bool stateHas(const std::string& line);
 bool kernelHasClamps();

@@ -1,4 +1,4 @@
-// The desk's model of the driver beside the driver: random commands, the same answers and state.
+// The desk's model of the driver against the driver: random commands give equal answers and states.
 #include <fmt/ranges.h>
 
 #include <algorithm>
@@ -52,7 +52,7 @@ std::vector<std::string> linesOf(const desk::DriverSnapshot& snapshot) {
     return lines;
 }
 
-// The lines of the driver with what the model has of them.
+// The lines of the driver, reduced to what the model has.
 std::vector<std::string> comparableLines() {
     std::vector<std::string> lines;
     for (std::string line : stateLines()) {

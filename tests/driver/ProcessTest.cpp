@@ -1,4 +1,4 @@
-// Which process's state a command changes, how long that lives, and who is refused what.
+// Which process's state a command changes, how long the state lives, and which calls are refused.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/ioctl.h>

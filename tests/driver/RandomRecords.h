@@ -18,7 +18,7 @@ class RandomRecords {
   public:
     explicit RandomRecords(unsigned seed) : mEngine(seed) {}
 
-    // Few commands begin or end a session, so that there is something in it.
+    // Few commands begin or end a session, so that sessions have content.
     uint32_t request() {
         if (!pick(50)) {
             return static_cast<uint32_t>(_IOW('g', number(64), uint32_t[10]));
@@ -66,7 +66,7 @@ class RandomRecords {
     size_t number(size_t count) { return mEngine() % count; }
 
   private:
-    // True but for one time in `times`.
+    // False once in `times`, on average.
     bool pick(size_t times) { return number(times) != 0; }
     uint32_t id() { return static_cast<uint32_t>(1 + number(30)); }
     uint32_t level() { return static_cast<uint32_t>(number(VELK_MAX_UCLAMP + 1)); }
@@ -89,7 +89,7 @@ class RandomRecords {
 
     VELK_TASK_INIT_PARAM registration() {
         VELK_TASK_INIT_PARAM record = {id(), 0, value(), 33, -1, 0, 1, 2, 3, "task", {}};
-        if (!pick(8)) {  // not terminated, or with something behind its end
+        if (!pick(8)) {  // not terminated, or with bytes after its end
             std::memcpy(record.taskName, pick(2) ? "abcdefghij" : "abc\0efghi", 10);
         }
         return record;

@@ -18,9 +18,9 @@ namespace {
 
 constexpr int kProcesses = 40;
 constexpr int kThreads = 4;
-constexpr size_t kLives = 8;  // of threads, before their process is killed, at most
+constexpr size_t kLives = 8;  // threads per process before it is killed, at most
 
-// Where the kernel can do it, small allocations of this thread fail now and then.
+// If the kernel supports it, small allocations of this thread fail now and then.
 void letAllocationsFail() {
     std::ofstream("/proc/thread-self/make-it-fail") << "1";
 }
@@ -39,7 +39,7 @@ void readState() {
     close(state);
 }
 
-// A thread's life: it ends in the middle of whatever it does.
+// The work of one thread, which ends at any point of it.
 void live(unsigned seed) {
     RandomRecords random(seed);
     const auto tid = static_cast<uint32_t>(gettid());
@@ -69,7 +69,7 @@ void startProgram() {
     }
 }
 
-// Until it is killed. Writes a byte for each life that has ended.
+// Runs until it is killed. Writes a byte for each thread that has ended.
 [[noreturn]] void liveAsProcess(unsigned seed, int ended) {
     for (;; seed += kThreads) {
         std::vector<std::thread> threads;

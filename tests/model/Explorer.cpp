@@ -75,7 +75,7 @@ void Explorer::runOnce(const Scenario& scenario) {
             }
             return;
         }
-        // What was chosen before leads to a state that was new then.
+        // States on the path that is being repeated were new when they were first reached.
         if (mDepth == mPath.size() && !isNew()) {
             return;
         }
@@ -92,7 +92,7 @@ bool Explorer::isNew() {
     for (size_t location = 0; location < mMemory.size(); ++location) {
         const std::vector<Message>& messages = mMemory[location];
         add(messages.size());
-        // Nobody can read what all are past.
+        // Values that all threads' views have passed cannot be read any more.
         size_t oldest = messages.size() - 1;
         for (const auto& thread : mThreads) {
             if (!thread->isDone) {
@@ -170,7 +170,7 @@ int64_t Explorer::load(size_t location, std::memory_order order) {
     return messages[time].value;
 }
 
-// `inherited`: what a reader learns of the value that this one replaces.
+// `inherited` is the view that a reader acquires from the value that this one replaces.
 void Explorer::append(size_t location, int64_t value, std::memory_order order,
                       const View& inherited) {
     View& view = current().view;

@@ -3,13 +3,14 @@
  * every value that C++'s memory model allows it.
  *
  * The threads are coroutines that run the code under test itself, with Atomic in the place of
- * std::atomic. A state is what the memory holds and what each thread has read so far; none is
+ * std::atomic. A state is the content of the memory and what each thread has read so far; none is
  * visited twice.
  *
- * The memory keeps all values that were stored to a location, in order. A thread has a view: how
- * far in each location it has come. A load reads any value that its view is not past already.
- * Reading what was released joins the writer's view into the reader's. For each location, what is
- * sequentially consistent sees at least what the last such operation there saw or stored.
+ * The memory keeps all values stored to a location, in order. A thread has a view: for each
+ * location, the oldest value that it may still read. A load may read that value or any later one.
+ * An acquire of a released value joins the writer's view into the reader's. A sequentially
+ * consistent operation sees at least what the last such operation on the same location saw or
+ * stored.
  */
 #pragma once
 
@@ -34,7 +35,7 @@ using Operation = std::function<int64_t(int64_t)>;
 
 class Explorer {
   public:
-    // Makes the shared objects anew and returns what the threads do with them.
+    // Creates the shared objects and returns what the threads do with them.
     using Scenario = std::function<std::vector<std::function<void()>>()>;
 
     // Returns the first fault found, or nothing.
@@ -48,9 +49,10 @@ class Explorer {
     int64_t modify(size_t location, const Operation& operation, std::memory_order order);
     void wait(size_t location, int64_t old, std::memory_order order);
     void notify(size_t location);
-    // What the running thread has read matters no more: all that is to be known of it is this step.
+    // Replaces what the running thread has read by `step`, which determines all it does from here
+    // on.
     void forgetReads(int64_t step);
-    // Accesses that are not atomic: each has to come after those that it must not meet.
+    // Accesses that are not atomic. Each has to happen after the conflicting ones before it.
     void readPlain(size_t location, size_t firstReader);
     void writePlain(size_t location, size_t firstReader);
 
@@ -59,7 +61,7 @@ class Explorer {
   private:
     struct Message {
         int64_t value;
-        View view;  // what a reader that acquires it learns
+        View view;  // joined into the view of a reader that acquires it
     };
     struct Thread {
         std::function<void()> action;
@@ -96,7 +98,7 @@ class Explorer {
     std::string mFault;
 };
 
-// In the place of std::atomic.
+// Replaces std::atomic.
 template <typename T>
 class Atomic {
   public:

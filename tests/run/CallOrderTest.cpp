@@ -1,5 +1,5 @@
 /*
- * The order of calls that arrive out of it.
+ * The order of calls that arrive out of order.
  */
 #include <gtest/gtest.h>
 

@@ -44,7 +44,7 @@ int waitForEnd() {
     return pause();
 }
 
-// Goes on in a child that outlives the program.
+// Continues in a child that outlives the program.
 int becomeDaemon() {
     if (fork() == 0) {
         setsid();

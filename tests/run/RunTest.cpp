@@ -1,5 +1,5 @@
 /*
- * velk-run as its users run it: programs of many kinds, what is seen of them, how they end.
+ * velk-run as users run it: programs of many kinds, which of their calls are seen, how they end.
  */
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -33,8 +33,8 @@ std::string readFile(const std::string& path) {
 
 class Run : public testing::Test {
   protected:
-    // Runs a line of the shell and returns the status of its exit, or 128 and the number of its
-    // signal.
+    // Runs a line of the shell and returns its exit status, or 128 plus the number of the signal
+    // that ended it.
     int shell(const std::string& line) const {
         const int status = std::system(("exec " + line + " 2>" + path("err")).c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -44,7 +44,7 @@ class Run : public testing::Test {
                      " -- " + command);
     }
     std::string err() const { return readFile(path("err")); }
-    // The lines of an output that is as JSON, the summary last.
+    // The lines of an output of JSON Lines, the summary last.
     std::vector<json> rows(const char* name) const {
         std::vector<json> rows;
         std::ifstream file(path(name));
@@ -67,7 +67,7 @@ struct ProgramCase {
     int calls;
     int threads;
     const char* ending;
-    const char* message;  // part of the one line on standard error, null when there is to be none
+    const char* message;  // part of the only line on standard error; null: no line
     const char* options = "--quiet";
 };
 
@@ -178,7 +178,7 @@ TEST_F(Run, PassesSignalsOnAndSumsUpAllTheSame) {
     EXPECT_EQ(readFile(path("mine")), "waiting\n");
 }
 
-// The commands without what differs from run to run.
+// The commands without the members that differ from run to run.
 std::string commandsOf(const std::vector<json>& rows) {
     std::string commands;
     for (json row : rows) {

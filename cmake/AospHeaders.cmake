@@ -1,15 +1,15 @@
-# AOSP's headers as the distribution packages them, in a folder of the build. That of the distribution
-# holds more: Debian 13 has an fmt of AOSP's own in it, which would come before the desk's.
+# Links to AOSP's packaged headers in a folder of the build. The distribution's own folder is not
+# used because it holds more: on Debian 13 its copy of fmt would be found before the desk's.
 
-# velk_link_aosp_headers(FOLDER [HEADER...]): links to these headers or folders of headers; without
-# any, to all that the desk uses.
+# velk_link_aosp_headers(FOLDER [HEADER...]): makes FOLDER with links to these headers or folders of
+# headers; by default to all that the desk uses.
 function(velk_link_aosp_headers folder)
     set(headers ${ARGN})
     if(NOT headers)
         set(headers android/log.h android-base cutils log)
     endif()
     foreach(header IN LISTS headers)
-        # Debian 13 has android/log.h in /usr/include itself.
+        # Debian 13 has android/log.h directly in /usr/include.
         foreach(place /usr/include/android /usr/include)
             if(EXISTS ${place}/${header})
                 cmake_path(GET header PARENT_PATH parent)

@@ -1,5 +1,6 @@
-# Makes a C++ source of texts: cmake -D OUTPUT=FILE -D PARTS="NAME=FILE,FILE;NAME=FILE" -P this file.
-# Each NAME becomes a std::string_view in namespace desk, of the files one after another.
+# Makes a C++ source that contains texts:
+#   cmake -D OUTPUT=FILE -D PARTS="NAME=FILE,FILE;NAME=FILE" -P EmbedText.cmake
+# Each NAME becomes a std::string_view in namespace desk with the joined content of its files.
 set(source "#include \"report/page/PageParts.h\"\n\nnamespace desk {\n")
 foreach(part IN LISTS PARTS)
     string(REGEX MATCH "^([^=]+)=(.*)$" matched "${part}")

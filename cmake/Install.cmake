@@ -1,6 +1,6 @@
-# What a packager and a user get: headers, library, pkg-config files and CMake package; of the desk,
-# which the library links here, also its headers, the tools with their pages and completion, samples
-# and schemas. All of it works from any folder that it is moved to.
+# What is installed: headers, library, pkg-config files and CMake package; of the desk, to which the
+# library is linked here, also its headers, the tools with manual pages and completion, samples and
+# schemas. The installation can be moved to any folder.
 include(CMakePackageConfigHelpers)
 
 set(VELK_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/velkperfctrl)
@@ -23,8 +23,8 @@ install(FILES ${PROJECT_BINARY_DIR}/velkperfctrlConfig.cmake
               ${PROJECT_BINARY_DIR}/velkperfctrlConfigVersion.cmake
         DESTINATION ${VELK_PACKAGE_DIR})
 
-# Installs NAME.pc. Its paths are relative, so that the folder may be moved. Programs find the
-# library in a folder of its own by a run path; in the system's they need none.
+# Installs NAME.pc. Its paths are relative, so that the folder can be moved. Outside of the system's
+# library folders, programs get a run path to find the library.
 function(velk_install_pkg_config name)
     file(RELATIVE_PATH VELK_PC_PREFIX
          ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
@@ -62,7 +62,7 @@ if(VELK_DESK)
     install(TARGETS ${VELK_DESK_LIBRARIES}
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT desk)
 
-    # What a program includes that sets the desk up by itself.
+    # Headers for programs that set up the desk themselves.
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/host/clock ${PROJECT_SOURCE_DIR}/host/driver
                       ${PROJECT_SOURCE_DIR}/host/log ${PROJECT_SOURCE_DIR}/host/trace
                       ${PROJECT_SOURCE_DIR}/host/tuning ${PROJECT_SOURCE_DIR}/host/ulogger
@@ -91,7 +91,7 @@ if(VELK_DESK)
     include(cmake/ManPages.cmake)
     velk_install_man_pages(${VELK_TOOLS})
 
-    # All that is installed and nothing else, for those who need no tests.
+    # Builds all that is installed and nothing else, for those who need no tests.
     add_custom_target(installed DEPENDS velkperfctrl ${VELK_DESK_LIBRARIES} ${VELK_TOOLS})
     if(TARGET velk_man_pages)
         add_dependencies(installed velk_man_pages)

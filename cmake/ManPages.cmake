@@ -1,9 +1,9 @@
-# Manual pages, made from what the tools print with --help, so that the two never differ.
+# Manual pages, generated from the output of --help, so that the two never differ.
 
-# velk_install_man_pages(TOOL...): makes a page for each tool and installs it.
+# velk_install_man_pages(TOOL...): generates a page for each tool and installs it.
 function(velk_install_man_pages)
     if(CMAKE_CROSSCOMPILING OR VELK_SANITIZE)
-        message(STATUS "No manual pages: they are made by running the tools, as built for use here")
+        message(STATUS "No manual pages: making them needs tools that can be run on this machine")
         return()
     endif()
     find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)

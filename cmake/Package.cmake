@@ -1,6 +1,6 @@
-# The Debian package, which cpack makes of what is installed; script/package calls it.
+# The Debian package of all that is installed. cpack builds it; script/package calls cpack.
 set(VELK_PACKAGE_MAINTAINER "VELKPerfCtrl maintainers <maintainers@velkperfctrl.example>"
-    CACHE STRING "Who answers for a package that is made here")
+    CACHE STRING "Maintainer of the packages built here")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})

@@ -1,5 +1,5 @@
-# Takes the scripts out of the packages that cpack has made: they call ldconfig, which the package's
-# trigger does, and a root without a shell could not run them.
+# Removes the maintainer scripts from the packages that cpack has made. They only call ldconfig,
+# which the package's trigger does as well, and a root without a shell could not run them.
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
     set(folder ${CPACK_TEMPORARY_DIRECTORY}/repacked)
     execute_process(COMMAND dpkg-deb --raw-extract ${package} ${folder} COMMAND_ERROR_IS_FATAL ANY)

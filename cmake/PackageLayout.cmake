@@ -1,5 +1,5 @@
-# Makes of an installation in /usr what a Debian package has to look like. cpack runs this ahead of
-# packing, in the folder that it packs.
+# Changes an installation in /usr into the layout that a Debian package needs. cpack runs this in
+# the folder that it packs, before it packs it.
 set(usr ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr)
 set(documents ${usr}/share/doc/${CPACK_PACKAGE_NAME})
 
@@ -7,7 +7,7 @@ function(run)
     execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# The linker looks into /usr/lib by itself. AOSP's libraries are found from there.
+# The linker searches /usr/lib itself. AOSP's libraries are found from there.
 function(settle_run_path file)
     execute_process(COMMAND patchelf --print-rpath ${file}
                     OUTPUT_VARIABLE run_path COMMAND_ERROR_IS_FATAL ANY)
@@ -21,7 +21,7 @@ function(settle_run_path file)
     endif()
 endfunction()
 
-# The project's own terms, and those of the packages whose code is in the tools.
+# The project's own licence, and those of the packages whose code is in the tools.
 function(write_copyright)
     set(text "VELKPerfCtrl\n\nCopyright: the authors of VELKPerfCtrl. All rights reserved: the project \
 states no licence,\nso ask its maintainers before you pass this package on.\n")

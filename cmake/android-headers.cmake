@@ -1,6 +1,6 @@
-# Compiles for Android without an NDK, to find what a device would not have: clang's Android target,
-# LLVM's C++ library, the distribution's C library in place of the device's, and of the platform's
-# headers those alone that the library may use. Objects only: there is nothing to link them with.
+# Compiles for Android without an NDK, to find uses of what a device does not have: with clang's
+# Android target, LLVM's C++ library, the distribution's C library instead of the device's, and only
+# those headers of the platform that the library may use. Makes objects only; nothing is linked.
 set(CMAKE_SYSTEM_NAME Linux) # CMake's own support for Android insists on an NDK.
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
@@ -16,7 +16,7 @@ set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-android29)
 execute_process(COMMAND clang -print-resource-dir OUTPUT_VARIABLE VELK_CLANG_RESOURCES
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 cmake_path(SET VELK_LIBCXX NORMALIZE "${VELK_CLANG_RESOURCES}/../../../include/c++/v1")
-# Nothing of /usr/include, where the desk's libraries are.
+# Excludes /usr/include, where the desk's libraries are.
 set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem /usr/aarch64-linux-gnu/include")
 set(CMAKE_CXX_FLAGS_INIT
     "-nostdlibinc -nostdinc++ -isystem ${VELK_LIBCXX} -isystem /usr/aarch64-linux-gnu/include")

@@ -15,7 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Where the unpacked libraries find each other.
+# Where the unpacked libraries find the libraries that they need.
 set(CMAKE_SHARED_LINKER_FLAGS_INIT
     "-Wl,-rpath-link,${VELK_ARM64_ROOT}/usr/lib/aarch64-linux-gnu/android")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${CMAKE_SHARED_LINKER_FLAGS_INIT}")

@@ -1,8 +1,8 @@
 # shellcheck shell=bash
 # Completes the arguments of a tool from what the tool prints with --help.
 
-# Prints the items of a section of the help: an option's names and the kind of its value, or a
-# subcommand.
+# Prints the items of a section of the help, one a line: the names of an option and the kind of its
+# value, or a subcommand.
 _velk_items() {
     awk -v pattern="$1" '
         /^Examples:/ { exit }
@@ -10,13 +10,13 @@ _velk_items() {
                        sub(/  .*/, "", line); gsub(",", " ", line); print line }'
 }
 
-# Completes the value of an option, of which the help says what kind it is.
+# Completes the value of an option by the kind that the help gives for it.
 _velk_complete_value() {
     local kind=$1 word=$2
     case $kind in
         DIR) mapfile -t COMPREPLY < <(compgen -d -- "$word") && compopt -o filenames 2>/dev/null ;;
         FILE) mapfile -t COMPREPLY < <(compgen -f -- "$word") && compopt -o filenames 2>/dev/null ;;
-        # Capitals stand for what is not a word of its own, as N in N|max.
+        # Words in capitals are placeholders, such as N in N|max.
         *"|"*) mapfile -t COMPREPLY < <(compgen -W "$(tr '|' '\n' <<<"$kind" | grep -v '[A-Z]')" -- "$word") ;;
     esac
 }
@@ -27,7 +27,7 @@ _velk() {
     COMPREPLY=()
     for ((index = 1; index < COMP_CWORD; ++index)); do
         if [[ ${COMP_WORDS[index]} == -- ]]; then
-            # Another command line begins.
+            # The rest is a command line of its own.
             if declare -F _command_offset >/dev/null; then
                 _command_offset $((index + 1))
             else
@@ -46,7 +46,7 @@ _velk() {
     fi
     options=$(_velk_items '^ +-' <<<"$help")
 
-    # The shell parts "--format=table" at the equals sign.
+    # The shell splits "--format=table" at the equals sign.
     if [[ $word == = ]]; then
         word=''
     elif [[ $previous == = ]]; then
@@ -64,7 +64,7 @@ _velk() {
         mapfile -t COMPREPLY < <(compgen -W "$(grep -oE '(^| )-[^ ]+' <<<"$options")" -- "$word")
     else
         mapfile -t COMPREPLY < <(compgen -W "$subcommands" -- "$word")
-        # A subcommand comes first where there are any, and otherwise the name of a file.
+        # Completes a subcommand if the tool has any, otherwise the name of a file.
         if [[ -z $subcommands ]]; then
             _velk_complete_value FILE "$word"
         fi

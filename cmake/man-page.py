@@ -24,7 +24,7 @@ def escaped(text):
 
 
 def sections_of(text):
-    """The text ahead of the first heading, the usage, and pairs of a heading and its lines."""
+    """The text before the first heading, the usage, and pairs of a heading and its lines."""
     usage, sections = "", [("", [])]
     for line in text.splitlines():
         if line.lower().startswith("usage:"):
@@ -76,7 +76,7 @@ def format_section(title, lines, tool, macro):
         yield f'.{macro} "NOTES"'
         yield from (escaped(line) or ".PP" for line in "\n".join(lines).strip().splitlines())
         return
-    # A heading may go on with what its list consists of.
+    # After a comma, a heading may describe the entries of its list.
     name, _, explanation = title.partition(", ")
     name = SECTION_NAMES.get(
         name.lower(), " ".join(w if w.startswith("(-") else w.upper() for w in name.split()))
@@ -96,7 +96,7 @@ def page_of(program, others):
     tool = pathlib.Path(program).name
     description, usage, sections = sections_of(printed(program, "--help"))
     description = [line for line in description if line]
-    # The name's line takes what comes before the first comma, colon or stop.
+    # The NAME section gets the text up to the first comma, colon or full stop.
     summary = re.split(r"[,:.]", description[0])[0]
     version = printed(program, "--version").split()[-1]
     yield f'.TH {escaped(tool.upper())} 1 "" "VELKPerfCtrl {version}" "User Commands"'

@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# What the scripts share. Each sources this file, and is in the root folder of the project then.
+# What the scripts share. A script that sources this file is then in the project's root folder.
 #
-# Messages about progress go to standard error, so that standard output carries results alone.
+# Messages about progress go to standard error, so that standard output has only results.
 
 set -euo pipefail
 
-# shellcheck disable=SC2034 # for those that take file names from their caller
+# shellcheck disable=SC2034 # for scripts that take file names from their caller
 called_from=$PWD
 script_file=$(realpath "$0")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -19,20 +19,20 @@ fail() {
     exit 1
 }
 
-# A command line that makes no sense: exit status 2.
+# For an invalid command line: exit status 2.
 misused() {
     say "$(basename "$script_file"): $*"
     say "Try '$0 --help'."
     exit 2
 }
 
-# Prints the comment at the head of the calling script as its help, and ends it.
+# Prints the comment at the start of the calling script as its help, and exits.
 show_help() {
     sed -e '1d' -e '/^#/!Q' -e 's/^# \{0,1\}//' "$script_file"
     exit 0
 }
 
-# Makes a folder below build/, where everything lies that the scripts make.
+# Makes a folder below build/, where the scripts put all that they make.
 make_folder() {
     if ! mkdir -p "$1" 2>/dev/null || [[ ! -w $1 ]]; then
         fail "cannot write to $PWD/$1, where the scripts build. Copy the project to a folder that" \
@@ -40,20 +40,21 @@ make_folder() {
     fi
 }
 
-# Fails when the file system of a folder has less space than the number of megabytes.
+# Fails when the file system of a folder has less free space than this.
+#   need_space FOLDER MEGABYTES
 need_space() {
     local free
     free=$(df --output=avail --block-size=1MB "$1" | tail -n 1)
     ((free >= $2)) || fail "about $2 MB are needed in $1, where $((free)) MB are free"
 }
 
-# What the tools say about their progress, and apt besides on the descriptor that it is given.
+# The progress lines of ninja, of apt on its status descriptor, and of debootstrap.
 ninja_step='^\[([0-9]+)/([0-9]+)\] (.*)'
 apt_step='^(dl|pm)status:[^:]*:([0-9]+)[^:]*:(.*)'
 bootstrap_step='^I: (.*)'
 
-# Reads what a tool prints and shows how far it is: in one line of a terminal, which it leaves empty,
-# and elsewhere in a line every ten seconds.
+# Reads the output of a tool and shows its progress: on a terminal in one line, which is cleared at
+# the end, and elsewhere in a new line every ten seconds.
 show_progress() {
     local line text next shown='' columns=80 pause=10
     if [[ -t 2 && ${TERM-dumb} != dumb ]]; then
@@ -86,7 +87,7 @@ show_progress() {
     [[ -z $shown ]] || printf '\r\033[K' >&2
 }
 
-# Runs a command, shows its progress, and what it printed only when it failed.
+# Runs a command and shows its progress. Shows its output only when it failed.
 #   quietly LOG-FILE COMMAND...
 quietly() {
     local log=$1
@@ -98,7 +99,7 @@ quietly() {
     fi
 }
 
-# Prints a number of seconds as people would say it.
+# Prints a number of seconds, rounded, with a unit.
 duration() {
     if (($1 < 100)); then
         echo "$(($1 + 1)) s"
@@ -107,8 +108,8 @@ duration() {
     fi
 }
 
-# Says what a build will take. Measured with g++ 12 and no compiler cache: a step takes about three
-# seconds of a processor and leaves 2.5 MB, with sanitizers four seconds and 4 MB.
+# Announces the time and disk space of a build. Measured with g++ 12 and no compiler cache, a step
+# takes about three seconds on one processor and 2.5 MB, with sanitizers four seconds and 4 MB.
 announce_build() {
     local preset=$1 steps seconds_a_step=3 kilobytes_a_step=2500 megabytes seconds
     shift
@@ -122,9 +123,9 @@ announce_build() {
     need_space "build/$preset" "$megabytes"
 }
 
-# Configures a preset of CMakePresets.json. Warnings are errors where it says so, or the environment
-# with VELK_WERROR=ON. A folder that was made for a tree which has moved is started anew, as CMake
-# would refuse it.
+# Configures a preset of CMakePresets.json. Warnings are errors if the preset or VELK_WERROR=ON in
+# the environment asks for it. A build folder of a source tree that has moved is cleared first,
+# because CMake would refuse it.
 #   configure_preset PRESET [ARGUMENT OF cmake...]
 configure_preset() {
     local preset=$1 folder=build/$1 made_for options=()
@@ -132,14 +133,14 @@ configure_preset() {
     make_folder "$folder"
     made_for=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$folder/CMakeCache.txt" 2>/dev/null || true)
     if [[ -n $made_for && ! $made_for -ef . ]]; then
-        say "$folder was made for the project in $made_for, and is built anew for $PWD."
+        say "$folder was made for the project in $made_for, and is rebuilt for $PWD."
         options=(--fresh)
     fi
     [[ -z ${VELK_WERROR-} ]] || options+=("-DVELK_WERROR=$VELK_WERROR")
     quietly "$folder/configure.log" cmake --preset "$preset" "${options[@]}" "$@"
 }
 
-# Configures and builds a preset; without targets everything in it.
+# Configures and builds targets of a preset, by default all.
 #   build_preset PRESET [TARGET...]
 build_preset() {
     local preset=$1 folder=build/$1 targets=() warnings build_lock
@@ -160,8 +161,8 @@ build_preset() {
     exec {build_lock}>&-
 }
 
-# Whether a tool has the major version that a figure or a text of the project was made with. Says so
-# when it has another one, with which nothing can be compared.
+# Whether a tool has the major version with which the project's reference figures or texts were
+# made. If not, says so: they cannot be compared then.
 #   has_version TOOL VERSION WHAT
 has_version() {
     local version
@@ -172,8 +173,8 @@ has_version() {
     fi
 }
 
-# A command that runs another one without address randomisation. ThreadSanitizer needs it where the
-# kernel randomises more bits than it can bear. Empty where the system does not allow it.
+# A command that runs another one without address randomisation, empty where the system does not
+# allow that. ThreadSanitizer needs it on kernels that randomise more bits than it supports.
 without_randomisation=()
 avoid_address_randomisation() {
     if setarch --addr-no-randomize true 2>/dev/null; then

@@ -106,6 +106,9 @@ TEST_F(Tune, CheckNamesEveryFaultOfTuningAndSessions) {
     EXPECT_EQ(std::ranges::count(outcome.out, '\n'), 27 + 1 + 2) << outcome.out;
     EXPECT_NE(outcome.out.find("standard input:3: line: no JSON"), std::string::npos);
     EXPECT_EQ(outcome.status, 2);
+    const std::string err =
+            tune({"compare", mFolder, mFolder, VELK_SAMPLES "/capture-5s.jsonl"}).err;
+    EXPECT_NE(err.find("\nvelk-tuning: DIR/"), std::string::npos) << err;
 }
 
 constexpr const char* kSample = VELK_SAMPLES "/capture-5s.jsonl";

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <exception>
+#include <memory>
 #include <system_error>
 
 #include "text/PrintableText.h"
@@ -26,8 +27,13 @@ void prepareStandardStreams() {
 
 void sayError(std::string_view program, std::string_view message) noexcept {
     try {
-        LineSink::toStandardError()->writeLine(
-                fmt::format("{}: {}", program, printableText(message)));
+        const std::shared_ptr<LineSink> sink = LineSink::toStandardError();
+        size_t from = 0;
+        for (size_t end = 0; end != std::string_view::npos; from = end + 1) {
+            end = message.find('\n', from);
+            const std::string_view line = message.substr(from, end - from);
+            sink->writeLine(fmt::format("{}: {}", program, printableText(line)));
+        }
     } catch (const std::exception&) {
         // Without memory for the line there is nothing to say it with.
     }

@@ -20,8 +20,8 @@ namespace desk {
  */
 void prepareStandardStreams();
 
-// Writes "PROGRAM: MESSAGE" as one line, with control characters escaped. Where standard error
-// cannot take it, it is lost: the exit status tells as well.
+// Writes "PROGRAM: LINE" for each line of the message, with other control characters escaped. Where
+// standard error cannot take it, it is lost: the exit status tells as well.
 void sayError(std::string_view program, std::string_view message) noexcept;
 
 // "FILE: REASON" of a sink that has failed.

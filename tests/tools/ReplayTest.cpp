@@ -281,6 +281,23 @@ TEST_F(Replay, TraceHoldsEachOfManyRunsOfAThreadOnce) {
     EXPECT_EQ(nested, 16U + 15 * 16 / 2);  // each end cuts those within it
 }
 
+// The driver forgets runs by an init too, where the uninit before it was refused.
+TEST_F(Replay, TraceEndsRunsThatAnInitFindsOpen) {
+    const std::string run = std::string(kInit) +
+                            R"({"at_us": 0, "thread": "p", "call": "notifyTaskStart", )"
+                            R"("key": "0x1", "task": 5})"
+                            "\n"
+                            R"({"at_us": 0, "thread": "s", "call": "uninit"})"
+                            "\n";
+    runTool(with({"-q", "--trace", path("trace.json"), "--driver", "uninit=EIO*1"}), run + run);
+    const json trace = json::parse(std::ifstream(path("trace.json")));
+    std::string phases;
+    for (const json& event : trace.at("traceEvents")) {
+        phases += event.at("name") == "RENDER" ? event.at("ph").get<std::string>() : "";
+    }
+    EXPECT_EQ(phases, "BEBE");
+}
+
 // Also while every command takes far longer than the time between the recorded calls.
 TEST_F(Replay, TraceAndSummaryAgreeToTheMicrosecond) {
     const std::string session =

@@ -234,7 +234,10 @@ void TraceWriter::endSlices(const PlayedCall& played) {
                     endTask(run.tid, record.uniqueTaskId, played.startNs);
                 });
             });
-    // An uninit removes all tasks, also those that were not ended.
+    // An uninit removes all tasks, also those that were not ended, and so does an init.
+    forEachAccepted<VELK_INIT_PARAM>(
+            played, VELK_IOC_INIT,
+            [this, &played](const VELK_INIT_PARAM&) { endAllSlices(played.startNs); });
     forEachAccepted<VELK_UNINIT_PARAM>(
             played, VELK_IOC_UNINIT,
             [this, &played](const VELK_UNINIT_PARAM&) { endAllSlices(played.startNs); });

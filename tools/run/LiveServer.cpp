@@ -55,16 +55,16 @@ pid_t processBehind(const unique_fd& descriptor) {
     return getsockopt(descriptor.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
-// The frame fits the empty buffer of a new socket, so this fails only when the program has closed
-// the connection.
-void sendWhole(const unique_fd& descriptor, std::string_view frame) {
+// False when the program has closed the connection: the frame fits the buffer of a new socket.
+bool sendWhole(const unique_fd& descriptor, std::string_view frame) {
     while (!frame.empty()) {
         const ssize_t count = send(descriptor.get(), frame.data(), frame.size(), MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR) {
-            return;
+            return false;
         }
         frame.remove_prefix(static_cast<size_t>(std::max<ssize_t>(count, 0)));
     }
+    return true;
 }
 
 }  // namespace
@@ -114,10 +114,10 @@ void LiveServer::accept(unique_fd descriptor) {
     mSetup.isFollowed = process == mFollowed;
     FrameWriter frame(FrameKind::Setup);
     writeSetup(frame, mSetup);
-    sendWhole(descriptor, frame.finish());
-    if (mSetup.isFollowed) {
+    const bool isSent = sendWhole(descriptor, frame.finish());
+    if (mSetup.isFollowed && isSent) {
         mStreams.push_back({std::move(descriptor), {}});
-    } else {
+    } else if (!mSetup.isFollowed) {
         sayLeftAlone(process);
     }
 }

@@ -46,7 +46,7 @@ std::string deskLibrary(const std::string& name) {
 }
 
 fs::path sampleTuning() {
-    const fs::path folder = (folderOfProgram() / VELK_SAMPLE_TUNING).lexically_normal();
+    fs::path folder = (folderOfProgram() / VELK_SAMPLE_TUNING).lexically_normal();
     if (!fs::exists(folder)) {
         throw std::runtime_error(
                 fmt::format("{}: the sample's tuning data is not there, expected --tuning DIR",

@@ -161,6 +161,7 @@ std::vector<Suggestion> suggestTargets(const TuningDraft& complete, const RunTim
         return std::tie(one.kind, one.number) < std::tie(other.kind, other.number);
     });
     std::vector<Suggestion> suggestions;
+    suggestions.reserve(ordered.size());
     for (const Subject& subject : ordered) {
         suggestions.push_back(suggest(subject, percentile, draft));
     }

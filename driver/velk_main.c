@@ -68,7 +68,8 @@ static void count(struct velk_process *process, const struct VELKCommandRow *com
 		atomic64_inc(&process->other_requests);
 		return;
 	}
-	counter = &process->commands[command - VELK_COMMAND_ROWS];
+	/* By its number: each source of the driver has a copy of the rows, so their addresses differ. */
+	counter = &process->commands[_IOC_NR(command->request) - VELK_FIRST_COMMAND];
 	atomic64_inc(result ? &counter->refused : &counter->accepted);
 }
 

@@ -68,7 +68,7 @@ static void count(struct velk_process *process, const struct VELKCommandRow *com
 		atomic64_inc(&process->other_requests);
 		return;
 	}
-	/* By its number: each source of the driver has a copy of the rows, so their addresses differ. */
+	/* By its number: each source has a copy of the rows, so their addresses differ. */
 	counter = &process->commands[_IOC_NR(command->request) - VELK_FIRST_COMMAND];
 	atomic64_inc(result ? &counter->refused : &counter->accepted);
 }

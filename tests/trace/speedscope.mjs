@@ -3,7 +3,7 @@
  * a thread is missing, or when nothing is shown. It runs in a document without a screen: what draws
  * gets answers that mean nothing.
  *
- *     node check.mjs FOLDER-OF-SPEEDSCOPE TRACE...
+ *     node speedscope.mjs FOLDER-OF-SPEEDSCOPE TRACE...
  */
 import {readdirSync, readFileSync} from 'node:fs';
 import {join} from 'node:path';

@@ -55,12 +55,14 @@ cp -r "$work/installed/share/doc/velkperfctrl/examples" "$work/examples"
 quietly make -C "$work/examples"
 quietly cmake -S "$work/examples" -B "$work/examples/build" -DCMAKE_PREFIX_PATH="$work/installed"
 quietly cmake --build "$work/examples/build"
+# Nothing but what an address sanitizer needs to come behind a preloaded library.
+clean=(env -i "ASAN_OPTIONS=${ASAN_OPTIONS-}")
 for program in "$work"/examples/{,build/}{camera-service,customer-module}; do
     [[ $("$program" 2>&1) == *velk-run* ]] || fail "$program does not say what it lacks"
-    quietly env -i "$work/installed/bin/velk-run" --quiet -- "$program"
+    quietly "${clean[@]}" "$work/installed/bin/velk-run" --quiet -- "$program"
 done
 
-quietly env -i "$work/installed/bin/velk-replay" "$samples/capture-5s.jsonl" \
+quietly "${clean[@]}" "$work/installed/bin/velk-replay" "$samples/capture-5s.jsonl" \
     --tuning "$samples/tuning" --quiet
 # Every option of the help stands in the page, as a term of its own or beside another.
 for tool in "$work"/installed/bin/velk-*; do

@@ -216,8 +216,9 @@ class Warnings {
     std::unordered_map<int, std::array<int, 2>> targetsOf(const UseCase& useCase) const {
         auto targets = mData.platform.anchorSpecsFor(useCase.customization)[useCase.scenario];
         if (mData.customer) {
-            for (const auto& [anchor, custom] :
-                 mData.customer->anchorSpecsFor(useCase.customization)[useCase.scenario]) {
+            const auto customs =
+                    mData.customer->anchorSpecsFor(useCase.customization)[useCase.scenario];
+            for (const auto& [anchor, custom] : customs) {
                 std::array<int, 2>& merged = targets[anchor];
                 for (size_t i = 0; i < merged.size(); ++i) {
                     merged[i] = custom[i] != 0 ? custom[i] : merged[i];

@@ -19,9 +19,8 @@ struct NodeOutcome {
 // `libraries` are preloaded, in this order. `environment` are NAME=VALUE words.
 inline NodeOutcome runOnNode(const std::string& libraries, const std::string& environment,
                              const std::string& command) {
-    // The address sanitizer wants to be loaded first, and works all the same.
-    const std::string line = "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 env " +
-                             environment + " LD_PRELOAD='" + libraries + "' " + command + " 2>&1";
+    const std::string line =
+            "env " + environment + " LD_PRELOAD='" + libraries + "' " + command + " 2>&1";
     NodeOutcome outcome;
     FILE* const pipe = popen(line.c_str(), "r");
     if (pipe == nullptr) {

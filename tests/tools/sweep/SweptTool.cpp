@@ -39,7 +39,6 @@ std::vector<std::string> environmentWith(const std::optional<Fault>& fault) {
     }
     if (fault) {
         variables.emplace_back("LD_PRELOAD=" VELK_FAULT_LIBRARY);
-        variables.emplace_back("ASAN_OPTIONS=verify_asan_link_order=0");
         variables.push_back("VELK_FAULT=" + fault->kind + " " + std::to_string(fault->number) +
                             " " + std::to_string(fault->error));
         variables.push_back(std::string("VELK_FAULT_MARK=") + kMark);

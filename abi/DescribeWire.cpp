@@ -1,7 +1,7 @@
 /*
- * Prints what docs/wire-protocol.md tells about every command of the control node, as rows.awk
- * prints it: number, name, request and size, then the offset, type, name and valid values of each
- * field.
+ * Prints every command of the control node: number, name, request and size, then the offset, type,
+ * name and valid values of each field. wire.txt holds these rows as they were released; rows.awk
+ * prints those of docs/wire-protocol.md.
  */
 #include <cinttypes>
 #include <cstdio>

@@ -79,13 +79,13 @@ const commandColumns = [
     ["accepted", number(([, counts]) => counts.accepted), "number"],
     ["noted", badCount(([, counts]) => counts.noted), "number"],
     ["refused", badCount(([, counts]) => counts.refused), "number"],
-    ["refused as told", number(([, counts]) => counts.refusedInjected), "number"],
+    ["refused, injected", number(([, counts]) => counts.refusedInjected), "number"],
 ];
 
 const operationColumns = [
     ["operation", ([name]) => name],
     ["calls", number(([, operation]) => operation.calls), "number"],
-    ["returned -1 as told", number(([, operation]) => operation.failedInjected), "number"],
+    ["returned -1, injected", number(([, operation]) => operation.failedInjected), "number"],
     ["returned -1", badCount(([, operation]) => operation.failed), "number"],
     ["first in line", ([, operation]) => operation.firstFailedLine ?? "-", "number"],
 ];

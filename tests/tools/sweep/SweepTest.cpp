@@ -15,90 +15,15 @@
 #include <csignal>
 #include <cstring>
 #include <nlohmann/json.hpp>
-#include <ostream>
 
 #include "sweep/SweptTool.h"
+#include "sweep/ToolRows.h"
 
 namespace desk {
-
-void PrintTo(const ToolRow& row, std::ostream* stream) {
-    *stream << row.name;
-}
 
 namespace {
 
 using Words = std::vector<std::string>;
-
-constexpr const char* kSession = "session.jsonl";
-
-constexpr const char* kFailingLine =
-        R"({"at_us": 6000000, "thread": "service", "call": "notifyTaskEnd", "key": "0x1", "task": 2})"
-        "\n";
-
-std::string firstLines(const std::string& text, int lines) {
-    size_t end = 0;
-    while (lines-- > 0) {
-        end = text.find('\n', end) + 1;
-    }
-    return text.substr(0, end);
-}
-
-std::map<std::string, std::string> inputsOfReplay(int lines, const std::string& more = "") {
-    std::map<std::string, std::string> inputs = {
-            {kSession, firstLines(contentOf(VELK_SAMPLES "/capture-5s.jsonl"), lines) + more}};
-    for (const std::string file : {"platform.json", "customer.json", "settings.json"}) {
-        inputs["tuning/" + file] = contentOf(VELK_SAMPLES "/tuning/" + file);
-    }
-    return inputs;
-}
-
-const ToolRow kTools[] = {
-        {"replayOfStandardInput",
-         VELK_REPLAY_PROGRAM,
-         {"-", "--tuning", "tuning", "--trace", "trace", "--report", "page", "--log", "log",
-          "--ulog", "ulog"},
-         inputsOfReplay(500),
-         kSession,
-         {{"--trace", "trace"}, {"--report", "page"}, {"--log", "log"}, {"--ulog", "ulog"}},
-         0},
-        {"replayWithItsLogOnStandardError",
-         VELK_REPLAY_PROGRAM,
-         {kSession, "--tuning", "tuning", "--format", "jsonl", "--log", "-", "--driver",
-          "29=EIO*3"},
-         inputsOfReplay(7),
-         "",
-         {},
-         0},
-        {"replayThatFails",
-         VELK_REPLAY_PROGRAM,
-         {kSession, "--tuning", "tuning"},
-         inputsOfReplay(7, kFailingLine),
-         "",
-         {},
-         1},
-        {"checkOfTuningData",
-         VELK_TUNING_PROGRAM,
-         {"check", "tuning", kSession, "--strict"},
-         inputsOfReplay(7),
-         "",
-         {},
-         1},
-        {"compareOfTunings",
-         VELK_TUNING_PROGRAM,
-         {"compare", "tuning", "tuning", kSession},
-         inputsOfReplay(30),
-         "",
-         {},
-         0},
-        {"suggestionOfTargets",
-         VELK_TUNING_PROGRAM,
-         {"suggest", kSession, "--base", "tuning", "--percentile", "10", "-o", "new"},
-         inputsOfReplay(60),
-         "",
-         {},
-         0,
-         {"new/platform.json", "new/settings.json"}},
-};
 
 struct Kind {
     const char* name;
@@ -236,9 +161,10 @@ TEST_P(Sweep, ASignalThatWasIgnoredAtTheStartStaysIgnored) {
 }
 
 TEST_P(Sweep, AnOutputThatIsAnInputIsRefused) {
-    std::filesystem::create_symlink(kSession, mTool.path("link"));
-    std::filesystem::create_hard_link(mTool.path(kSession), mTool.path("other name"));
-    Words ofInputs = {"link", "other name", "./tuning/../session.jsonl"};
+    const std::string first = GetParam().inputs.begin()->first;
+    std::filesystem::create_symlink(first, mTool.path("link"));
+    std::filesystem::create_hard_link(mTool.path(first), mTool.path("other name"));
+    Words ofInputs = {"link", "other name", "./tuning/../" + first};
     for (const auto& [name, content] : GetParam().inputs) {
         ofInputs.push_back(name);
     }
@@ -267,10 +193,10 @@ TEST_P(Sweep, AnOutputThatIsAnInputIsRefused) {
     }
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
         const SweepOutcome outcome =
-                mTool.run(GetParam().arguments, {{stream, {kSession, O_WRONLY | O_APPEND}}});
+                mTool.run(GetParam().arguments, {{stream, {first, O_WRONLY | O_APPEND}}});
         EXPECT_EQ(outcome.status, 2);
         // The message belongs to standard error.
-        EXPECT_EQ(mTool.changedInputs(), stream == STDERR_FILENO ? Words{kSession} : Words());
+        EXPECT_EQ(mTool.changedInputs(), stream == STDERR_FILENO ? Words{first} : Words());
         mTool.restoreInputs();
     }
 }
@@ -348,7 +274,7 @@ TEST_P(Sweep, AReaderThatLeavesEndsThePrintingAlone) {
     close(ends[1]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Tools, Sweep, testing::ValuesIn(kTools),
+INSTANTIATE_TEST_SUITE_P(Tools, Sweep, testing::ValuesIn(toolRows()),
                          [](const auto& row) { return row.param.name; });
 
 }  // namespace

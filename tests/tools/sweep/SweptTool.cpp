@@ -98,7 +98,7 @@ SweepOutcome SweptTool::start(const std::vector<std::string>& arguments,
         fs::remove(mFolder / output);
     }
     for (const std::string& made : mRow.madeFiles) {
-        fs::remove_all((mFolder / made).parent_path());
+        fs::remove_all(mFolder / *fs::path(made).begin());
     }
     const std::string input = mRow.standardInput.empty() ? "/dev/null" : mRow.standardInput;
     std::map<int, Stream> all = streams;  // those that are given come before the usual ones

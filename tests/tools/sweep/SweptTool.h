@@ -5,24 +5,14 @@
 #pragma once
 
 #include <filesystem>
-#include <iosfwd>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace desk {
+#include "sweep/ToolRows.h"
 
-struct ToolRow {
-    std::string name;
-    std::string program;
-    std::vector<std::string> arguments;          // paths are relative to the folder
-    std::map<std::string, std::string> inputs;   // path and content
-    std::string standardInput;                   // a path in the folder, or empty
-    std::map<std::string, std::string> outputs;  // option and the path that it is given here
-    int status;                                  // of the exit, without faults
-    std::vector<std::string> madeFiles = {};     // in folders that it makes, whole or not at all
-};
+namespace desk {
 
 // A standard stream as the tool gets it: a path to open, a descriptor of the test, or closed.
 struct Stream {
@@ -72,9 +62,6 @@ class SweptTool {
     ToolRow mRow;
     std::filesystem::path mFolder;
 };
-
-// For messages of GoogleTest.
-void PrintTo(const ToolRow& row, std::ostream* stream);
 
 std::string contentOf(const std::filesystem::path& path);
 

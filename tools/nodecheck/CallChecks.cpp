@@ -10,10 +10,11 @@
 #include <cstring>
 #include <future>
 #include <stdexcept>
-#include <thread>
+#include <utility>
 
 #include "nodecheck/Checks.h"
 #include "nodecheck/ChildProcess.h"
+#include "nodecheck/Threads.h"
 
 namespace nodecheck {
 
@@ -142,11 +143,12 @@ void checkThreadIds(Trial& trial, const Settings&) {
         }
     });
 
-    std::promise<void> isDone;
+    Threads thread;
     std::promise<uint32_t> other;
-    std::thread thread([&] {
+    std::promise<void> isDone;  // destroyed first, which ends the thread as well
+    thread.start([&other, done = isDone.get_future()] {
         other.set_value(ownTid());
-        isDone.get_future().wait();
+        done.wait();
     });
     const uint32_t otherTid = other.get_future().get();
     forEachThreadId(trial, [&](const Record& valid, const VELKField& field) {

@@ -1,6 +1,10 @@
 #include "nodecheck/Checks.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
+
+#include <exception>
+#include <stdexcept>
 
 namespace nodecheck {
 
@@ -47,7 +51,11 @@ Findings runCheck(const Check& check, const Settings& settings) {
         trial.expectAnswer(file.error(), 0, "open");
         return trial.findings();
     }
-    check.run(trial, settings);
+    try {
+        check.run(trial, settings);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(fmt::format("check {}: {}", check.name, error.what()));
+    }
     checkAftermath(trial, file);
     return trial.findings();
 }

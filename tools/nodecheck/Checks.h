@@ -47,6 +47,7 @@ void checkDyingThreads(Trial& trial, const Settings& settings);
 void checkDyingProcesses(Trial& trial, const Settings& settings);
 
 // Opens the node, does the check, and looks whether the node is alive and its state clean then.
+// Throws std::runtime_error when the machine lacks what the check needs.
 Findings runCheck(const Check& check, const Settings& settings);
 
 }  // namespace nodecheck

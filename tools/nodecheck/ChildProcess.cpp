@@ -1,6 +1,7 @@
 #include "nodecheck/ChildProcess.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,11 +16,17 @@ ChildProcess::ChildProcess(const std::function<void(const Ready&)>& work) {
     if (pipe2(ends, O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "no pipe to a process");
     }
+    const pid_t parent = getpid();
     mId = fork();
     if (mId < 0) {
         throw std::system_error(errno, std::generic_category(), "no process");
     }
     if (mId == 0) {
+        // A signal may end the parent before it comes to kill this process.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent) {
+            _exit(0);
+        }
         close(ends[0]);
         work([&] { close(ends[1]); });
         _exit(0);

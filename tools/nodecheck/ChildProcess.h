@@ -17,7 +17,7 @@ class ChildProcess {
     // Starts the work, and returns when it has called its argument or ended. Throws
     // std::system_error.
     explicit ChildProcess(const std::function<void(const Ready&)>& work);
-    // Kills it if it still runs.
+    // Kills it if it still runs. It does not outlive this process, however that ends.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

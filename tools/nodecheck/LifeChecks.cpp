@@ -1,4 +1,5 @@
 // Files, threads and processes that come and go.
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -6,10 +7,11 @@
 #include <array>
 #include <cerrno>
 #include <memory>
-#include <thread>
+#include <system_error>
 
 #include "nodecheck/Checks.h"
 #include "nodecheck/ChildProcess.h"
+#include "nodecheck/Threads.h"
 
 namespace nodecheck {
 
@@ -23,14 +25,17 @@ int sendOne(const NodeFile& file, uint32_t request) {
     return file.send(request, validRecord(request, ownTid()).data());
 }
 
-// What the child's work returns, an errno or 0.
+// What the child's work returns, an errno or 0. Throws std::system_error.
 int answerOfChild(int (*work)(const NodeFile&), const NodeFile& inherited) {
     const pid_t child = fork();
+    if (child < 0) {
+        throw std::system_error(errno, std::generic_category(), "no process");
+    }
     if (child == 0) {
         _exit(work(inherited));
     }
     int status = 0;
-    const bool hasExited = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
+    const bool hasExited = waitpid(child, &status, 0) == child && WIFEXITED(status);
     return hasExited ? WEXITSTATUS(status) : EIO;
 }
 
@@ -45,10 +50,14 @@ int sendOnOwnFile(const NodeFile&) {
 
 int startTaskOfClosedFile(const NodeFile&) {
     NodeFile first;
+    if (first.error() != 0) {
+        return first.error();
+    }
     sendOne(first, VELK_IOC_INIT);
     sendOne(first, VELK_IOC_TASK_INIT);
     first.close();
-    return sendOne(NodeFile(), VELK_IOC_TASK_START);
+    const NodeFile second;
+    return second.error() != 0 ? second.error() : sendOne(second, VELK_IOC_TASK_START);
 }
 
 // Begins a task and a span, and ends neither.
@@ -92,6 +101,10 @@ void workUntilKilled(const ChildProcess::Ready& ready, const std::array<int, 2>&
 
 void checkFiles(Trial& trial, const Settings&) {
     const NodeFile inherited;
+    if (inherited.error() != 0) {
+        trial.expectAnswer(inherited.error(), 0, "a second open");
+        return;
+    }
     for (const VELKCommand& command : VELK_COMMANDS) {
         const bool isOfTask = command.request == VELK_IOC_TASK_START ||
                               command.request == VELK_IOC_TASK_END ||
@@ -116,16 +129,14 @@ void checkDyingThreads(Trial& trial, const Settings&) {
     trial.mustTakeOne(VELK_IOC_TASK_INIT);
     for (int round = 0; round < kThreadRounds; ++round) {
         std::array<std::unique_ptr<Trial>, kThreadsAtOnce> trials;
-        std::array<std::thread, kThreadsAtOnce> threads;
-        for (size_t i = 0; i < kThreadsAtOnce; ++i) {
-            threads[i] = std::thread([&trial, &mine = trials[i]] {
+        Threads threads;
+        for (std::unique_ptr<Trial>& mine : trials) {
+            threads.start([&trial, &mine] {
                 mine = std::make_unique<Trial>(trial.file());
                 beginWork(*mine);
             });
         }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+        threads.join();
         for (const auto& each : trials) {
             trial.add(each->findings());
             expectForgotten(trial, each->tid());
@@ -139,9 +150,8 @@ void checkDyingThreads(Trial& trial, const Settings&) {
 void checkDyingProcesses(Trial& trial, const Settings&) {
     for (int i = 0; i < kProcesses; ++i) {
         std::array<int, 2> holder = {};
-        if (pipe(holder.data()) != 0) {
-            trial.expect(false, "no pipe to a process");
-            return;
+        if (pipe2(holder.data(), O_CLOEXEC) != 0) {
+            throw std::system_error(errno, std::generic_category(), "no pipe to a process");
         }
         ChildProcess process([&](const ChildProcess::Ready& ready) {
             workUntilKilled(ready, holder, trial.file());

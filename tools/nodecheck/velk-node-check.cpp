@@ -5,14 +5,17 @@
 #include <fmt/format.h>
 #include <getopt.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <exception>
 #include <limits>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "common/ExitStatus.h"
 #include "common/StandardStreams.h"
@@ -38,6 +41,7 @@ Usage: velk-node-check [OPTION...]
                     one JSON document
       --seed N      Of the random commands, 0 to 4294967295, by default 1
       --commands N  How many random commands, by default 100000
+      --check NAME  This check alone, by the name that the output gives it; may be repeated
       --strict      Lenient answers count as wrong: what a driver may take although the
                     documents say that it is refused
 
@@ -50,19 +54,23 @@ Examples:
     velk-node-check --strict --format json >verdict.json
   Ten times as many random commands, and others than the last time:
     velk-node-check --commands 1000000 --seed 7
+  What becomes of threads and processes that die, nothing else:
+    velk-node-check --check dyingThreads --check dyingProcesses
   The desk's model of a driver, without any driver:
     LD_PRELOAD=libvelknode.so velk-node-check
 
 Exit status:
   0  the driver answers as documented, or leniently
   1  it does not, or with --strict it is lenient
-  2  bad usage, the node cannot be opened, or the output cannot be written
+  2  bad usage, the node cannot be opened, the machine has no process or thread to check with,
+     or the output cannot be written
 )";
 
 struct Options {
     nodecheck::Settings settings;
     bool isStrict = false;
     bool isJson = false;
+    std::vector<std::string_view> checks;  // their names; all when there is none
 };
 
 // The exit status instead of options when the program is to end now.
@@ -106,6 +114,22 @@ std::optional<std::string> parseFormat(std::string_view text, Options& options) 
     return std::nullopt;
 }
 
+std::optional<std::string> parseCheck(std::string_view name, Options& options) {
+    std::string known;
+    for (const nodecheck::Check& check : nodecheck::allChecks()) {
+        if (name == check.name) {
+            options.checks.push_back(name);
+            return std::nullopt;
+        }
+        known += fmt::format(" {}", check.name);
+    }
+    return fmt::format("--check: found \"{}\", expected one of:{}", name, known);
+}
+
+bool isChosen(const nodecheck::Check& check, const Options& options) {
+    return options.checks.empty() || std::ranges::count(options.checks, check.name) > 0;
+}
+
 template <typename Number>
 std::optional<std::string> parseNumberOption(const char* name, std::string_view text,
                                              Number& number) {
@@ -117,12 +141,13 @@ std::optional<std::string> parseNumberOption(const char* name, std::string_view 
 }
 
 Parsed parseOptions(int argc, char** argv) {
-    enum Letter { kHelpLetter = 'h', kVersion = 256, kFormat, kSeed, kCommands, kStrict };
+    enum Letter { kHelpLetter = 'h', kVersion = 256, kFormat, kSeed, kCommands, kCheck, kStrict };
     constexpr option kLongOptions[] = {{"help", no_argument, nullptr, kHelpLetter},
                                        {"version", no_argument, nullptr, kVersion},
                                        {"format", required_argument, nullptr, kFormat},
                                        {"seed", required_argument, nullptr, kSeed},
                                        {"commands", required_argument, nullptr, kCommands},
+                                       {"check", required_argument, nullptr, kCheck},
                                        {"strict", no_argument, nullptr, kStrict},
                                        {}};
     Options options;
@@ -143,6 +168,9 @@ Parsed parseOptions(int argc, char** argv) {
                 break;
             case kCommands:
                 problem = parseNumberOption("--commands", optarg, options.settings.randomCommands);
+                break;
+            case kCheck:
+                problem = parseCheck(optarg, options);
                 break;
             case kStrict:
                 options.isStrict = true;
@@ -169,6 +197,9 @@ int judge(const Options& options) {
     const auto output = LineSink::toStandardOutput();
     Report report = {options.settings, nodecheck::hasStateFile(), options.isStrict, {}};
     for (const nodecheck::Check& check : nodecheck::allChecks()) {
+        if (!isChosen(check, options)) {
+            continue;
+        }
         report.results.push_back({&check, nodecheck::runCheck(check, options.settings)});
         if (!options.isJson) {
             output->write(nodecheck::formatResult(report.results.back()));

@@ -76,6 +76,7 @@ TEST(NodeCheck, ItsUsageIsChecked) {
                   "--seed: found \"4294967296\", expected a whole number from 0 to 4294967295"},
                  {"--format xml", 2, "--format: found \"xml\", expected text or json"},
                  {"--seed", 2, "--seed: needs a value"},
+                 {"--check dying", 2, "--check: found \"dying\", expected one of: values orders"},
                  {"--sede", 2, "--sede: unknown option"},
                  {"1", 2, "1: found an argument, expected options alone"},
                  {"", 2, "/proc/velk/velk_ioctl: No such file or directory"},

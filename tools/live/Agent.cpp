@@ -185,10 +185,26 @@ class Agent final : public CallObserver {
             action();
         } catch (const std::exception& error) {
             if (mIsOn.exchange(false)) {
-                say(std::string("its further calls are not shown: ") + error.what());
+                giveUp(error.what());
             }
         }
         errno = callersErrno;
+    }
+
+    // velk-run has to know that it does not see all. The connection may be what has failed, so it
+    // is told on another one.
+    void giveUp(const char* reason) noexcept {
+        try {
+            Connection another(mSocketName);
+            if (readSetup(another.open()).isFollowed) {
+                FrameWriter frame(FrameKind::Lost);
+                frame.append(reason);
+                another.send(frame.finish());
+            }
+            another.close();
+        } catch (const std::exception&) {
+            say(std::string("its further calls are not shown: ") + reason);
+        }
     }
 
     // Connects before the first call. False when this process is not followed.

@@ -22,6 +22,7 @@ enum class FrameKind : uint32_t {
     Call,   // a call that has ended, or a command outside of calls
     Log,    // a line of the Android log, with its newline
     Ulog,   // a line of the camera stack's logger, with its newline
+    Lost,   // why the calls that follow are not sent
 };
 
 struct FrameHead {

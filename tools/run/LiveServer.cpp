@@ -56,11 +56,15 @@ pid_t processBehind(const unique_fd& descriptor) {
 }
 
 // False when the program has closed the connection: the frame fits the buffer of a new socket.
+// Throws std::system_error.
 bool sendWhole(const unique_fd& descriptor, std::string_view frame) {
     while (!frame.empty()) {
         const ssize_t count = send(descriptor.get(), frame.data(), frame.size(), MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR) {
+        if (count < 0 && (errno == EPIPE || errno == ECONNRESET)) {
             return false;
+        }
+        if (count < 0 && errno != EINTR) {
+            fail("the settings cannot be sent to the program");
         }
         frame.remove_prefix(static_cast<size_t>(std::max<ssize_t>(count, 0)));
     }
@@ -138,11 +142,15 @@ ssize_t LiveServer::receiveFrom(Stream& stream) {
     stream.bytes.resize(former + kMostAtOnce);
     const ssize_t count =
             recv(stream.descriptor.get(), stream.bytes.data() + former, kMostAtOnce, MSG_DONTWAIT);
-    const int error = errno;
+    if (count < 0 && errno == ECONNRESET) {
+        return 0;  // it has closed the connection without reading all
+    }
+    if (count < 0 && errno != EAGAIN && errno != EINTR) {
+        fail("the program's calls cannot be received");
+    }
     stream.bytes.resize(former + static_cast<size_t>(std::max<ssize_t>(count, 0)));
     takeFrames(stream);
-    // A broken connection counts as an end of the stream.
-    return count < 0 && error != EAGAIN && error != EINTR ? 0 : count;
+    return count;
 }
 
 void LiveServer::takeFrames(Stream& stream) {

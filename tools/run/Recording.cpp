@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
 #include <system_error>
 #include <vector>
 
@@ -19,6 +19,14 @@ namespace {
 
 [[noreturn]] void fail(int error, const std::string& what) {
     throw std::system_error(error, std::generic_category(), what);
+}
+
+ssize_t readSome(const android::base::unique_fd& file, std::vector<char>& block) {
+    ssize_t size = -1;
+    do {
+        size = read(file.get(), block.data(), block.size());
+    } while (size < 0 && errno == EINTR);
+    return size;
 }
 
 }  // namespace
@@ -41,21 +49,35 @@ void emptyRecording(const std::string& path) {
         fail(EINVAL, path + ": not a regular file");
     }
     if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-        fail(errno, path + ": another process records into it");
+        fail(errno, path + (errno == EWOULDBLOCK ? ": another process records into it" : ""));
     }
     if (ftruncate(file.get(), 0) != 0) {
         fail(errno, path);
     }
 }
 
-uint64_t recordedCalls(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+uint64_t endRecording(const std::string& path) {
+    const android::base::unique_fd file(open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (!file.ok() && errno == ENOENT) {
+        return 0;
+    }
     std::vector<char> block(size_t{1} << 20);
     uint64_t lines = 0;
-    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) ||
-           file.gcount() > 0) {
-        lines += static_cast<uint64_t>(
-                std::count(block.begin(), block.begin() + file.gcount(), '\n'));
+    off_t place = 0;
+    off_t end = 0;  // of the text
+    ssize_t size = -1;
+    while (file.ok() && (size = readSome(file, block)) > 0) {
+        const auto blockEnd = block.begin() + size;
+        lines += static_cast<uint64_t>(std::count(block.begin(), blockEnd, '\n'));
+        const auto last = std::find_if(std::make_reverse_iterator(blockEnd), block.rend(),
+                                       [](char byte) { return byte != '\0'; });
+        end = last != block.rend() ? place + (last.base() - block.begin()) : end;
+        place += size;
+    }
+    const bool isCut = size == 0 && (end == place || flock(file.get(), LOCK_EX | LOCK_NB) != 0 ||
+                                     ftruncate(file.get(), end) == 0);
+    if (!isCut) {
+        fail(errno, path);
     }
     return lines;
 }

@@ -13,7 +13,9 @@ namespace desk {
 // the file could not be written.
 void emptyRecording(const std::string& path);
 
-// The number of calls in the file; 0 when it cannot be read.
-uint64_t recordedCalls(const std::string& path);
+// Cuts off the space that the recorder has reserved and a program that was killed has left, unless
+// another process records into the file. Returns the number of calls in it, 0 when there is no such
+// file. Throws std::system_error.
+uint64_t endRecording(const std::string& path);
 
 }  // namespace desk

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <exception>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "common/Desk.h"
@@ -37,12 +38,18 @@ void refuseToOverwriteInputs(const RunOptions& options) {
     refuseSharedFiles(inputs, outputs);
 }
 
-// The program may see other files than this process does, so it gets the texts.
+// The program may see other files than this process does, so it gets the texts. None of a file that
+// is not there. Throws std::system_error when it cannot be read.
 std::optional<std::string> textOf(const std::filesystem::path& file) {
     std::string text;
     constexpr bool kFollowLinks = true;
-    return android::base::ReadFileToString(file, &text, kFollowLinks) ? std::optional(text)
-                                                                      : std::nullopt;
+    if (android::base::ReadFileToString(file, &text, kFollowLinks)) {
+        return text;
+    }
+    if (errno != ENOENT) {
+        throw std::system_error(errno, std::generic_category(), file);
+    }
+    return std::nullopt;
 }
 
 Setup setupOf(const CommonOptions& options) {
@@ -116,6 +123,8 @@ class LiveRun {
 
     const LiveSession& session() const { return mSession; }
     const Program& program() const { return *mProgram; }
+    // Whether the program could not send all its calls.
+    bool isLost() const { return mIsLost; }
     bool isInterrupted() const { return mSignals.received() != 0; }
 
   private:
@@ -142,6 +151,10 @@ class LiveRun {
     void take(FrameKind kind, std::string_view content) {
         if (kind == FrameKind::Call) {
             mSession.take(content);
+        } else if (kind == FrameKind::Lost) {
+            mIsLost = true;
+            sayError(kProgram, fmt::format("process {}: its further calls are not shown: {}",
+                                           mServer->followed(), content));
         } else if (LineSink* const log = kind == FrameKind::Log ? mLogs.log() : mLogs.ulog()) {
             log->write(content);
         }
@@ -167,6 +180,7 @@ class LiveRun {
     bool mHasProgramEnded = false;
     bool mHasFollowedEnded = false;
     bool mIsToStop = false;
+    bool mIsLost = false;
     const Logs& mLogs;
     LiveSession mSession;
     std::optional<LiveServer> mServer;
@@ -174,28 +188,34 @@ class LiveRun {
 };
 
 // Reports where less was seen than the user may expect.
-void sayWhatIsMissing(const std::string& program, const LiveSession& session) {
+void sayWhatIsMissing(const std::string& program, const std::string& ending,
+                      const LiveSession& session) {
     if (session.foreignCommands() > 0) {
         sayError(kProgram,
                  fmt::format("{} went to the driver outside of the library's calls: {} links the "
                              "library statically, or sends them itself",
                              countOf(session.foreignCommands(), "command"), program));
     } else if (session.calls() == 0) {
-        sayError(kProgram, fmt::format("{} made no call to the library", program));
+        sayError(kProgram, fmt::format("{} made no call to the library; it {}", program, ending));
     }
 }
 
 // Whether every call that was seen is in the recording too.
 bool isRecordingWhole(const RunOptions& options, const LiveSession& session) {
-    if (!options.recording || session.calls() == 0) {
+    if (!options.recording) {
         return true;
     }
-    const uint64_t recorded = recordedCalls(*options.recording);
-    if (recorded < session.calls()) {
-        sayError(kProgram, fmt::format("{}: holds {} of {}", *options.recording, recorded,
-                                       countOf(session.calls(), "call")));
+    try {
+        const uint64_t recorded = endRecording(*options.recording);
+        if (recorded < session.calls()) {
+            sayError(kProgram, fmt::format("{}: holds {} of {}", *options.recording, recorded,
+                                           countOf(session.calls(), "call")));
+        }
+        return recorded >= session.calls();
+    } catch (const std::system_error& error) {
+        sayError(kProgram, fmt::format("the recording cannot be checked: {}", error.what()));
+        return false;
     }
-    return recorded >= session.calls();
 }
 
 bool follow(LiveRun& live) {
@@ -237,7 +257,7 @@ int run(const RunOptions& given) {
         outputs.printSummary(summary);
     }
     const std::vector<std::string> failures = outputs.finish();
-    sayWhatIsMissing(name, live.session());
+    sayWhatIsMissing(name, live.program().ending(), live.session());
     if (const std::string unexpected = summary.unexpected(); !unexpected.empty()) {
         sayError(kProgram, unexpected);
     }
@@ -245,7 +265,7 @@ int run(const RunOptions& given) {
         sayError(kProgram, failure);
     }
     const bool isRecorded = isRecordingWhole(options, live.session());
-    isWhole = isWhole && failures.empty() && isRecorded;
+    isWhole = isWhole && !live.isLost() && failures.empty() && isRecorded;
     const int status = live.program().status();
     if (status < 0) {
         endBySignal(-status);

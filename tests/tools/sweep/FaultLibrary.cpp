@@ -6,15 +6,20 @@
  *                                        from 1, fails with this errno
  *     VELK_FAULT="KIND NUMBER -SIGNAL"   that call is made after a signal to the process
  *     VELK_FAULT_MARK                    a file that is made when it happens
+ *     VELK_FAULT_IN                      the file name of the program that it is to happen in,
+ *                                        empty for any
  *
- * The kind is the name of a function below, or "any" for all of them.
+ * The kind is one of those below, or "any" for all of them.
  */
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
+#include <spawn.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -43,10 +48,17 @@ Fault readFault() {
         sscanf(text, "%15s %d %d", fault.kind.data(), &fault.number, &fault.error) != 3) {
         fault.number = 0;
     }
+    const char* program = getenv("VELK_FAULT_IN");
+    if (program != nullptr && *program != '\0' &&
+        strcmp(program, program_invocation_short_name) != 0) {
+        fault.number = 0;
+    }
     return fault;
 }
 
 constinit std::atomic<int> gCalls = 0;
+
+const pid_t gLoaded = getpid();
 
 // Whether the call of this kind is the one to fail; errno is set then.
 bool isToFail(const char* kind) {
@@ -57,6 +69,9 @@ bool isToFail(const char* kind) {
     }
     if (++gCalls != fault.number) {
         return false;
+    }
+    if (fault.error < 0 && getpid() != gLoaded) {
+        return false;  // signals are for the tool itself, not for a process that it has forked
     }
     const long mark = syscall(SYS_openat, AT_FDCWD, getenv("VELK_FAULT_MARK"),
                               O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
@@ -169,6 +184,47 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
     return isToFail("pthread_create")
                    ? errno
                    : next(pthread_create, "pthread_create")(thread, attributes, run, argument);
+}
+
+int socket(int domain, int type, int protocol) noexcept {
+    return isToFail("socket") ? -1 : next(socket, "socket")(domain, type, protocol);
+}
+
+int accept4(int descriptor, sockaddr* address, socklen_t* size, int flags) {
+    return isToFail("socket") ? -1 : next(accept4, "accept4")(descriptor, address, size, flags);
+}
+
+ssize_t recv(int descriptor, void* buffer, size_t size, int flags) {
+    return isToFail("recv") ? -1 : next(recv, "recv")(descriptor, buffer, size, flags);
+}
+
+ssize_t send(int descriptor, const void* buffer, size_t size, int flags) {
+    return isToFail("send") ? -1 : next(send, "send")(descriptor, buffer, size, flags);
+}
+
+int flock(int descriptor, int operation) noexcept {
+    return isToFail("flock") ? -1 : next(flock, "flock")(descriptor, operation);
+}
+
+int ftruncate(int descriptor, off_t size) noexcept {
+    return isToFail("ftruncate") ? -1 : next(ftruncate, "ftruncate")(descriptor, size);
+}
+
+int posix_fallocate(int descriptor, off_t offset, off_t size) {
+    return isToFail("posix_fallocate")
+                   ? errno
+                   : next(posix_fallocate, "posix_fallocate")(descriptor, offset, size);
+}
+
+pid_t fork() noexcept {
+    return isToFail("fork") ? -1 : next(fork, "fork")();
+}
+
+int posix_spawnp(pid_t* process, const char* file, const posix_spawn_file_actions_t* actions,
+                 const posix_spawnattr_t* attributes, char* const* words, char* const* variables) {
+    return isToFail("fork") ? errno
+                            : next(posix_spawnp, "posix_spawnp")(process, file, actions, attributes,
+                                                                 words, variables);
 }
 
 }  // extern "C"

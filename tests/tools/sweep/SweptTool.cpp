@@ -4,13 +4,17 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cctype>
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 namespace desk {
@@ -20,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kMark = "fault-mark";
-constexpr int kPatienceMs = 60000;
+constexpr std::chrono::milliseconds kPatience(60000);
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
@@ -32,25 +36,47 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
     return result;
 }
 
-std::vector<std::string> environmentWith(const std::optional<Fault>& fault) {
+std::vector<std::string> environmentOf(const ToolRow& row, const std::optional<Fault>& fault) {
     std::vector<std::string> variables;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         variables.emplace_back(*variable);
     }
+    if (!row.environment.empty()) {
+        variables.push_back(row.environment);
+    }
+    std::string libraries = row.libraries;
     if (fault) {
-        variables.emplace_back("LD_PRELOAD=" VELK_FAULT_LIBRARY);
+        libraries = VELK_FAULT_LIBRARY ":" + libraries;
         variables.push_back("VELK_FAULT=" + fault->kind + " " + std::to_string(fault->number) +
                             " " + std::to_string(fault->error));
         variables.push_back(std::string("VELK_FAULT_MARK=") + kMark);
+        variables.push_back("VELK_FAULT_IN=" + row.faulted);
     }
+    variables.push_back("LD_PRELOAD=" + libraries);
     return variables;
+}
+
+// Whether any process lives that the tool has started. Those whose parent has ended are children of
+// this process, see the constructor.
+bool isAnyLeft() {
+    using namespace std::chrono_literals;
+    for (auto left = kPatience; left > 0ms; left -= 1ms) {
+        pid_t ended = 0;
+        while ((ended = waitpid(-1, nullptr, WNOHANG)) > 0) {
+        }
+        if (ended < 0) {
+            return false;
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
 }
 
 // The end of the process, or its end by force when it does not come.
 void await(pid_t process, SweepOutcome& outcome) {
     const auto watched = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
     pollfd waiting = {watched, POLLIN, 0};
-    if (poll(&waiting, 1, kPatienceMs) != 1) {
+    if (poll(&waiting, 1, static_cast<int>(kPatience.count())) != 1) {
         outcome.isHung = true;
         kill(process, SIGKILL);
     }
@@ -64,6 +90,7 @@ void await(pid_t process, SweepOutcome& outcome) {
 }  // namespace
 
 SweptTool::SweptTool(ToolRow row) : mRow(std::move(row)) {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::string folder = testing::TempDir() + "sweep-XXXXXX";
     EXPECT_NE(mkdtemp(folder.data()), nullptr);
     mFolder = folder;
@@ -119,7 +146,7 @@ SweepOutcome SweptTool::start(const std::vector<std::string>& arguments,
     }
     std::vector<std::string> words = {mRow.program};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> variables = environmentWith(fault);
+    std::vector<std::string> variables = environmentOf(mRow, fault);
     pid_t process = -1;
     EXPECT_EQ(posix_spawn(&process, mRow.program.c_str(), &actions, nullptr, pointers(words).data(),
                           pointers(variables).data()),
@@ -128,6 +155,7 @@ SweepOutcome SweptTool::start(const std::vector<std::string>& arguments,
 
     SweepOutcome outcome;
     await(process, outcome);
+    outcome.isHung = outcome.isHung || isAnyLeft();
     outcome.hasFaultHappened = fs::exists(mFolder / kMark);
     outcome.outputs["out"] = withoutNumbers(contentOf(mFolder / "out"));
     for (const auto& [option, output] : mRow.outputs) {
@@ -159,12 +187,16 @@ std::string contentOf(const fs::path& path) {
 std::string withoutNumbers(const std::string& text) {
     std::string result;
     bool isInNumber = false;
+    bool isHexadecimal = false;
     for (const char character : text) {
         const bool isDigit = character >= '0' && character <= '9';
-        if (!isDigit || !isInNumber) {
-            result += isDigit ? '0' : character;
+        isHexadecimal = isInNumber && (isHexadecimal || character == 'x');
+        isInNumber = isDigit || (isHexadecimal && std::isalnum(character) != 0);
+        if (!isInNumber && (character != ' ' || !result.ends_with(' '))) {
+            result += character;
+        } else if (isInNumber && !result.ends_with('0')) {
+            result += '0';
         }
-        isInNumber = isDigit;
     }
     return result;
 }

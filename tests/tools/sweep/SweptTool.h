@@ -31,7 +31,7 @@ struct Fault {
 struct SweepOutcome {
     int status = -1;      // of the exit; -1 when a signal ended it
     int signal = 0;       // that ended it
-    bool isHung = false;  // had to be killed
+    bool isHung = false;  // had to be killed, or has left a process behind
     bool hasFaultHappened = false;
     std::map<std::string, std::string> outputs;  // by path; "out" is standard output
     std::string err;
@@ -65,7 +65,8 @@ class SweptTool {
 
 std::string contentOf(const std::filesystem::path& path);
 
-// The text with every number as 0: times, thread ids and addresses differ from run to run.
+// The text with every number as 0 and one blank for many: times, thread ids and addresses differ
+// from run to run.
 std::string withoutNumbers(const std::string& text);
 
 }  // namespace desk

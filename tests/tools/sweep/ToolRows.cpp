@@ -38,6 +38,13 @@ Inputs inputsOfReplay(int lines, const std::string& more = "") {
     return inputs;
 }
 
+#ifdef VELK_RUN
+Inputs outputsOfRun() {
+    return {{"--output", "table"}, {"--record", "recording"}, {"--log", "log"},
+            {"--ulog", "ulog"},    {"--trace", "trace"},      {"--report", "page"}};
+}
+#endif
+
 }  // namespace
 
 const std::vector<ToolRow>& toolRows() {
@@ -77,6 +84,43 @@ const std::vector<ToolRow>& toolRows() {
                            "new"},
              .inputs = inputsOfReplay(60),
              .madeFiles = {"new/platform.json", "new/settings.json"}},
+            {.name = "checkOfANode",
+             .program = VELK_NODE_CHECK_PROGRAM,
+             .arguments = {"--check", "pointers", "--check", "threadIds", "--check", "files",
+                           "--check", "dyingThreads", "--check", "dyingProcesses"},
+             .libraries = VELK_NODE_LIBRARY,
+             .oneByOne = 6,
+             .isUnwatched = true},
+#ifdef VELK_RUN
+            {.name = "runOfAProgram",
+             .program = VELK_RUN,
+             .arguments = {"--tuning", "tuning", "--output", "table", "--record", "recording",
+                           "--log", "log", "--ulog", "ulog", "--trace", "trace", "--report", "page",
+                           "--", VELK_LIVE_PROGRAM, "up"},
+             .inputs = tuningData(),
+             .outputs = outputsOfRun(),
+             .failure = 125,
+             .troubles = {125, 126, 255},
+             .faulted = "velk-run"},
+            {.name = "programThatIsRun",
+             .program = VELK_RUN,
+             .arguments = {"--tuning", "tuning", "--record", "recording", "--log", "log", "--",
+                           VELK_LIVE_PROGRAM, "cycles"},
+             .inputs = tuningData(),
+             .outputs = {{"--record", "recording"}, {"--log", "log"}},
+             .failure = 125,
+             .troubles = {1, 2, 3, 4, 8, 12, 125},
+             .faulted = "velk_live_program"},
+            {.name = "recordingOfAProgram",
+             .program = VELK_RECORDED_PROGRAM,
+             .arguments = {"c"},
+             .madeFiles = {"recording"},
+             .troubles = {0},
+             .speaker = "velkrecord",
+             .libraries = VELK_RECORDER,
+             .environment = "VELK_RECORD=recording",
+             .isUnwatched = true},
+#endif
     };
     return rows;
 }

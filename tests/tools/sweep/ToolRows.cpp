@@ -89,7 +89,7 @@ const std::vector<ToolRow>& toolRows() {
              .arguments = {"--check", "pointers", "--check", "threadIds", "--check", "files",
                            "--check", "dyingThreads", "--check", "dyingProcesses"},
              .libraries = VELK_NODE_LIBRARY,
-             .oneByOne = 6,
+             .oneByOne = 9,
              .isUnwatched = true},
 #ifdef VELK_RUN
             {.name = "runOfAProgram",

@@ -78,6 +78,7 @@ int replay(const Options& options) {
     const Summary summary = summarize(input.name(), std::move(figures), controlNode().snapshot(),
                                       result, played.count());
     outputs.printSummary(summary);
+    outputs.writePage(summary);
     if (kernel) {
         kernel->compareCounts(summary.driver);
     }

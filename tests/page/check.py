@@ -1,4 +1,4 @@
-"""Opens pages of velk-replay in Chromium: check.py PROGRAM FOLDER [SCREENSHOT]
+"""Opens pages in Chromium: check.py BUILD FOLDER [SCREENSHOT]
 
 Every chart has its data, zooming and clicking work, nothing is on the console, whatever the names in
 the session are; and the page of a million calls is small.
@@ -6,6 +6,7 @@ the session are; and the page of a million calls is small.
 
 import json
 import pathlib
+import re
 import subprocess
 import sys
 from collections import Counter
@@ -134,6 +135,30 @@ def check_hostile(browser, program, folder):
     expect_equal(browser.console(), [], "on the console, hostile names")
 
 
+def check_program(browser, build, folder):
+    for what, facts in (("cycles", "12 calls on 1 thread"), ("", "0 calls on 0 threads")):
+        page = folder / "program.html"
+        subprocess.run([build / "tools/velk-run", "--quiet", "--report", page, "--",
+                        build / "tests/run/velk_live_program", what], capture_output=True, check=False)
+        browser.open(page)
+        expect(browser.text("session-facts").startswith(facts), f"a program: {browser.text('session-facts')}")
+        expect("velk-run" in browser.text("about"), f"the writer: {browser.text('about')}")
+        expect_equal(browser.console(), [], "on the console, a program")
+
+
+def check_fullest(browser, page):
+    """With every cell of every row filled, which takes more calls than a check can make."""
+    text = page.read_text()
+    head, data, tail = re.split(r'(?<=id="session-data">)(.*?)(?=</script>)', text, maxsplit=1, flags=re.DOTALL)
+    data = json.loads(data)
+    for row in data["rows"]:
+        row["cells"] = [[place, 1, 1, 1, 0] for place in range(2048)]
+    page.write_text(head + json.dumps(data).replace("<", "\\u003c") + tail)
+    browser.open(page)
+    expect_full_charts(browser)
+    expect_equal(browser.console(), [], "on the console, all cells filled")
+
+
 def check_long(browser, program, folder):
     calls = list(sessions.long_session(250_000))
     session = sessions.write(folder / "long.jsonl", calls)
@@ -155,19 +180,22 @@ def check_long(browser, program, folder):
     browser.press("timeline", "++")
     expect_full_charts(browser)
     expect_equal(browser.console(), [], "on the console, a million calls")
+    check_fullest(browser, page)
     page.unlink()
 
 
 def main():
-    program, folder = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    build, folder = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    program = build / "tools/velk-replay"
     browser = Browser()
     try:
         check_sample(browser, program, folder, sys.argv[3] if len(sys.argv) > 3 else None)
         check_hostile(browser, program, folder)
+        check_program(browser, build, folder)
         check_long(browser, program, folder)
     finally:
         browser.close()
-    print("The pages of the sample, of hostile names and of a million calls hold what they should.")
+    print("The pages of the sample, of hostile names, of programs and of a million calls hold what they should.")
 
 
 main()

@@ -64,9 +64,6 @@ void Outputs::printSummary(const Summary& summary) {
     if (mProgress != nullptr) {
         mProgress->erase();
     }
-    if (mPage != nullptr) {
-        mPageFile->write(formatPage(summary, *mPage));
-    }
     if (mFormat == PrintFormat::JsonLines) {
         mOutput->writeLine(formatSummaryJson(summary));
         return;
@@ -75,6 +72,12 @@ void Outputs::printSummary(const Summary& summary) {
         mOutput->writeLine("");
     }
     mOutput->write(formatSummaryText(summary));
+}
+
+void Outputs::writePage(const Summary& summary) {
+    if (mPage != nullptr) {
+        mPageFile->write(formatPage(summary, *mPage));
+    }
 }
 
 std::vector<std::string> Outputs::finish() {

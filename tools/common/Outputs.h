@@ -36,8 +36,9 @@ class Outputs {
     const SessionAnalysis& analysis() const { return mAnalysis; }
     const Logs& logs() const { return mLogs; }
 
-    // And writes the page of the session, where one is asked for.
     void printSummary(const Summary& summary);
+    // Where a page is asked for.
+    void writePage(const Summary& summary);
     // Ends and closes every output. Returns "FILE: REASON" for each that could not be written in
     // full. A standard stream whose reader has gone counts as written.
     std::vector<std::string> finish();

@@ -256,6 +256,7 @@ int run(const RunOptions& given) {
     if (!isEmpty || options.common.format == PrintFormat::JsonLines) {
         outputs.printSummary(summary);
     }
+    outputs.writePage(summary);
     const std::vector<std::string> failures = outputs.finish();
     sayWhatIsMissing(name, live.program().ending(), live.session());
     if (const std::string unexpected = summary.unexpected(); !unexpected.empty()) {

@@ -87,7 +87,7 @@ const operationColumns = [
     ["calls", number(([, operation]) => operation.calls), "number"],
     ["returned -1, injected", number(([, operation]) => operation.failedInjected), "number"],
     ["returned -1", badCount(([, operation]) => operation.failed), "number"],
-    ["first in line", ([, operation]) => operation.firstFailedLine ?? "-", "number"],
+    [`first in ${unit}`, ([, operation]) => operation.firstFailedLine ?? "-", "number"],
 ];
 
 const registrationColumns = [

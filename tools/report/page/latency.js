@@ -53,7 +53,7 @@ function latencyConfig(row) {
             scales: {
                 x: timeAxis(),
                 y: valueAxis("latency", {
-                    suggestedMax: 1.1 * Math.max(0, ...row.items.map((item) => item.target)),
+                    suggestedMax: 1.1 * largestOf(row.items.map((item) => item.target)),
                     ticks: {
                         callback(us) { return formatTick(us, this); },
                     },

@@ -17,7 +17,7 @@ function levelLine(place) {
 function levelsConfig(places, title) {
     const highest = places[0] === 0 ?
             100 :
-            Math.max(...data.levels.flatMap((change) => places.map((place) => change[place + 1])));
+            largestOf(data.levels.flatMap((change) => places.map((place) => change[place + 1])));
     return {
         type: "line",
         data: {

@@ -3,23 +3,27 @@
 const mostEventsListed = 20;
 
 function describeSession() {
-    const name = summary.session.split("/").at(-1);
+    const name = (summary.program ?? summary.session).split("/").at(-1);
     document.title = `${name} - VELKPerfCtrl`;
     document.getElementById("session-name").textContent = name;
     const parts = [
         `${countOf(summary.calls, "call")} on ${countOf(summary.threads, "thread")}`,
-        `${formatTime(summary.recordedUs)} recorded`,
+        `${formatTime(summary.recordedUs)} ${
+                isProgram ? "from the first to the last" : "recorded"}`,
     ];
+    if (isProgram) {
+        parts.push(summary.ending);
+    }
     if (summary.error) {
         parts.push(`ended early: ${summary.error}`);
     } else if (summary.interrupted) {
-        parts.push("interrupted: what was played until then");
+        parts.push(isProgram ? "interrupted" : "interrupted: what was played until then");
     } else if (summary.cutOff) {
         parts.push(`the recording was cut off at ${summary.cutOff}`);
     }
     document.getElementById("session-facts").textContent = parts.join(", ");
     document.getElementById("about").textContent =
-            `Written by velk-replay ${
+            `Written by ${isProgram ? "velk-run" : "velk-replay"} ${
                     data.version}. Times count from the first call of the session, in recorded time. ` +
             `Charts by Chart.js ${Chart.version}, © Chart.js contributors, MIT licence.`;
 }
@@ -109,7 +113,7 @@ function tableOfEvents() {
             `${counts.join(", ")}. The first of each:`,
             [
                 ["at", linkToEvent],
-                ["line", (event) => `${event.line}`, "number"],
+                [unit, (event) => `${event.line}`, "number"],
                 ["thread", (event) => event.thread],
                 ["what", (event) => event.what],
                 ["kind", (event) => eventKinds[event.kind]],

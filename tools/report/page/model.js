@@ -4,6 +4,10 @@ const data = JSON.parse(document.getElementById("session-data").textContent);
 const summary = data.report.summary;
 const sessionUs = Math.max(summary.recordedUs, 1);
 
+// The calls of a program are numbered; those of a session have lines.
+const isProgram = summary.program !== undefined;
+const unit = isProgram ? "call" : "line";
+
 const numberFormat = new Intl.NumberFormat("en");
 
 function formatCount(count) { return numberFormat.format(count); }
@@ -32,6 +36,9 @@ function formatMoment(us) { return `${(us / 1e3).toFixed(3)} ms`; }
 function percentOf(part, whole) {
     return whole > 0 ? `${((100 * part) / whole).toFixed(1)} %` : "-";
 }
+
+// Not with Math.max(...list), because there are limits to the number of arguments.
+function largestOf(list) { return list.reduce((largest, each) => Math.max(largest, each), 0); }
 
 function shorten(text, length) {
     return text.length > length ? `${text.slice(0, length - 1)}…` : text;
@@ -129,7 +136,7 @@ function describeControl(control) {
         ...control.criticalTaskUclamps.map(([task, uclamp]) => `task ${task} at ${uclamp}`),
     ];
     const asked = wishes.filter((wish) => wish !== "").join("; ") || "no level";
-    return `${control.call} by ${control.thread} in line ${control.line} asks for ${asked}`;
+    return `${control.call} by ${control.thread} in ${unit} ${control.line} asks for ${asked}`;
 }
 
 // A row for each category of controls.
@@ -163,7 +170,7 @@ const eventKinds = {
 
 function describeEvent({kind, what, thread, line, text}) {
     const more = text === "" ? "" : `: ${text}`;
-    return `${what} by ${thread} in line ${line}: ${eventKinds[kind]}${more}`;
+    return `${what} by ${thread} in ${unit} ${line}: ${eventKinds[kind]}${more}`;
 }
 
 const rows = makeRows();

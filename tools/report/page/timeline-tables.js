@@ -3,8 +3,8 @@
 function rowInWindow(row) {
     const items = within(row.items, timeWindow.from, timeWindow.to);
     const cells = within(row.cells, timeWindow.from, timeWindow.to);
-    const longest = Math.max(
-            0, ...items.map((item) => item.end - item.at), ...cells.map((cell) => cell.longest));
+    const longest = largestOf(
+            [...items.map((item) => item.end - item.at), ...cells.map((cell) => cell.longest)]);
     const sum = (list, valueOf) => list.reduce((total, each) => total + valueOf(each), 0);
     return {
         title: row.title,
@@ -59,7 +59,7 @@ function describeAggregation() {
     const exact = rows.reduce((sum, row) => sum + row.items.length, 0);
     const sentences = [];
     if (aggregated > 0) {
-        const widest = Math.max(...cells.map((cell) => cell.end - cell.at));
+        const widest = largestOf(cells.map((cell) => cell.end - cell.at));
         sentences.push(
                 `${formatCount(exact)} intervals are exact: in each row the longest, and before these the ones over their target. ` +
                         `The other ${formatCount(aggregated)}, ${

@@ -90,10 +90,18 @@ show_progress() {
 # Runs a command and shows its progress. Shows its output only when it failed.
 #   quietly LOG-FILE COMMAND...
 quietly() {
-    local log=$1
+    local log=$1 status
     shift
     make_folder "$(dirname "$log")"
-    if ! "$@" 2>&1 | tee "$log" | show_progress; then
+    # Not in a condition, where bash would not stop at a failing command of a function.
+    set +e
+    (
+        set -e
+        "$@"
+    ) 2>&1 | tee "$log" | show_progress
+    status=$?
+    set -e
+    if ((status != 0)); then
         grep -vE -e "$ninja_step" -e "$apt_step" "$log" >&2 || true
         fail "this failed, its output is above and in $log: $*"
     fi

@@ -250,7 +250,7 @@ int closeNode(int descriptor) {
 
 void noteDescriptor(int descriptor, int copy) {
     const NodeState state = stateOf(descriptor);
-    if (copy < 0 || copy == descriptor ||
+    if (copy < 0 || static_cast<size_t>(copy) >= kNumbers || copy == descriptor ||
         (state != NodeState::Open && stateOf(copy) == NodeState::Foreign) || !isOwnProcess()) {
         return;
     }
@@ -259,7 +259,7 @@ void noteDescriptor(int descriptor, int copy) {
         tellClosed(copy);
     }
     setState(copy, NodeState::Foreign);
-    if (state == NodeState::Open && static_cast<size_t>(copy) < kNumbers &&
+    if (state == NodeState::Open &&
         ask([=] { return controlNode().duplicate(descriptor, copy); }) == 0) {
         setOpen(copy);
     }

@@ -1,6 +1,7 @@
 /*
  * A program that is run by velk-run: LiveProgram WHAT.
  */
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -56,16 +57,46 @@ int becomeDaemon() {
     return 0;
 }
 
+// Cancels a thread in the middle of its calls.
+int cancel() {
+    pthread_t thread = {};
+    init();
+    pthread_create(
+            &thread, nullptr,
+            [](void*) -> void* {
+                for (int i = 0; i < 1000; ++i) {
+                    VELKInfoNotifier::notifyVSync();
+                }
+                pthread_testcancel();
+                return nullptr;
+            },
+            nullptr);
+    pthread_cancel(thread);
+    void* result = nullptr;
+    pthread_join(thread, &result);
+    return result == PTHREAD_CANCELED ? 0 : 1;
+}
+
+int fail() {
+    VELKMachine::notifyTaskEnd(nullptr, 2);
+    return 7;
+}
+
+constexpr struct {
+    std::string_view name;
+    int (*run)();
+} kModes[] = {
+        {"cycles", useItThreeTimes}, {"crash", crash},   {"wait", waitForEnd}, {"up", init},
+        {"daemon", becomeDaemon},    {"cancel", cancel}, {"failing", fail},
+};
+
 }  // namespace
 
 int main(int, char** argv) {
-    const std::string_view what = argv[1];
-    return what == "cycles"   ? useItThreeTimes()
-           : what == "crash"  ? crash()
-           : what == "wait"   ? waitForEnd()
-           : what == "up"     ? init()
-           : what == "daemon" ? becomeDaemon()
-                              : what == "failing"
-                   ? VELKMachine::notifyTaskEnd(nullptr, 2),
-           7 : 2;
+    for (const auto& [name, run] : kModes) {
+        if (name == argv[1]) {
+            return run();
+        }
+    }
+    return 2;
 }

@@ -31,6 +31,7 @@
 #include "log/DeskLog.h"
 #include "log/LogLine.h"
 #include "record/CallObserver.h"
+#include "record/NoCancellation.h"
 #include "record/ThreadNames.h"
 #include "session/SessionLine.h"
 #include "text/PrintableText.h"
@@ -174,6 +175,7 @@ class Agent final : public CallObserver {
     };
 
     static void say(const std::string& message) noexcept {
+        const NoCancellation held;
         dprintf(STDERR_FILENO, "velk-run: process %d: %s\n", getpid(), message.c_str());
     }
 
@@ -181,6 +183,7 @@ class Agent final : public CallObserver {
     template <typename Action>
     void tryTo(const Action& action) noexcept {
         const int callersErrno = errno;
+        const NoCancellation held;
         try {
             action();
         } catch (const std::exception& error) {

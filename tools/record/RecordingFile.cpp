@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "record/NoCancellation.h"
+
 namespace desk {
 
 namespace {
@@ -37,6 +39,7 @@ int reserve(int descriptor, uint64_t size) {
 }  // namespace
 
 RecordingFile::RecordingFile(std::string path) : mPath(std::move(path)) {
+    const NoCancellation held;
     mDescriptor = open(mPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     if (mDescriptor < 0) {
         fail(errno, mPath);
@@ -68,6 +71,7 @@ void RecordingFile::append(std::string_view text) {
 }
 
 void RecordingFile::mapNext(size_t size) {
+    const NoCancellation held;
     const uint64_t end = mWindowOffset + mWindowUsed;
     const uint64_t offset = end / kSmallestStep * kSmallestStep;
     const auto used = static_cast<size_t>(end - offset);
@@ -103,6 +107,7 @@ void RecordingFile::unmap() {
 }
 
 void RecordingFile::trim() {
+    const NoCancellation held;
     const uint64_t end = mWindowOffset + mWindowUsed;
     unmap();
     mWindowOffset = end;

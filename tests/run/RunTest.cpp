@@ -108,6 +108,7 @@ const ProgramCase kPrograms[] = {
          nullptr},
         {"refused", VELK_PROGRAM " cycles", 12, 12, 1, "exited with 12", nullptr,
          "--driver open=EACCES"},
+        {"cancelled", VELK_PROGRAM " cancel", 0, 1001, 2, "exited with 0", nullptr},
         {"leftUp", VELK_PROGRAM " up", 0, 1, 1, "exited with 0", nullptr},
         {"absentLibrary", "true", 0, 0, 0, "exited with 0", "true made no call to the library"},
         {"libraryWithin", VELK_PROGRAM_WITH_LIBRARY " cycles", 0, 0, 0, "exited with 0",
@@ -163,6 +164,25 @@ TEST_F(Run, RefusesWhatItCannotSeeOrDo) {
         EXPECT_NE(err().find(c.message), std::string::npos) << err();
     }
     EXPECT_EQ(readFile(path("text")), "no program");
+}
+
+TEST_F(Run, FindsAndAwaitsItsProgramInAnyEnvironment) {
+    std::filesystem::create_directory(path("true"));
+    std::ofstream(path("text")) << "no program";
+    struct Case {
+        std::string environment;
+        const char* command;
+        int status;
+    };
+    for (const Case& c : {Case{"env PATH=" + path("") + ":$PATH", "true", 0},
+                          {"env PATH=" + path("") + ":$PATH", "text", 126},
+                          {"env -u PATH", "true", 0},
+                          {"sh -c 'trap \"\" CHLD; exec \"$@\"' sh", "sh -c 'exit 3'", 3}}) {
+        EXPECT_EQ(shell(c.environment + " " VELK_RUN " --quiet --output " + path("out") + kTuning +
+                        "-- " + c.command),
+                  c.status)
+                << c.environment << ": " << err();
+    }
 }
 
 TEST_F(Run, PassesSignalsOnAndSumsUpAllTheSame) {

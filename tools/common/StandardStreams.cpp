@@ -16,6 +16,8 @@ namespace desk {
 void prepareStandardStreams() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    // Where a parent ignores it, the kernel keeps no status of children that have ended.
+    std::signal(SIGCHLD, SIG_DFL);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0) {
             // The lowest free number is this one. Open for the wrong direction, it fails at use.

@@ -51,7 +51,7 @@ void writeHead(Output out, const Summary& summary) {
         fmt::format_to(out, "  ended early: interrupted\n");
     } else if (summary.cutOff) {
         fmt::format_to(out, "  the recording was cut off at {}: all calls before are played\n",
-                       *summary.cutOff);
+                       printableText(*summary.cutOff));
     }
 }
 

@@ -41,8 +41,8 @@ struct Start {
 
 class Program {
   public:
-    // Starts it with the signals and the standard streams that this process was given. Throws
-    // ProgramError.
+    // Starts it with the signals and the standard streams that this process was given, except that
+    // SIGCHLD is not ignored. Throws ProgramError.
     explicit Program(const Start& start);
     ~Program();
     Program(const Program&) = delete;

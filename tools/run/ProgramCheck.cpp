@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <system_error>
 
 #include "run/Program.h"
 
@@ -24,19 +25,26 @@ namespace {
 
 using android::base::unique_fd;
 
-// The file that would be executed; empty when there is none.
+// The file that would be executed, else one that cannot be; empty when there is none. Searches as
+// posix_spawnp does.
 std::string findProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
         return name;
     }
     const char* const path = std::getenv("PATH");
-    for (const std::string& folder : android::base::Split(path != nullptr ? path : "", ":")) {
+    std::string forbidden;
+    for (const std::string& folder :
+         android::base::Split(path != nullptr ? path : "/bin:/usr/bin", ":")) {
         std::string file = (folder.empty() ? "." : folder) + "/" + name;
-        if (access(file.c_str(), X_OK) == 0) {
+        std::error_code ignored;
+        if (access(file.c_str(), X_OK) == 0 && !std::filesystem::is_directory(file, ignored)) {
             return file;
         }
+        if (std::filesystem::exists(file, ignored)) {
+            forbidden = file;
+        }
     }
-    return "";
+    return forbidden;
 }
 
 // Why the loader ignores LD_PRELOAD for a set-user-id program, or one with capabilities; empty when

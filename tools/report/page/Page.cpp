@@ -1,6 +1,7 @@
 #include "report/page/Page.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -7,10 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace desk {
 
@@ -44,6 +47,30 @@ class FrameWriter {
     void put(const T& value) {
         static_assert(std::is_trivially_copyable_v<T>);
         append({reinterpret_cast<const char*>(&value), sizeof value});
+    }
+    void put(const std::string& text) { putText(text); }
+    template <typename T>
+    void put(const std::optional<T>& value) {
+        put(value.has_value());
+        if (value) {
+            put(*value);
+        }
+    }
+    template <typename First, typename Second>
+    void put(const std::pair<First, Second>& values) {
+        exchange(values.first, values.second);
+    }
+    template <typename T>
+    void put(const std::vector<T>& values) {
+        put(static_cast<uint32_t>(values.size()));
+        for (const T& value : values) {
+            put(value);
+        }
+    }
+    // A function that calls this with all members describes a frame for both directions.
+    template <typename... Members>
+    void exchange(const Members&... members) {
+        (put(members), ...);
     }
 
     void putText(std::string_view text) {
@@ -79,6 +106,34 @@ class FrameReader {
         T value;
         std::memcpy(&value, take(sizeof value).data(), sizeof value);
         return value;
+    }
+
+    template <typename T>
+    void get(T& value) {
+        value = get<T>();
+    }
+    void get(std::string& text) { text = getText(); }
+    template <typename T>
+    void get(std::optional<T>& value) {
+        value.reset();
+        if (get<bool>()) {
+            get(value.emplace());
+        }
+    }
+    template <typename First, typename Second>
+    void get(std::pair<First, Second>& values) {
+        exchange(values.first, values.second);
+    }
+    template <typename T>
+    void get(std::vector<T>& values) {
+        values.clear();
+        for (auto left = get<uint32_t>(); left > 0; --left) {
+            get(values.emplace_back());
+        }
+    }
+    template <typename... Members>
+    void exchange(Members&... members) {
+        (get(members), ...);
     }
 
     std::string_view getText() { return take(get<uint32_t>()); }

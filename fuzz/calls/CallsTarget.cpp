@@ -48,6 +48,8 @@ constexpr std::array kNames = {"TASK_CUSTOM_ABCDEFGHIJK", "", "MY_TASK_TASK_X", 
 constexpr std::array kOverrides = {0, 0, 304000, 201500, -201500, 100000, 1, -1};
 constexpr size_t kMaxSteps = 2000;
 
+// Bytes are read in statements of their own where there are several: compilers differ in the order
+// in which they evaluate arguments.
 class Sequence {
   public:
     Sequence(const uint8_t* bytes, size_t size) : mNext(bytes), mEnd(bytes + size) {
@@ -145,11 +147,14 @@ class Sequence {
             case 10:
                 perform(&Model::spanStart, notifySingleShotCriticalTaskStartCus, task);
                 return perform(&Model::spanEnd, notifySingleShotCriticalTaskEndCus, task);
-            case 11:
-                return byte() % 2 == 0 ? perform(&Model::anchorEnd, notifyAnchorPointEndCus,
-                                                 pick(kAnchors), ~0U - byte())
-                                       : perform(&Model::anchorStart, notifyAnchorPointStartCus,
-                                                 pick(kAnchors), ~0U - byte());
+            case 11: {
+                const bool isEnd = byte() % 2 == 0;
+                const int anchor = pick(kAnchors);
+                const unsigned serial = ~0U - byte();
+                return isEnd ? perform(&Model::anchorEnd, notifyAnchorPointEndCus, anchor, serial)
+                             : perform(&Model::anchorStart, notifyAnchorPointStartCus, anchor,
+                                       serial);
+            }
             default:
                 makePlainCalls(readBits());
         }
@@ -167,8 +172,10 @@ class Sequence {
     void changeWorld(int what) {
         fake::Source& source = platform().sources[byte() % 2];
         switch (what) {
-            case 0:
-                return fake::setLogSwitches(byte() % 16, byte() % 8);
+            case 0: {
+                const uint32_t mode = byte() % 16;
+                return fake::setLogSwitches(mode, byte() % 8);
+            }
             case 1:
                 return fake::setLogSwitches(3, 5, ~0U << byte() % 32);
             case 2:
@@ -176,17 +183,21 @@ class Sequence {
             case 3:
                 node().fail(fake::kOpenDump, EACCES, byte() % 2);
                 return platform().set(fake::kDumpTaskTable, byte() % 2);
-            case 4:
-                return platform().set(byte() % 2 == 0 ? fake::kLatencySpec : fake::kJitterSpec,
-                                      pick(kOverrides));
+            case 4: {
+                const auto property = byte() % 2 == 0 ? fake::kLatencySpec : fake::kJitterSpec;
+                return platform().set(property, pick(kOverrides));
+            }
             case 5:
                 platform().traceTags = byte() % 2 == 0 ? 0x400 : ~uint64_t{0x400};
                 return;
             case 6:
                 gThread = byte() % 3 + 1;
                 return;
-            case 7:
-                return node().fail(27 + byte() % 12, EINVAL, byte() % 8, byte() % 3 - 1);
+            case 7: {
+                const unsigned command = 27 + byte() % 12;
+                const int times = byte() % 8;
+                return node().fail(command, EINVAL, times, byte() % 3 - 1);
+            }
             case 8: {
                 const int error = byte() % 2 == 0 ? ENOENT : EACCES;
                 return node().fail(fake::kOpenNode, error, byte() % 3, -error);

@@ -69,7 +69,7 @@ if(VELK_DESK)
                       ${PROJECT_SOURCE_DIR}/platform/
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velkdesk COMPONENT desk
             FILES_MATCHING PATTERN "*.h"
-            REGEX "/tuning/[^/]*Json[^/]*$|/(DriverSession|OpenDescriptors|RecordCopy|TaskRuns)\\.h$" EXCLUDE)
+            REGEX "/tuning/[^/]*Json[^/]*$|/(DriverSession|DriverTotals|OpenDescriptors|RecordCopy|TaskRuns)\\.h$" EXCLUDE)
     install(FILES ${PROJECT_SOURCE_DIR}/src/foundation/CommandField.h
                   ${PROJECT_SOURCE_DIR}/src/foundation/CommandRecords.h
                   ${PROJECT_SOURCE_DIR}/src/foundation/CommandTable.h

@@ -12,6 +12,7 @@
 
 #include "clock/DeskClock.h"
 #include "driver/DriverSession.h"
+#include "driver/DriverTotals.h"
 #include "driver/OpenDescriptors.h"
 #include "driver/RecordCheck.h"
 
@@ -28,23 +29,6 @@ int takeRefusal(InjectedFaults::Refusal& refusal) {
         --refusal.times;
     }
     return refusal.error;
-}
-
-void count(CallCounters& counters, Verdict verdict) {
-    switch (verdict) {
-        case Verdict::Noted:
-            ++counters.noted;
-            [[fallthrough]];
-        case Verdict::Accepted:
-            ++counters.accepted;
-            break;
-        case Verdict::InjectedRefusal:
-            ++counters.refusedInjected;
-            break;
-        case Verdict::Refused:
-            ++counters.refused;
-            break;
-    }
 }
 
 void note(DriverEvent& event, const char* finding) {
@@ -67,11 +51,6 @@ size_t indexOf(const VELKCommand& command) {
     return static_cast<size_t>(&command - VELK_COMMANDS.data());
 }
 
-bool canChangeControl(uint32_t request) {
-    return request == VELK_IOC_INIT || request == VELK_IOC_SINGLE_SHOT ||
-           request == VELK_IOC_UNINIT;
-}
-
 }  // namespace
 
 struct DriverModel::State {
@@ -91,7 +70,6 @@ struct DriverModel::State {
     }
     void judgeCommand(DriverEvent& event);
     void judgeKnownCommand(DriverEvent& event);
-    void countFinding(const DriverEvent& event);
     // `judge(event)` decides about the call and carries it out. Returns the answer to the caller.
     template <typename Judge>
     int handle(DriverEvent& event, CallCounters& counters, Judge&& judge);
@@ -107,24 +85,13 @@ int DriverModel::State::handle(DriverEvent& event, CallCounters& counters, Judge
         event.timeNs = nowNs();
         judge(event);
         count(counters, event.verdict);
-        if (!event.finding.empty()) {
-            countFinding(event);
-        }
+        countFinding(totals.findings, event.finding);
         notified = observer;
     }
     if (notified != nullptr) {
         notified->onDriverEvent(event);
     }
     return -event.error;
-}
-
-void DriverModel::State::countFinding(const DriverEvent& event) {
-    const auto known = std::ranges::find(totals.findings, event.finding, &FindingCount::finding);
-    if (known != totals.findings.end()) {
-        ++known->count;
-    } else {
-        totals.findings.push_back({event.finding, 1});
-    }
 }
 
 void DriverModel::State::judgeCommand(DriverEvent& event) {

@@ -1,38 +1,9 @@
 #include "run/DriverFollower.h"
 
-#include <algorithm>
-
+#include "driver/DriverTotals.h"
 #include "driver/RecordCheck.h"
 
 namespace desk {
-
-namespace {
-
-void count(CallCounters& counters, Verdict verdict) {
-    counters.accepted += isRefusal(verdict) ? 0U : 1U;
-    counters.noted += verdict == Verdict::Noted ? 1U : 0U;
-    counters.refusedInjected += verdict == Verdict::InjectedRefusal ? 1U : 0U;
-    counters.refused += verdict == Verdict::Refused ? 1U : 0U;
-}
-
-void countFinding(std::vector<FindingCount>& findings, const std::string& finding) {
-    if (finding.empty()) {
-        return;
-    }
-    const auto known = std::ranges::find(findings, finding, &FindingCount::finding);
-    if (known != findings.end()) {
-        ++known->count;
-    } else {
-        findings.push_back({finding, 1});
-    }
-}
-
-bool canChangeControl(uint32_t request) {
-    return request == VELK_IOC_INIT || request == VELK_IOC_SINGLE_SHOT ||
-           request == VELK_IOC_UNINIT;
-}
-
-}  // namespace
 
 void DriverFollower::take(ReceivedCommand& received) {
     countFinding(mTotals.findings, received.finding);

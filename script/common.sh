@@ -5,6 +5,9 @@
 
 set -euo pipefail
 
+# What tools print is read here, by their English words and with a point in numbers.
+export LC_ALL=C.UTF-8
+
 # shellcheck disable=SC2034 # for scripts that take file names from their caller
 called_from=$PWD
 script_file=$(realpath "$0")

@@ -177,6 +177,8 @@ std::vector<Section> allSections() {
 
 class RowBenchmark : public benchmark::internal::Benchmark {
   public:
+    // Older releases of the library take no string.
+    // NOLINTNEXTLINE(readability-redundant-string-cstr)
     explicit RowBenchmark(const Row& row) : Benchmark(row.name.c_str()), mRow(row) {
         UseManualTime();
     }
@@ -200,6 +202,17 @@ class RowBenchmark : public benchmark::internal::Benchmark {
     const Row& mRow;
 };
 
+// Why a run was given up; nothing when it was not. Its members have other names in newer releases
+// of the library.
+template <typename AnyRun>
+std::optional<std::string> errorOf(const AnyRun& run) {
+    if constexpr (requires { run.error_occurred; }) {
+        return run.error_occurred ? std::optional(run.error_message) : std::nullopt;
+    } else {
+        return run.skipped != 0 ? std::optional(run.skip_message) : std::nullopt;
+    }
+}
+
 // Runs the rows and gives each its results, one a repetition.
 class Collector : public benchmark::BenchmarkReporter {
   public:
@@ -220,8 +233,8 @@ class Collector : public benchmark::BenchmarkReporter {
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
             Row& row = *mRows.at(run.run_name.function_name);
-            if (run.error_occurred) {
-                fmt::print(stderr, "velk_bench: {}: {}\n", row.name, run.error_message);
+            if (const std::optional<std::string> error = errorOf(run)) {
+                fmt::print(stderr, "velk_bench: {}: {}\n", row.name, *error);
                 mHasFailed = true;
             } else if (run.run_type == Run::RT_Iteration) {
                 const double own = run.real_accumulated_time / static_cast<double>(run.iterations);

@@ -14,6 +14,7 @@ namespace {
 template <typename Figure>
 double medianOf(const Row& row, Figure figure) {
     std::vector<double> figures;
+    figures.reserve(row.samples.size());
     for (const Sample& sample : row.samples) {
         figures.push_back(figure(sample));
     }

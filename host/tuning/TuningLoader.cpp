@@ -73,6 +73,7 @@ std::string TuningFault::text() const {
 
 std::string TuningError::text() const {
     std::vector<std::string> lines;
+    lines.reserve(faults.size());
     for (const TuningFault& fault : faults) {
         lines.push_back(fault.text());
     }

@@ -73,6 +73,7 @@ void startProgram() {
 [[noreturn]] void liveAsProcess(unsigned seed, int ended) {
     for (;; seed += kThreads) {
         std::vector<std::thread> threads;
+        threads.reserve(kThreads);
         for (unsigned i = 0; i < kThreads; ++i) {
             threads.emplace_back([=] {
                 live(seed + i);

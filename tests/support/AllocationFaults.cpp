@@ -19,8 +19,11 @@ void failAllocation(int n) {
 }  // namespace fake
 
 void* operator new(size_t size) {
-    if (fake::tInLibrary && fake::tLeft > 0 && --fake::tLeft == 0) {
-        throw std::bad_alloc();
+    if (fake::tInLibrary && fake::tLeft > 0) {
+        --fake::tLeft;
+        if (fake::tLeft == 0) {
+            throw std::bad_alloc();
+        }
     }
     void* const memory = std::malloc(size);
     return memory != nullptr ? memory : throw std::bad_alloc();

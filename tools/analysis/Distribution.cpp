@@ -15,7 +15,7 @@ constexpr size_t kBucketsOfPower = size_t{1} << (kExactBits - 1);
 
 size_t Distribution::bucketOf(int64_t us) {
     const auto value = static_cast<uint64_t>(us);
-    const auto bits = static_cast<int>(std::bit_width(value));
+    const int bits = std::numeric_limits<uint64_t>::digits - std::countl_zero(value);
     if (bits <= kExactBits) {
         return value;
     }

@@ -42,6 +42,7 @@ SpanFigures SpanAnalysis::figures() const {
 
 std::vector<ActiveSpan> SpanAnalysis::activeSpans(const ThreadTable& threads) const {
     std::vector<ActiveSpan> spans;
+    spans.reserve(mOpen.size());
     for (const auto& [tid, span] : mOpen) {
         spans.push_back({threads.nameOf(span.thread), span.criticalValue, span.sinceUs});
     }

@@ -141,7 +141,8 @@ std::optional<std::string> parseNumberOption(const char* name, std::string_view 
 }
 
 Parsed parseOptions(int argc, char** argv) {
-    enum Letter { kHelpLetter = 'h', kVersion = 256, kFormat, kSeed, kCommands, kCheck, kStrict };
+    enum Option { kVersion = 256, kFormat, kSeed, kCommands, kCheck, kStrict };
+    constexpr int kHelpLetter = 'h';
     constexpr option kLongOptions[] = {{"help", no_argument, nullptr, kHelpLetter},
                                        {"version", no_argument, nullptr, kVersion},
                                        {"format", required_argument, nullptr, kFormat},

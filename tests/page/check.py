@@ -123,8 +123,9 @@ def check_hostile(browser, program, folder):
     browser.open(page)
     expect_equal(browser.driver.title, "<i>hostile.jsonl - VELKPerfCtrl", "title")
     expect_equal(browser.run("return document.querySelectorAll('img, b, i').length"), 0, "elements made of names")
-    browser.run("document.getElementById('events').open = true")
+    browser.run("for (const id of ['events', 'latency-1-table']) document.getElementById(id).open = true")
     browser.settle()
+    expect_equal(sum(int(row[2]) for row in browser.table("Passes by their start")), 1, "passes, one at the very end")
     expect_equal([row[3] for row in browser.table("call returned -1: 1")], ["notifyTaskEnd"], "the table of events")
     expect_equal(browser.datasets()["timeline"]["open at the end"], 2, "a run and a control without an end")
     row = browser.table("Tasks")[0]

@@ -30,6 +30,8 @@ def hostile():
     yield {"at_us": 6000, "thread": thread, "call": "notifySingleShotControl", "category": 5}
     yield {"at_us": 9000, "thread": thread, "call": "notifyVSync"}
     yield {"at_us": 9000, "thread": thread, "call": "notifyAnchorPointEnd", "anchor": 1, "serial": 7}
+    yield {"at_us": 9000, "thread": thread, "call": "notifyAnchorPointStart", "anchor": 1, "serial": 8}
+    yield {"at_us": 9000, "thread": thread, "call": "notifyAnchorPointEnd", "anchor": 1, "serial": 8}
 
 
 def long_session(rounds):

@@ -140,7 +140,9 @@ function tableOfLatency(row) {
                                                   over: 0,
                                               }));
     const add = (at, {count, total, longest, over}) => {
-        const slice = list[Math.floor(((at - from) / (to - from)) * slices)];
+        // The end of the time shown is in the last slice.
+        const place = at === to ? slices - 1 : Math.floor(((at - from) / (to - from)) * slices);
+        const slice = list[place];
         if (slice) {
             slice.count += count;
             slice.total += total;

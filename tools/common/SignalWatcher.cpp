@@ -12,23 +12,11 @@
 #include <utility>
 
 #include "common/ExitStatus.h"
+#include "common/SignalSet.h"
 
 namespace desk {
 
 namespace {
-
-// A blocked signal would be delivered even where it is ignored.
-sigset_t signalsNotIgnored() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
-            sigaddset(&signals, signal);
-        }
-    }
-    return signals;
-}
 
 sigset_t block(const sigset_t& signals) {
     sigset_t former;
@@ -40,7 +28,7 @@ sigset_t block(const sigset_t& signals) {
 
 SignalWatcher::SignalWatcher(std::function<void()> onSignal)
     : mOnSignal(std::move(onSignal)),
-      mWatched(signalsNotIgnored()),
+      mWatched(signalsNotIgnored({SIGHUP, SIGINT, SIGTERM})),
       mFormerMask(block(mWatched)),
       mSignals(signalfd(-1, &mWatched, SFD_CLOEXEC)) {
     if (mSignals.get() < 0) {

@@ -6,27 +6,12 @@
 #include <cerrno>
 #include <system_error>
 
+#include "common/SignalSet.h"
+
 namespace desk {
 
-namespace {
-
-// An ignored signal is left out: once blocked, it would be received all the same.
-sigset_t signalsNotIgnored() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-        struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
-            sigaddset(&signals, signal);
-        }
-    }
-    return signals;
-}
-
-}  // namespace
-
 SignalPassing::SignalPassing() {
-    const sigset_t signals = signalsNotIgnored();
+    const sigset_t signals = signalsNotIgnored({SIGHUP, SIGINT, SIGQUIT, SIGTERM});
     pthread_sigmask(SIG_BLOCK, &signals, &mFormerMask);
     mSignals.reset(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
     if (!mSignals.ok()) {

@@ -3,6 +3,7 @@
 #include <android-base/file.h>
 #include <fmt/format.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <exception>
@@ -34,7 +35,15 @@ void refuseToOverwriteInputs(const RunOptions& options) {
         outputs.push_back({"--record", *options.recording});
     }
     std::vector<NamedFile> inputs = inputFilesOf(options.common);
+    inputs.push_back({"standard input", "-", STDIN_FILENO});
     inputs.push_back({"the program", options.program.front()});
+    // It may read, or write, the files that its arguments name.
+    for (auto word = options.program.begin() + 1; word != options.program.end(); ++word) {
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(*word, ignored)) {
+            inputs.push_back({"an argument of the program", *word});
+        }
+    }
     refuseSharedFiles(inputs, outputs);
 }
 

@@ -39,8 +39,9 @@ constexpr const char* kExitStatus = R"(
 Exit status:
   that of the program. velk-run ends by the signal that ended the program, and passes SIGHUP,
   SIGINT, SIGQUIT and SIGTERM on to it; the summary is printed in any case. And besides:
-  125  bad usage, a malformed tuning file, a file that cannot be written, a program that nothing
-       can be preloaded into (statically linked, set-user-id, with file capabilities)
+  125  bad usage, a malformed tuning file, a file that cannot be written, calls that could not be
+       seen or recorded, a program that nothing can be preloaded into (statically linked,
+       set-user-id, with file capabilities)
   126  the program cannot be executed
   127  there is no such program)";
 

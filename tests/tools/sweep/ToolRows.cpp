@@ -39,6 +39,12 @@ Inputs inputsOfReplay(int lines, const std::string& more = "") {
 }
 
 #ifdef VELK_RUN
+Inputs inputsOfRun() {
+    Inputs inputs = tuningData();
+    inputs["read by it"] = inputs["typed"] = "for the program\n";
+    return inputs;
+}
+
 Inputs outputsOfRun() {
     return {{"--output", "table"}, {"--record", "recording"}, {"--log", "log"},
             {"--ulog", "ulog"},    {"--trace", "trace"},      {"--report", "page"}};
@@ -96,8 +102,9 @@ const std::vector<ToolRow>& toolRows() {
              .program = VELK_RUN,
              .arguments = {"--tuning", "tuning", "--output", "table", "--record", "recording",
                            "--log", "log", "--ulog", "ulog", "--trace", "trace", "--report", "page",
-                           "--", VELK_LIVE_PROGRAM, "up"},
-             .inputs = tuningData(),
+                           "--", VELK_LIVE_PROGRAM, "up", "read by it"},
+             .inputs = inputsOfRun(),
+             .standardInput = "typed",
              .outputs = outputsOfRun(),
              .failure = 125,
              .troubles = {125, 126, 255},

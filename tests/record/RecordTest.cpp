@@ -165,6 +165,7 @@ TEST_F(Record, ThatCannotGoOnLetsTheProgramGoOn) {
                  {"nan", path("no/folder"), "No such file or directory"},
                  {"nan", path("file/below"), "Not a directory"},
                  {"nan", "/dev/full", "not a regular file"},
+                 {"nan", path("stderr"), "is the program's standard error"},
          }) {
         EXPECT_EQ(record(c.file, std::string(VELK_PROGRAM " ") + c.program), 0);
         const std::string said = readFile(path("stderr"));

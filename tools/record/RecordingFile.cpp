@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -36,6 +37,19 @@ int reserve(int descriptor, uint64_t size) {
     return posix_fallocate(descriptor, 0, static_cast<off_t>(size));
 }
 
+// A standard stream of the program that leads to the same file; null when none does.
+const char* streamTo(const struct stat& file, int descriptor) {
+    constexpr const char* kStreams[] = {"standard input", "standard output", "standard error"};
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        struct stat status = {};
+        if (stream != descriptor && fstat(stream, &status) == 0 && status.st_dev == file.st_dev &&
+            status.st_ino == file.st_ino) {
+            return kStreams[stream];
+        }
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 RecordingFile::RecordingFile(std::string path) : mPath(std::move(path)) {
@@ -48,6 +62,10 @@ RecordingFile::RecordingFile(std::string path) : mPath(std::move(path)) {
     int error = 0;
     if (fstat(mDescriptor, &status) == 0 && !S_ISREG(status.st_mode)) {
         error = EINVAL;
+    } else if (const char* const stream = streamTo(status, mDescriptor)) {
+        close(mDescriptor);
+        throw std::runtime_error(mPath + ": is the program's " + stream +
+                                 ", expected another file");
     } else if (status.st_mode == 0 || flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 ||
                ftruncate(mDescriptor, 0) != 0) {
         error = errno;

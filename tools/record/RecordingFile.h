@@ -16,8 +16,8 @@ namespace desk {
 // Not thread-safe. Its destructor leaves the file as it is.
 class RecordingFile {
   public:
-    // Creates the file, or empties it. Throws std::system_error, also when another process records
-    // into it.
+    // Creates the file, or empties it. Throws std::runtime_error, also when another process records
+    // into it, or when it is a standard stream of this one.
     explicit RecordingFile(std::string path);
     RecordingFile(const RecordingFile&) = delete;
     RecordingFile& operator=(const RecordingFile&) = delete;

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <list>
 
 #include "support/Recorder.h"
 
@@ -49,11 +50,6 @@ class Logger final : public ULogger {
                 {.kind = kLog, .text = std::move(line), .isULogger = true, .level = level});
     }
 };
-
-Logger& logger() {
-    static auto* const instance = new Logger;
-    return *instance;
-}
 
 class Convertor final : public VELKJsonConvertor {
   public:
@@ -186,8 +182,14 @@ void setLogSwitches(uint32_t mode, uint32_t level, uint32_t mask) {
     __atomic_store_n(&ULogger::sNormalDetailsMask, mask, __ATOMIC_RELAXED);
 }
 
+// A logger that comes back is a new one, so that a race shows when the library does not see it
+// whole. None is destroyed: calls may be using it.
 void setLogger(bool isPresent) {
-    __atomic_store_n(&ULogger::sULogger, isPresent ? &logger() : nullptr, __ATOMIC_RELEASE);
+    static auto* const loggers = new std::list<Logger>;
+    if (isPresent != (ULogger::sULogger != nullptr)) {
+        ULogger* const logger = isPresent ? &loggers->emplace_back() : nullptr;
+        __atomic_store_n(&ULogger::sULogger, logger, __ATOMIC_RELEASE);
+    }
 }
 
 }  // namespace fake

@@ -57,6 +57,8 @@ struct Event {
 
 // Whether the calling thread runs library code, as opposed to a test's or a fake's.
 inline thread_local bool tInLibrary = false;
+// Set: the library finds the next mutex taken, and waiting for it fails once with this errno.
+inline thread_local int tWaitError = 0;
 
 class Side {
   public:

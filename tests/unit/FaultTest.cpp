@@ -54,7 +54,7 @@ class FaultTest : public LibraryTest {
 
     static Control full(int category) {
         return {.category = category,
-                .uclampLevels = {300, 301, 302, 303, 304, 305, 306},
+                .uclampLevels = {300, 301, 302, 303, 304, 305, 306, 307},
                 .percentLevel = 40,
                 .rangeLevels1 = {1, 2, 3},
                 .criticalTaskUclamps =

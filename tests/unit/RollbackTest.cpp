@@ -33,12 +33,12 @@ class RollbackTest : public LibraryTest {
 
 TEST_F(RollbackTest, ErrorListKeepsNothingThatItCannotWarnOf) {
     ErrorHandle<int, int> list;
-    for (int key = 1; key <= 5; ++key) {
+    for (int key = 1; key <= 9; ++key) {
         list.addToErrorList(key, key);
     }
-    failEach([&] { list.addToErrorList(6, 6); }, [&] { EXPECT_FALSE(list.isInErrorList(6)); });
-    expectTranscript("W: too many Error, error number: 6 | = 0");
-    failEach([&] { list.addToErrorList(6, 7); }, [&] { EXPECT_TRUE(list.isInErrorList(6)); });
+    failEach([&] { list.addToErrorList(10, 1); }, [&] { EXPECT_FALSE(list.isInErrorList(10)); });
+    expectTranscript("W: too many Error, error number: 10 | = 0");
+    failEach([&] { list.addToErrorList(10, 7); }, [&] { EXPECT_TRUE(list.isInErrorList(10)); });
 }
 
 TEST_F(RollbackTest, ValuesAreOnlyPutBackWhereTheirRoomIsFree) {
@@ -69,6 +69,14 @@ TEST_F(RollbackTest, PairThatCannotBeDumpedIsForgotten) {
     EXPECT_TRUE(isNew);
     EXPECT_NE(std::string::npos,
               takeTranscript(kNode).find("=> VELKMonitorTask\n1 => TASK_SCALE\nclose"));
+}
+
+TEST_F(RollbackTest, CallThatCannotWaitForTheGlobalMutexThrows) {
+    up();
+    tWaitError = EAGAIN;
+    EXPECT_EQ(kThrew, start(1, 5));
+    EXPECT_EQ(-1, sceneChange(5, 1));
+    EXPECT_EQ(0, start(1, 5));
 }
 
 TEST_F(RollbackTest, LastUninitGoesDownThoughEveryMessageFails) {

@@ -175,12 +175,19 @@ std::vector<Section> allSections() {
 
 // --- Measuring -----------------------------------------------------------------------------------
 
+// Of a row with several threads. Each takes tens of milliseconds, of which the benchmark library is
+// told a small part.
+constexpr int kSharedIterations = 5;
+
 class RowBenchmark : public benchmark::internal::Benchmark {
   public:
     // Older releases of the library take no string.
     // NOLINTNEXTLINE(readability-redundant-string-cstr)
     explicit RowBenchmark(const Row& row) : Benchmark(row.name.c_str()), mRow(row) {
         UseManualTime();
+        if (row.threads) {
+            Iterations(kSharedIterations);
+        }
     }
 
     void Run(benchmark::State& state) override {

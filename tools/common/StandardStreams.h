@@ -15,9 +15,9 @@ namespace desk {
  * To be called before anything is opened. A standard stream that the tool is started without is
  * opened such that every use of it fails: otherwise the first file to be opened would take its
  * place, and messages would be written into that file. A program that the tool executes is without
- * it again. Writing to a pipe without a reader and
- * beyond the limit of a file's size become errors instead of ending the process, and children can
- * be waited for whatever the parent of the tool does with SIGCHLD.
+ * it again. Writing to a pipe without a reader and beyond the limit of a file's size become errors
+ * instead of ending the process, and children can be waited for whatever the parent of the tool
+ * does with SIGCHLD.
  */
 void prepareStandardStreams();
 

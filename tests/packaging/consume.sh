@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs a build into a folder, moves the folder, and uses what is there as its users do, with
-# nothing of it in the environment: builds and runs a C and a C++ consumer, runs the tools, reads
-# their pages, completes their arguments.
+# Installs a build into a folder with a blank in its path, moves the folder, and uses what is there as
+# its users do, with nothing of it in the environment: builds and runs a C and a C++ consumer, runs
+# the tools, reads their pages, completes their arguments.
 #
 # Usage: consume.sh BUILD-FOLDER LIBRARY-FOLDER-OF-AN-INSTALLATION HAS-PAGES
 set -euo pipefail
@@ -10,8 +10,10 @@ build=$1
 library_dir=$2
 has_pages=$3
 consumer=$(dirname "$(realpath "$0")")/consumer
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+work="$folder/with a blank"
+mkdir "$work"
 
 fail() {
     echo "$*"

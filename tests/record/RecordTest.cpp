@@ -15,6 +15,7 @@
 
 #include "session/SessionLine.h"
 #include "session/SessionReader.h"
+#include "support/Preload.h"
 #include "support/TemporaryFolder.h"
 
 namespace desk {
@@ -58,16 +59,23 @@ class Record : public testing::Test {
   protected:
     // Runs the command and returns the status of its exit, or 128 and the number of its signal.
     int run(const std::string& environment, const std::string& command) const {
-        const std::string line = "env " + environment + " " + command + " 2>" + path("stderr");
+        const std::string line = "env " + environment + " " + command + " 2>" + word("stderr");
         const int status = std::system(("exec " + line).c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
     int record(const std::string& recording, const std::string& command,
                const std::string& more = "") const {
-        return run("LD_PRELOAD=" VELK_RECORDER " VELK_RECORD=" + recording + " " + more, command);
+        return run(withRecorder() + "VELK_RECORD=" + recording + " " + more, command);
+    }
+    static std::string withRecorder() {
+        std::string words;
+        for (const std::string& variable : preloadVariables({VELK_RECORDER})) {
+            words += "'" + variable + "' ";
+        }
+        return words;
     }
     static std::string replay(const std::string& session, const std::string& output) {
-        return VELK_REPLAY_PROGRAM " --tuning " VELK_SAMPLES "/tuning --format jsonl " + session +
+        return VELK_REPLAY_PROGRAM " --tuning '" VELK_SAMPLES "/tuning' --format jsonl " + session +
                " >" + output;
     }
     // What the driver received, without times, and with threads by name alone.
@@ -87,6 +95,7 @@ class Record : public testing::Test {
         return commands;
     }
     std::string path(const char* name) const { return mFolder.file(name); }
+    std::string word(const char* name) const { return mFolder.word(name); }
 
   private:
     const TemporaryFolder mFolder;
@@ -95,9 +104,9 @@ class Record : public testing::Test {
 TEST_F(Record, OfAReplayIsTheSessionAgain) {
     const std::string sample = VELK_SAMPLES "/capture-5s.jsonl";
     for (const char* order : {"", "VELK_RECORD_ORDER=exact"}) {
-        ASSERT_EQ(record(path("first"), replay(sample, path("played")), order), 0)
+        ASSERT_EQ(record(word("first"), replay("'" + sample + "'", word("played")), order), 0)
                 << readFile(path("stderr"));
-        ASSERT_EQ(record(path("second"), replay(path("first"), path("replayed")), order), 0);
+        ASSERT_EQ(record(word("second"), replay(word("first"), word("replayed")), order), 0);
         const std::string commands = commandsOf(path("played"));
         EXPECT_GT(commands.size(), 3000U);
         EXPECT_EQ(commandsOf(path("replayed")), commands);
@@ -124,7 +133,7 @@ class RecordOf : public Record, public testing::WithParamInterface<ProgramCase> 
 
 TEST_P(RecordOf, AProgram) {
     const ProgramCase& c = GetParam();
-    EXPECT_EQ(record(path("r"), std::string(VELK_PROGRAM " ") + c.program), c.status);
+    EXPECT_EQ(record(word("r"), std::string(VELK_PROGRAM " ") + c.program), c.status);
     const Recording recording = readRecording(path("r"));
     EXPECT_EQ(recording.error, std::nullopt);
     EXPECT_EQ(recording.lines.size(), c.lines);
@@ -161,11 +170,11 @@ TEST_F(Record, ThatCannotGoOnLetsTheProgramGoOn) {
     };
     std::ofstream(path("file")) << "text";
     for (const Case& c : {
-                 Case{"limit", path("r"), "File too large"},
-                 {"nan", path("no/folder"), "No such file or directory"},
-                 {"nan", path("file/below"), "Not a directory"},
+                 Case{"limit", word("r"), "File too large"},
+                 {"nan", word("no/folder"), "No such file or directory"},
+                 {"nan", word("file/below"), "Not a directory"},
                  {"nan", "/dev/full", "not a regular file"},
-                 {"nan", path("stderr"), "is the program's standard error"},
+                 {"nan", word("stderr"), "is the program's standard error"},
          }) {
         EXPECT_EQ(record(c.file, std::string(VELK_PROGRAM " ") + c.program), 0);
         const std::string said = readFile(path("stderr"));
@@ -177,30 +186,32 @@ TEST_F(Record, ThatCannotGoOnLetsTheProgramGoOn) {
 }
 
 TEST_F(Record, OnAFullDiskLetsTheProgramGoOn) {
-    const std::string disk = path("disk");
-    std::filesystem::create_directory(disk);
-    const auto withDisk = [&disk](const std::string& command) {
-        return std::string("unshare --mount ") + (geteuid() != 0 ? "--user --map-root-user " : "") +
-               "sh -c 'mount -t tmpfs -o size=256k none " + disk + " && " + command + "'";
+    std::filesystem::create_directory(path("disk"));
+    const auto runWithDisk = [this](const std::string& command) {
+        return run("", std::string("unshare --mount ") +
+                               (geteuid() != 0 ? "--user --map-root-user " : "") +
+                               "sh -c 'mount -t tmpfs -o size=256k none \"$0\" && \"$@\" && "
+                               "cp \"$0/r\" \"$0.copy\"' " +
+                               word("disk") + " " + command);
     };
-    if (run("", withDisk("true")) != 0) {
+    if (runWithDisk("touch " + word("disk/r")) != 0) {
         GTEST_SKIP() << "no file system can be mounted here";
     }
-    EXPECT_EQ(run("", withDisk("LD_PRELOAD=" VELK_RECORDER " VELK_RECORD=" + disk + "/r " +
-                               VELK_PROGRAM " anchors && cp " + disk + "/r " + path("r"))),
+    EXPECT_EQ(runWithDisk("env " + withRecorder() + "VELK_RECORD=" + word("disk/r") +
+                          " " VELK_PROGRAM " anchors"),
               0);
     const std::string said = readFile(path("stderr"));
     EXPECT_NE(said.find("No space left on device"), std::string::npos) << said;
     EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
-    const Recording recording = readRecording(path("r"));
+    const Recording recording = readRecording(path("disk.copy"));
     EXPECT_EQ(recording.error, std::nullopt);
     EXPECT_GT(recording.lines.size(), 1000U);
 }
 
 TEST_F(Record, ThatIsNotAskedForWritesNothing) {
-    EXPECT_EQ(run("LD_PRELOAD=" VELK_RECORDER, VELK_PROGRAM " c"), 0);
+    EXPECT_EQ(run(withRecorder(), VELK_PROGRAM " c"), 0);
     EXPECT_EQ(readFile(path("stderr")), "");
-    EXPECT_EQ(run("LD_PRELOAD=" VELK_RECORDER " VELK_RECORD_ORDER=some VELK_RECORD=" + path("r"),
+    EXPECT_EQ(run(withRecorder() + "VELK_RECORD_ORDER=some VELK_RECORD=" + word("r"),
                   VELK_PROGRAM " c"),
               0);
     EXPECT_NE(readFile(path("stderr")).find("expected \"exact\""), std::string::npos);

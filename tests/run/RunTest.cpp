@@ -23,7 +23,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* kTuning = " --tuning " VELK_SAMPLES "/tuning ";
+constexpr const char* kTuning = " --tuning '" VELK_SAMPLES "/tuning' ";
 
 std::string readFile(const std::string& path) {
     std::ostringstream text;
@@ -36,11 +36,11 @@ class Run : public testing::Test {
     // Runs a line of the shell and returns its exit status, or 128 plus the number of the signal
     // that ended it.
     int shell(const std::string& line) const {
-        const int status = std::system(("exec " + line + " 2>" + path("err")).c_str());
+        const int status = std::system(("exec " + line + " 2>" + word("err")).c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
     int run(const std::string& options, const std::string& command) const {
-        return shell(VELK_RUN " --format jsonl --output " + path("out") + kTuning + options +
+        return shell(VELK_RUN " --format jsonl --output " + word("out") + kTuning + options +
                      " -- " + command);
     }
     std::string err() const { return readFile(path("err")); }
@@ -55,6 +55,7 @@ class Run : public testing::Test {
     }
     json summary(const char* name = "out") const { return rows(name).back()["summary"]; }
     std::string path(const char* name) const { return mFolder.file(name); }
+    std::string word(const char* name) const { return mFolder.word(name); }
 
   private:
     const TemporaryFolder mFolder;
@@ -104,7 +105,7 @@ const ProgramCase kPrograms[] = {
          "20001 calls returned -1"},
         {"threads", VELK_RECORDED_PROGRAM " threads", 0, 5, 3, "exited with 0",
          "5 calls returned -1"},
-        {"underAShell", "sh -c '" VELK_PROGRAM " cycles && exit 3'", 3, 12, 1, "exited with 3",
+        {"underAShell", "sh -c '\"$0\" cycles && exit 3' " VELK_PROGRAM, 3, 12, 1, "exited with 3",
          nullptr},
         {"refused", VELK_PROGRAM " cycles", 12, 12, 1, "exited with 12", nullptr,
          "--driver open=EACCES"},
@@ -121,8 +122,7 @@ TEST_F(Run, LeavesOtherProcessesAlone) {
     EXPECT_EQ(run("", VELK_RECORDED_PROGRAM " fork"), 0);
     EXPECT_EQ(summary()["calls"], 1);
     EXPECT_NE(err().find("uses the library too and is left alone"), std::string::npos) << err();
-    EXPECT_EQ(run("--record " + path("r"), "sh -c '" VELK_PROGRAM " cycles; " VELK_PROGRAM " up'"),
-              0);
+    EXPECT_EQ(run("--record " + word("r"), "sh -c '\"$0\" cycles; \"$0\" up' " VELK_PROGRAM), 0);
     EXPECT_EQ(std::ranges::count(readFile(path("r")), '\n'), 12);
     EXPECT_EQ(run("", VELK_PROGRAM " daemon"), 0);
     EXPECT_EQ(summary()["calls"], 2);
@@ -131,7 +131,7 @@ TEST_F(Run, LeavesOtherProcessesAlone) {
 
 TEST_F(Run, RefusesWhatItCannotSeeOrDo) {
     const std::string privileged = path("privileged");
-    std::filesystem::copy(VELK_STATIC_PROGRAM, privileged);
+    ASSERT_EQ(shell("cp " VELK_STATIC_PROGRAM " " + word("privileged")), 0);
     const bool canBeOthers = geteuid() == 0 && chown(privileged.c_str(), 1, 1) == 0;
     chmod(privileged.c_str(), S_ISUID | 0755);
     std::ofstream(path("text")) << "no program";
@@ -143,18 +143,19 @@ TEST_F(Run, RefusesWhatItCannotSeeOrDo) {
     };
     for (const Case& c : {
                  Case{"-- " VELK_STATIC_PROGRAM, 125, "statically linked"},
-                 {"-- " + privileged, 125, canBeOthers ? "another user" : "statically linked"},
-                 {"--output " + path("text") + " -- " + path("nothing"), 127,
+                 {"-- " + word("privileged"), 125,
+                  canBeOthers ? "another user" : "statically linked"},
+                 {"--output " + word("text") + " -- " + word("nothing"), 127,
                   "No such file or directory"},
-                 {"-- " + path("text"), 126, "Permission denied"},
+                 {"-- " + word("text"), 126, "Permission denied"},
                  {"--quiet", 125, "no program, expected -- PROGRAM"},
                  {"--format xml -- true", 125, "neither table nor jsonl"},
-                 {"--tuning " + path("") + " -- true", 125, "platform.json: "},
+                 {"--tuning " + word("") + " -- true", 125, "platform.json: "},
                  {"--log " VELK_STATIC_PROGRAM " -- " VELK_STATIC_PROGRAM, 125, "linked"},
-                 {"--record " + path("r") + " --log " + path("r") + " -- true", 125, "same file"},
+                 {"--record " + word("r") + " --log " + word("r") + " -- true", 125, "same file"},
                  {"--record /dev/full -- true", 125, "not a regular file"},
-                 {"--record " + path("no/r") + " -- true", 125, "No such file or directory"},
-                 {"--record " + path("r") +
+                 {"--record " + word("no/r") + " -- true", 125, "No such file or directory"},
+                 {"--record " + word("r") +
                           " -- env VELK_RECORD_ORDER=some " VELK_PROGRAM " cycles",
                   125, "holds 0 of 12 calls"},
                  {"--output /dev/full -- " VELK_PROGRAM " cycles", 125, "No space left on device"},
@@ -174,11 +175,11 @@ TEST_F(Run, FindsAndAwaitsItsProgramInAnyEnvironment) {
         const char* command;
         int status;
     };
-    for (const Case& c : {Case{"env PATH=" + path("") + ":$PATH", "true", 0},
-                          {"env PATH=" + path("") + ":$PATH", "text", 126},
+    for (const Case& c : {Case{"env PATH=" + word("") + ":\"$PATH\"", "true", 0},
+                          {"env PATH=" + word("") + ":\"$PATH\"", "text", 126},
                           {"env -u PATH", "true", 0},
                           {"sh -c 'trap \"\" CHLD; exec \"$@\"' sh", "sh -c 'exit 3'", 3}}) {
-        EXPECT_EQ(shell(c.environment + " " VELK_RUN " --quiet --output " + path("out") + kTuning +
+        EXPECT_EQ(shell(c.environment + " " VELK_RUN " --quiet --output " + word("out") + kTuning +
                         "-- " + c.command),
                   c.status)
                 << c.environment << ": " << err();
@@ -186,10 +187,12 @@ TEST_F(Run, FindsAndAwaitsItsProgramInAnyEnvironment) {
 }
 
 TEST_F(Run, PassesSignalsOnAndSumsUpAllTheSame) {
-    const std::string line = "sh -c 'trap \"\" INT; " VELK_RUN " --format jsonl --output " +
-                             path("out") + kTuning + "-- " VELK_PROGRAM " wait >" + path("mine") +
-                             " & pid=$!; until [ -s " + path("mine") +
-                             " ]; do sleep 0.05; done; kill -INT $pid; kill -TERM $pid; wait $pid'";
+    const std::string line =
+            "sh -c 'mine=$0; trap \"\" INT; \"$@\" >\"$mine\" & pid=$!; "
+            "until [ -s \"$mine\" ]; do sleep 0.05; done; "
+            "kill -INT $pid; kill -TERM $pid; wait $pid' " +
+            word("mine") + " " VELK_RUN " --format jsonl --output " + word("out") + kTuning +
+            "-- " VELK_PROGRAM " wait";
     EXPECT_EQ(shell(line), 128 + SIGTERM);
     EXPECT_EQ(summary()["ending"], "ended by SIGTERM");
     EXPECT_EQ(summary()["interrupted"], true);
@@ -211,13 +214,13 @@ std::string commandsOf(const std::vector<json>& rows) {
 }
 
 TEST_F(Run, ShowsAndRecordsWhatAReplayShows) {
-    ASSERT_EQ(run("--log " + path("log") + " --trace " + path("trace") + " --record " + path("r"),
-                  VELK_REPLAY_PROGRAM " " VELK_SAMPLES "/capture-5s.jsonl --quiet" +
-                          std::string(kTuning) + ">" + path("theirs")),
+    ASSERT_EQ(run("--log " + word("log") + " --trace " + word("trace") + " --record " + word("r"),
+                  VELK_REPLAY_PROGRAM " '" VELK_SAMPLES "/capture-5s.jsonl' --quiet" +
+                          std::string(kTuning) + ">" + word("theirs")),
               0)
             << err();
-    ASSERT_EQ(shell(VELK_REPLAY_PROGRAM " --format jsonl" + std::string(kTuning) + path("r") +
-                    " --log " + path("log2") + " >" + path("replayed")),
+    ASSERT_EQ(shell(VELK_REPLAY_PROGRAM " --format jsonl" + std::string(kTuning) + word("r") +
+                    " --log " + word("log2") + " >" + word("replayed")),
               0);
     const std::string commands = commandsOf(rows("out"));
     EXPECT_GT(commands.size(), 3000U);

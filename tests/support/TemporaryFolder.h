@@ -28,6 +28,8 @@ class TemporaryFolder {
 
     const std::filesystem::path& path() const { return mPath; }
     std::string file(const std::string& name) const { return mPath / name; }
+    // As a word of a line for the shell.
+    std::string word(const std::string& name) const { return "'" + file(name) + "'"; }
 
   private:
     std::filesystem::path mPath;

@@ -1,9 +1,13 @@
 #include "run/InstalledFiles.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <stdexcept>
+#include <system_error>
 
 #include "driver/DriverModel.h"
 
@@ -26,20 +30,27 @@ fs::path folderOfDesk() {
     return fs::canonical(info.dli_fname).parent_path();
 }
 
+// The folder by a name that the loader can find in a list, which it splits at blanks and colons.
+// LD_LIBRARY_PATH would not do: the program's own libraries must not be looked for there. The name
+// is valid as long as this process lives, which ends after the program.
+fs::path listableName(const fs::path& folder) {
+    if (folder.string().find_first_of(" :") == std::string::npos) {
+        return folder;
+    }
+    const int descriptor = open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), folder);
+    }
+    return fmt::format("/proc/{}/fd/{}", getpid(), descriptor);
+}
+
 }  // namespace
 
 std::string deskLibrary(const std::string& name) {
     for (const fs::path& folder : {folderOfDesk(), folderOfProgram()}) {
-        fs::path file = folder / name;
-        if (!fs::exists(file)) {
-            continue;
+        if (fs::exists(folder / name)) {
+            return listableName(folder) / name;
         }
-        if (file.string().find_first_of(" :") != std::string::npos) {
-            throw std::runtime_error(
-                    fmt::format("{}: a path with blanks or colons, which the loader cannot preload",
-                                file.string()));
-        }
-        return file;
     }
     throw std::runtime_error(fmt::format("{}: not there, expected it beside {}", name,
                                          (folderOfDesk() / "libvelkdesk.so").string()));

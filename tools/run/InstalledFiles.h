@@ -8,8 +8,8 @@
 
 namespace desk {
 
-// The path of a library that belongs to the desk. Throws std::runtime_error when it is missing,
-// or when its path is one that the loader cannot preload.
+// The path of a library that belongs to the desk, for the loader to preload while this process
+// lives. Throws std::runtime_error when it is missing.
 std::string deskLibrary(const std::string& name);
 
 // The folder of the sample's tuning data. Throws std::runtime_error when it is missing.

@@ -26,14 +26,14 @@ std::vector<std::string> checksWith(const nlohmann::json& report, const char* ki
 }
 
 TEST(NodeCheck, PassesOnTheDesksStrictModel) {
-    const NodeOutcome outcome = runOnNode(VELK_NODE_LIBRARY, "", VELK_NODE_CHECK_PROGRAM);
+    const NodeOutcome outcome = runOnNode({VELK_NODE_LIBRARY}, "", VELK_NODE_CHECK_PROGRAM);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     EXPECT_EQ(outcome.output.find("FAILED"), std::string::npos) << outcome.output;
     // The model is one of a process: what a kernel knows of files and children, it does not.
     EXPECT_NE(outcome.output.find("passed: 0 wrong answers, 2 lenient ones, seed 1;"),
               std::string::npos)
             << outcome.output;
-    EXPECT_EQ(runOnNode(VELK_NODE_LIBRARY, "", std::string(kTool) + " --strict").status, 1);
+    EXPECT_EQ(runOnNode({VELK_NODE_LIBRARY}, "", std::string(kTool) + " --strict").status, 1);
 }
 
 struct WrongDriver {
@@ -52,13 +52,13 @@ TEST(NodeCheck, NamesWhatIsWrongWithADriver) {
                  {"SECOND_NODE_ANSWERS=25:22", {"requests"}},
                  {"SECOND_NODE_ANSWERS=14:0", {"pointers"}},
          }) {
-        const NodeOutcome outcome = runOnNode(VELK_SECOND_NODE, c.environment, kTool);
+        const NodeOutcome outcome = runOnNode({VELK_SECOND_NODE}, c.environment, kTool);
         EXPECT_EQ(outcome.status, 1) << c.environment;
         const auto report = nlohmann::json::parse(outcome.output, nullptr, false);
         ASSERT_FALSE(report.is_discarded()) << outcome.output;
         EXPECT_EQ(checksWith(report, "wrong"), c.wrong) << c.environment;
     }
-    const NodeOutcome lenient = runOnNode(VELK_SECOND_NODE, "SECOND_NODE_ANSWERS=22:0", kTool);
+    const NodeOutcome lenient = runOnNode({VELK_SECOND_NODE}, "SECOND_NODE_ANSWERS=22:0", kTool);
     EXPECT_EQ(checksWith(nlohmann::json::parse(lenient.output), "lenient"),
               (Names{"zeros", "relations", "tasks", "threadIds", "files", "random"}));
 }
@@ -82,11 +82,11 @@ TEST(NodeCheck, ItsUsageIsChecked) {
                  {"", 2, "/proc/velk/velk_ioctl: No such file or directory"},
          }) {
         const NodeOutcome outcome =
-                runOnNode("", "", std::string(VELK_NODE_CHECK_PROGRAM " ") + c.arguments);
+                runOnNode({}, "", std::string(VELK_NODE_CHECK_PROGRAM " ") + c.arguments);
         EXPECT_EQ(outcome.status, c.status) << c.arguments;
         EXPECT_NE(outcome.output.find(c.text), std::string::npos) << outcome.output;
     }
-    EXPECT_EQ(runOnNode(VELK_NODE_LIBRARY, "", std::string(kTool) + " >/dev/full").status, 2);
+    EXPECT_EQ(runOnNode({VELK_NODE_LIBRARY}, "", std::string(kTool) + " >/dev/full").status, 2);
 }
 
 }  // namespace

@@ -12,9 +12,9 @@
 namespace desk {
 namespace {
 
-constexpr const char* kTool = VELK_REPLAY_PROGRAM " " VELK_SAMPLES
-                                                  "/capture-5s.jsonl --quiet --node real "
-                                                  "--tuning " VELK_SAMPLES "/tuning";
+constexpr const char* kTool = VELK_REPLAY_PROGRAM " '" VELK_SAMPLES
+                                                  "/capture-5s.jsonl' --quiet --node real "
+                                                  "--tuning '" VELK_SAMPLES "/tuning'";
 
 struct Case {
     const char* environment;
@@ -34,7 +34,7 @@ TEST(RealNode, TellsEveryAnswerThatIsNotTheModels) {
                   "velk-replay: vsync: the kernel answers EIO, the model 0:", 2},
          }) {
         const NodeOutcome outcome =
-                runOnNode(VELK_NODE_LIBRARY ":" VELK_SECOND_NODE, c.environment, kTool);
+                runOnNode({VELK_NODE_LIBRARY, VELK_SECOND_NODE}, c.environment, kTool);
         EXPECT_EQ(outcome.status, c.status) << outcome.output;
         EXPECT_NE(outcome.output.find(c.told), std::string::npos) << outcome.output;
         size_t differences = 0;
@@ -47,14 +47,14 @@ TEST(RealNode, TellsEveryAnswerThatIsNotTheModels) {
 }
 
 TEST(RealNode, HasToBeThereAndTakesNoInjectedFaults) {
-    const NodeOutcome absent = runOnNode("", "", kTool);
+    const NodeOutcome absent = runOnNode({}, "", kTool);
     EXPECT_EQ(absent.status, 2);
     EXPECT_EQ(absent.output, "velk-replay: /proc/velk/velk_ioctl: No such file or directory\n");
-    const NodeOutcome told = runOnNode("", "", std::string(kTool) + " --driver 28=EINVAL");
+    const NodeOutcome told = runOnNode({}, "", std::string(kTool) + " --driver 28=EINVAL");
     EXPECT_EQ(told.status, 2);
     EXPECT_NE(told.output.find("--driver: no fault can be injected into a real node"),
               std::string::npos);
-    EXPECT_EQ(runOnNode("", "", std::string(kTool) + " --node desk").status, 2);
+    EXPECT_EQ(runOnNode({}, "", std::string(kTool) + " --node desk").status, 2);
 }
 
 TEST(RealNode, CountsAreHeldToTheModels) {

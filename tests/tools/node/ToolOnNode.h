@@ -8,6 +8,9 @@
 #include <array>
 #include <cstdio>
 #include <string>
+#include <vector>
+
+#include "support/Preload.h"
 
 namespace desk {
 
@@ -17,10 +20,13 @@ struct NodeOutcome {
 };
 
 // `libraries` are preloaded, in this order. `environment` are NAME=VALUE words.
-inline NodeOutcome runOnNode(const std::string& libraries, const std::string& environment,
-                             const std::string& command) {
-    const std::string line =
-            "env " + environment + " LD_PRELOAD='" + libraries + "' " + command + " 2>&1";
+inline NodeOutcome runOnNode(const std::vector<std::string>& libraries,
+                             const std::string& environment, const std::string& command) {
+    std::string line = "env " + environment;
+    for (const std::string& variable : preloadVariables(libraries)) {
+        line += " '" + variable + "'";
+    }
+    line += " " + command + " 2>&1";
     NodeOutcome outcome;
     FILE* const pipe = popen(line.c_str(), "r");
     if (pipe == nullptr) {

@@ -17,6 +17,8 @@
 #include <thread>
 #include <utility>
 
+#include "support/Preload.h"
+
 namespace desk {
 
 namespace {
@@ -44,15 +46,17 @@ std::vector<std::string> environmentOf(const ToolRow& row, const std::optional<F
     if (!row.environment.empty()) {
         variables.push_back(row.environment);
     }
-    std::string libraries = row.libraries;
+    std::vector<std::string> libraries = row.libraries;
     if (fault) {
-        libraries = VELK_FAULT_LIBRARY ":" + libraries;
+        libraries.insert(libraries.begin(), VELK_FAULT_LIBRARY);
         variables.push_back("VELK_FAULT=" + fault->kind + " " + std::to_string(fault->number) +
                             " " + std::to_string(fault->error));
         variables.push_back(std::string("VELK_FAULT_MARK=") + kMark);
         variables.push_back("VELK_FAULT_IN=" + row.faulted);
     }
-    variables.push_back("LD_PRELOAD=" + libraries);
+    for (const std::string& variable : preloadVariables(libraries)) {
+        variables.push_back(variable);
+    }
     return variables;
 }
 

@@ -94,7 +94,7 @@ const std::vector<ToolRow>& toolRows() {
              .program = VELK_NODE_CHECK_PROGRAM,
              .arguments = {"--check", "pointers", "--check", "threadIds", "--check", "files",
                            "--check", "dyingThreads", "--check", "dyingProcesses"},
-             .libraries = VELK_NODE_LIBRARY,
+             .libraries = {VELK_NODE_LIBRARY},
              .oneByOne = 9,
              .isUnwatched = true},
 #ifdef VELK_RUN
@@ -124,7 +124,7 @@ const std::vector<ToolRow>& toolRows() {
              .madeFiles = {"recording"},
              .troubles = {0},
              .speaker = "velkrecord",
-             .libraries = VELK_RECORDER,
+             .libraries = {VELK_RECORDER},
              .environment = "VELK_RECORD=recording",
              .isUnwatched = true},
 #endif

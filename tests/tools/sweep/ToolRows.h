@@ -21,12 +21,12 @@ struct ToolRow {
     int status = 0;                                   // of the exit, without faults
     int failure = 2;                                  // when an output cannot be written
     std::vector<int> troubles = {1, 2};               // when it could not do all that it is to do
-    std::string speaker = {};      // that begins its messages, by default the program's name
-    std::string libraries = {};    // to be preloaded
-    std::string environment = {};  // NAME=VALUE
-    std::string faulted = {};      // the file name of the program that has the faults, or of all
-    int oneByOne = 1000;           // so many calls fail in turn, then every doubling
-    bool isUnwatched = false;      // a signal ends it at once, after what it has printed
+    std::string speaker = {};  // that begins its messages, by default the program's name
+    std::vector<std::string> libraries = {};  // to be preloaded
+    std::string environment = {};             // NAME=VALUE
+    std::string faulted = {};  // the file name of the program that has the faults, or of all
+    int oneByOne = 1000;       // so many calls fail in turn, then every doubling
+    bool isUnwatched = false;  // a signal ends it at once, after what it has printed
 };
 
 const std::vector<ToolRow>& toolRows();

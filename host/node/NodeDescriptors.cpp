@@ -181,8 +181,16 @@ void forget(int descriptor) {
 
 }  // namespace
 
+// A path that cannot be read is left to the kernel, which refuses it.
 bool isNodePath(const char* path) {
-    return path != nullptr && std::string_view(path) == VELK_NODE_PATH;
+    constexpr std::string_view kNode(VELK_NODE_PATH, sizeof VELK_NODE_PATH);  // with its end
+    if (path == nullptr) {
+        return false;
+    }
+    std::array<char, kNode.size()> start = {};
+    const ssize_t copied = copyReadable(start.data(), path, start.size());
+    return copied < 0 ? std::string_view(path) == VELK_NODE_PATH
+                      : std::string_view(start.data(), static_cast<size_t>(copied)) == kNode;
 }
 
 bool isNodeDescriptor(int descriptor) {

@@ -84,6 +84,46 @@ FILE* openStream(const char* path, const char* mode) {
     return stream;
 }
 
+int closeStream(FILE* stream) {
+    const int callersErrno = errno;
+    const int descriptor = fileno(stream);
+    errno = callersErrno;
+    const int result = desk::real::fclose(stream);
+    if (descriptor >= 0) {
+        desk::noteClosed(static_cast<unsigned>(descriptor), static_cast<unsigned>(descriptor));
+    }
+    return result;
+}
+
+// Puts the node in the place of the file that the stream is open on.
+FILE* moveToNode(const char* mode, FILE* stream) {
+    const int flags = flagsOfMode(mode);
+    const int node = desk::openNode(flags);
+    if (node < 0) {
+        const int error = errno;
+        closeStream(stream);
+        errno = error;
+        return nullptr;
+    }
+    desk::noteDescriptor(node, desk::real::dup3(node, fileno(stream), flags & O_CLOEXEC));
+    desk::closeNode(node);
+    return stream;
+}
+
+FILE* reopenStream(const char* path, const char* mode, FILE* stream) {
+    if (path == nullptr) {
+        return desk::real::freopen(path, mode, stream);  // the stream keeps its file
+    }
+    const bool isForNode = isNodePath(path);
+    const auto former = static_cast<unsigned>(fileno(stream));
+    FILE* const opened = desk::real::freopen(isForNode ? "/dev/null" : path, mode, stream);
+    desk::noteClosed(former, former);
+    if (opened != nullptr) {
+        desk::noteDescriptor(-1, fileno(opened));
+    }
+    return opened != nullptr && isForNode ? moveToNode(mode, opened) : opened;
+}
+
 }  // namespace
 
 // The C library has each of these functions in several spellings: for files beyond 2 GiB, and for
@@ -191,15 +231,16 @@ VELK_INTERPOSED int close(int descriptor) {
                                         : desk::real::close(descriptor);
 }
 
+VELK_INTERPOSED FILE* freopen(const char* path, const char* mode, FILE* stream) {
+    return reopenStream(path, mode, stream);
+}
+
+VELK_INTERPOSED FILE* freopen64(const char* path, const char* mode, FILE* stream) {
+    return reopenStream(path, mode, stream);
+}
+
 VELK_INTERPOSED int fclose(FILE* stream) {
-    const int callersErrno = errno;
-    const int descriptor = fileno(stream);
-    errno = callersErrno;
-    const int result = desk::real::fclose(stream);
-    if (descriptor >= 0) {
-        desk::noteClosed(static_cast<unsigned>(descriptor), static_cast<unsigned>(descriptor));
-    }
-    return result;
+    return closeStream(stream);
 }
 
 VELK_INTERPOSED int close_range(unsigned first, unsigned last, int flags) noexcept {

@@ -14,6 +14,7 @@ constinit NextDefinition<int(int, unsigned long, ...)> gIoctl("ioctl");
 constinit NextDefinition<int(int, int, ...)> gFcntl("fcntl64");
 constinit NextDefinition<int(int)> gClose("close");
 constinit NextDefinition<FILE*(const char*, const char*)> gFopen("fopen64");
+constinit NextDefinition<FILE*(const char*, const char*, FILE*)> gFreopen("freopen64");
 constinit NextDefinition<int(FILE*)> gFclose("fclose");
 constinit NextDefinition<void(int)> gCloseFrom("closefrom");
 
@@ -58,6 +59,10 @@ int dup3(int descriptor, int target, int flags) {
 
 FILE* fopen(const char* path, const char* mode) {
     return gFopen.get()(path, mode);
+}
+
+FILE* freopen(const char* path, const char* mode, FILE* stream) {
+    return gFreopen.get()(path, mode, stream);
 }
 
 int fclose(FILE* stream) {

@@ -18,6 +18,7 @@ int closeRange(unsigned first, unsigned last, int flags);
 void closeFrom(int first);
 int dup3(int descriptor, int target, int flags);
 FILE* fopen(const char* path, const char* mode);
+FILE* freopen(const char* path, const char* mode, FILE* stream);
 int fclose(FILE* stream);
 
 }  // namespace desk::real

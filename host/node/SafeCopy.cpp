@@ -20,29 +20,29 @@ bool isOnOwnStack(const void* source, const void* here) {
 
 }  // namespace
 
+ssize_t copyReadable(void* target, const void* source, size_t size) {
+    const int callersErrno = errno;
+    const iovec to = {target, size};
+    const iovec from = {const_cast<void*>(source), size};
+    const ssize_t copied = process_vm_readv(getpid(), &to, 1, &from, 1, 0);
+    const bool isForbidden = copied < 0 && errno != EFAULT;
+    errno = callersErrno;
+    return isForbidden ? -1 : std::max<ssize_t>(copied, 0);
+}
+
 SafeCopy::SafeCopy(const void* source, size_t size) {
     if (source == nullptr) {
         return;
     }
     size = std::min(size, mBytes.size());
     const char here = 0;
-    const int callersErrno = errno;
-    bool isReadable = true;
-    if (isOnOwnStack(source, &here)) {
+    const ssize_t copied =
+            isOnOwnStack(source, &here) ? -1 : copyReadable(mBytes.data(), source, size);
+    if (copied < 0) {
         std::memcpy(mBytes.data(), source, size);
-    } else {
-        const iovec to = {mBytes.data(), size};
-        const iovec from = {const_cast<void*>(source), size};
-        const ssize_t copied = process_vm_readv(getpid(), &to, 1, &from, 1, 0);
-        if (copied < 0 && errno != EFAULT) {
-            // Not allowed or not known here: the pointer has to be trusted.
-            std::memcpy(mBytes.data(), source, size);
-        } else {
-            isReadable = copied == static_cast<ssize_t>(size);
-        }
-        errno = callersErrno;
     }
-    mRecord = isReadable ? mBytes.data() : nullptr;
+    const bool isWhole = copied < 0 || copied == static_cast<ssize_t>(size);
+    mRecord = isWhole ? mBytes.data() : nullptr;
 }
 
 }  // namespace desk

@@ -1,7 +1,9 @@
 /*
- * A copy of a record that a program handed over, which may point anywhere.
+ * Copies of what a program handed over by a pointer that may point anywhere.
  */
 #pragma once
+
+#include <sys/types.h>
 
 #include <array>
 #include <cstddef>
@@ -10,6 +12,11 @@
 
 namespace desk {
 
+// Copies as many bytes as can be read. Returns how many, or -1 when this process may not find out
+// and has to trust the pointer. Keeps errno.
+ssize_t copyReadable(void* target, const void* source, size_t size);
+
+// Of a record.
 class SafeCopy {
   public:
     // Of `size` bytes; more than the largest record are cut.

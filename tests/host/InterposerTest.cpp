@@ -87,6 +87,8 @@ TEST_F(Interposer, TakesEveryWayToOpenTheNode) {
             {__openat64_2(0, VELK_NODE_PATH, O_RDONLY), 0},
             {descriptorOf(fopen(VELK_NODE_PATH, "re")), 0},
             {descriptorOf(fopen64(VELK_NODE_PATH, "w+")), 0},
+            {descriptorOf(freopen(VELK_NODE_PATH, "r", fopen("/dev/zero", "r"))), 0},
+            {descriptorOf(freopen64(nullptr, "r", fopen(VELK_NODE_PATH, "r"))), 0},
     };
     EXPECT_EQ(controlNode().snapshot().openDescriptors, std::size(cases));
     for (const auto& [descriptor, flags] : cases) {
@@ -96,9 +98,12 @@ TEST_F(Interposer, TakesEveryWayToOpenTheNode) {
     }
     EXPECT_EQ(fopen(VELK_NODE_PATH, "x"), nullptr);
     EXPECT_EQ(errno, EINVAL);
+    const int other = descriptorOf(freopen("/dev/zero", "r", fopen(VELK_NODE_PATH, "r")));
+    EXPECT_EQ(sendInit(other), -1);
+    close(other);
     EXPECT_EQ(open(VELK_NODE_PATH, O_RDONLY | O_DIRECTORY), -1);
     EXPECT_EQ(errno, ENOTDIR);
-    EXPECT_EQ(controlNode().snapshot().closes.accepted, std::size(cases));
+    EXPECT_EQ(controlNode().snapshot().closes.accepted, std::size(cases) + 1);
 }
 
 // Growing the table of descriptors while there are threads would hold the first open up.
@@ -132,6 +137,7 @@ TEST_F(Interposer, AnswersBadPointersAsAKernelDoes) {
     ASSERT_EQ(munmap(pages + page, static_cast<size_t>(page)), 0);
     for (const uintptr_t place : {uintptr_t{1}, reinterpret_cast<uintptr_t>(pages + page - 4),
                                   std::numeric_limits<uintptr_t>::max() - 7}) {
+        EXPECT_EQ(openAnywhere(reinterpret_cast<const char*>(place), O_RDONLY), -1) << place;
         EXPECT_EQ(ioctl(descriptor, VELK_IOC_VSYNC, place), -1);
         EXPECT_EQ(errno, EFAULT) << place;
     }

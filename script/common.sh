@@ -63,6 +63,7 @@ show_progress() {
     if [[ -t 2 && ${TERM-dumb} != dumb ]]; then
         pause=1
         read -r _ columns < <(stty size <&2) || true
+        ((columns > 0)) || columns=80 # a terminal that does not know its size
     fi
     next=$((SECONDS + pause))
     while IFS= read -r line; do
@@ -79,7 +80,8 @@ show_progress() {
         fi
         ((SECONDS >= next)) || continue
         next=$((SECONDS + pause))
-        text="  ${text:0:columns-3}"
+        text="  $text"
+        text=${text:0:columns-1}
         if ((pause == 1)); then
             printf '\r\033[K%s' "$text" >&2
             shown=yes

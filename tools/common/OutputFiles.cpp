@@ -46,8 +46,9 @@ bool areOne(const NamedFile& one, const NamedFile& other) {
 }
 
 [[noreturn]] void refuse(const NamedFile& output, const NamedFile& other) {
+    const std::string name = output.descriptor < 0 ? output.path : "this";
     throw std::runtime_error(fmt::format("{}: {} is the same file as {}, expected another one",
-                                         output.role, output.path, other.role));
+                                         output.role, name, other.role));
 }
 
 }  // namespace

@@ -126,7 +126,7 @@ TEST_F(Replay, TheSampleSucceedsWithTheSampleTuning) {
 }
 
 struct UsageCase {
-    const char* arguments;  // FOLDER stands for the folder of the tuning data
+    const char* arguments;  // FOLDER stands for the folder of the tuning data, EMPTY for ""
     int status;
     const char* error;
 };
@@ -137,7 +137,9 @@ TEST_F(Replay, ItsUsageIsChecked) {
                  {"--version", 0, ""},
                  {"--calls", 0, ""},
                  {"", 2, "SESSION is required"},
-                 {"-", 2, "--tuning is required"},
+                 {"- --tunin", 2, "not expected: --tunin"},
+                 {"- --tunin", 2, "--tuning is required"},
+                 {"- --tuning FOLDER --log EMPTY", 2, "--log: empty, expected a text"},
                  {"/nonexistent --tuning FOLDER", 2,
                   "velk-replay: /nonexistent: No such file or directory"},
                  {"/tmp --tuning FOLDER", 2, "velk-replay: /tmp: Is a directory"},
@@ -162,7 +164,7 @@ TEST_F(Replay, ItsUsageIsChecked) {
         std::istringstream words(c.arguments);
         Arguments arguments;
         for (std::string word; words >> word;) {
-            arguments.push_back(word == "FOLDER" ? mFolder.string() : word);
+            arguments.push_back(word == "FOLDER" ? mFolder.string() : word == "EMPTY" ? "" : word);
         }
         const ToolOutcome outcome = runTool(arguments);
         EXPECT_EQ(outcome.status, c.status) << c.arguments;

@@ -70,16 +70,34 @@ InjectedFaults parseInjectedFaults(const std::string& text) {
     }
 }
 
-// Standard output carries the table and the summary.
-std::string parseFileName(const char* option, const std::string& text) {
-    if (text == "-") {
-        throw CLI::ValidationError(option,
-                                   "standard output has the summary, expected the name of a file");
+// An empty name is what a variable leaves that is not set. An empty list of faults is one.
+void refuseEmptyTexts(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& text : option->results()) {
+            if (text.empty() && option->get_name() != "--driver") {
+                throw CLI::ValidationError(option->get_name(), "empty, expected a text");
+            }
+        }
     }
-    return text;
+    for (const CLI::App* subcommand : app.get_subcommands()) {
+        refuseEmptyTexts(*subcommand);
+    }
+}
+
+// What is missing may have been mistyped, so what is too much is named as well.
+void sayWhatWasNotExpected(const CLI::App& app, const CLI::ParseError& error) {
+    const auto missing = static_cast<int>(CLI::ExitCodes::RequiredError);
+    const std::vector<std::string> words = app.remaining(true);
+    if (error.get_exit_code() == missing && !words.empty()) {
+        sayError(app.get_name(), CLI::ExtrasError({words.rbegin(), words.rend()}).what());
+    }
 }
 
 }  // namespace
+
+std::string refuseStandardOutput(const std::string& file) {
+    return file == "-" ? "standard output has the summary, expected the name of a file" : "";
+}
 
 void addCommonOptions(CLI::App& app, CommonOptions& options) {
     using Text = std::string;
@@ -94,18 +112,13 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
                "--filter", [&options](const Text& text) { options.filter = parseFilter(text); },
                "Print these rows alone, see below")
             ->type_name("SPEC");
-    app.add_option_function<Text>(
-               "--trace",
-               [&options](const Text& text) { options.traceFile = parseFileName("--trace", text); },
-               "Write a trace for Perfetto or chrome://tracing")
-            ->type_name("FILE");
-    app.add_option_function<Text>(
-               "--report",
-               [&options](const Text& text) {
-                   options.reportFile = parseFileName("--report", text);
-               },
-               "Write a page with timeline, charts and all figures, to open in a browser")
-            ->type_name("FILE");
+    app.add_option("--trace", options.traceFile, "Write a trace for Perfetto or chrome://tracing")
+            ->type_name("FILE")
+            ->check(refuseStandardOutput);
+    app.add_option("--report", options.reportFile,
+                   "Write a page with timeline, charts and all figures, to open in a browser")
+            ->type_name("FILE")
+            ->check(refuseStandardOutput);
     app.add_option("--log", options.logFile,
                    "Write the library's Android log, every level; - is standard error")
             ->type_name("FILE");
@@ -132,10 +145,12 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
 std::optional<int> parseCommandLine(CLI::App& app, int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
+        refuseEmptyTexts(app);
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         std::ostringstream help;
         if (app.exit(error, help, help) != 0) {
+            sayWhatWasNotExpected(app, error);
             sayError(app.get_name(), error.what());
             sayError(app.get_name(), fmt::format("try {} --help", app.get_name()));
             return kExitBadInput;

@@ -35,6 +35,9 @@ struct CommonOptions {
 // throws CLI::ParseError.
 void addCommonOptions(CLI::App& app, CommonOptions& options);
 
+// To check options that name an output: what is wrong with "-", empty for any other name.
+std::string refuseStandardOutput(const std::string& file);
+
 // What --help says below the options, on those that are added here.
 extern const char* const kCommonOptionsHelp;
 

@@ -66,9 +66,10 @@ std::variant<RunOptions, int> parseRunOptions(int argc, const char* const* argv)
     app.footer(std::string(kExamples) + kWhatIsSeen + kCommonOptionsHelp + kExitStatus);
     app.set_version_flag("--version", "velk-run " VELK_VERSION);
     app.add_option("--record", options.recording, "Write the calls as a session, for velk-replay")
-            ->type_name("FILE");
+            ->type_name("FILE")
+            ->check(refuseStandardOutput);
     app.add_option("-o,--output", options.common.outputFile,
-                   "Where rows and summary go, by default standard output")
+                   "Where rows and summary go, by default standard output; - is the same")
             ->type_name("FILE");
     addCommonOptions(app, options.common);
     app.get_option("--tuning")
@@ -84,6 +85,9 @@ std::variant<RunOptions, int> parseRunOptions(int argc, const char* const* argv)
         sayError(kProgram, "no program, expected -- PROGRAM [ARGUMENTS] after the options");
         sayError(kProgram, "try velk-run --help");
         return kExitToolFailed;
+    }
+    if (options.common.outputFile == "-") {
+        options.common.outputFile.reset();
     }
     options.program.assign(mark + 1, end);
     return options;

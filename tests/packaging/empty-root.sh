@@ -68,7 +68,7 @@ use_examples() {
     cp -r "$root/usr/share/doc/velkperfctrl/examples" "$work/examples"
     # In /usr the linker finds the library's own libraries without being told.
     PKG_CONFIG_PATH=$root/usr/lib/pkgconfig make --quiet -C "$work/examples" \
-        C{,XX}FLAGS="-Wl,-rpath-link,$root/usr/lib"
+        C{,XX}FLAGS="-Wl,-rpath-link,'$root/usr/lib'"
     cp "$work"/examples/{camera-service,customer-module} "$root/tmp"
     # Without a driver both say so.
     for program in camera-service customer-module; do

@@ -9,11 +9,14 @@ Exit status 1 when a schema and the tool disagree. What a schema cannot say is i
 import contextlib
 import itertools
 import json
+import os
 import random
 import re
 import subprocess
 import sys
 import tempfile
+from concurrent.futures import ThreadPoolExecutor
+from functools import partial
 from pathlib import Path
 
 import jsonschema
@@ -65,6 +68,14 @@ def faults_of(program, arguments):
     return faults
 
 
+def faults_of_texts(program, texts):
+    """Against three files of tuning data, without their folder."""
+    with tempfile.TemporaryDirectory() as folder:
+        for name, text in zip(FILES, texts):
+            Path(folder, name).write_bytes(text)
+        return [fault.removeprefix(f"{folder}/") for fault in faults_of(program, [folder])]
+
+
 def judge_tuning(program, project, jury):
     validators = [schema(project, name.removesuffix(".json")) for name in FILES]
     seeds = [[(project / "samples/tuning" / name).read_bytes() for name in FILES]]
@@ -74,13 +85,10 @@ def judge_tuning(program, project, jury):
     folders = seeds + [[mutate.garbled(text) for text in seeds[0]] for _ in range(GARBLED)]
     mutants = itertools.zip_longest(*(mutate.mutants(text) for text in seeds[0]))
     folders += [[mutant or seed for mutant, seed in zip(each, seeds[0])] for each in mutants]
-    with tempfile.TemporaryDirectory() as folder:
-        for texts in folders:
-            for name, text in zip(FILES, texts):
-                Path(folder, name).write_bytes(text)
-            faults = faults_of(program, [folder])
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        for texts, faults in zip(folders, pool.map(partial(faults_of_texts, program), folders)):
             for name, text, validator in zip(FILES, texts, validators):
-                jury.judge(validator, text, [f for f in faults if f.startswith(f"{folder}/{name}:")])
+                jury.judge(validator, text, [f for f in faults if f.startswith(f"{name}:")])
 
 
 def lines_of_calls(lines):

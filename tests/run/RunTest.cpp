@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -231,6 +232,10 @@ TEST_F(Run, ShowsAndRecordsWhatAReplayShows) {
     }
     const json trace = json::parse(readFile(path("trace")));
     EXPECT_GT(trace["traceEvents"].size(), 10000U);
+    EXPECT_TRUE(std::ranges::all_of(trace["traceEvents"], [](const json& event) {
+        const double us = event.value("ts", 0.0);  // of an anchor's pass as of its row: a whole one
+        return event["ph"] != "b" || us == std::floor(us);
+    }));
     EXPECT_EQ(std::ranges::count(readFile(path("log")), '\n'),
               std::ranges::count(readFile(path("log2")), '\n'));
 }

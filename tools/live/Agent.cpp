@@ -49,7 +49,6 @@ struct ThreadState {
     uint32_t number = 0;
     std::string name;
     bool isInCall = false;
-    int64_t startNs = 0;
     uint32_t commandCount = 0;
     FrameWriter commands{FrameKind::Call};
 };
@@ -103,7 +102,6 @@ class Agent final : public CallObserver {
             thread.commands.start(FrameKind::Call);
             thread.commandCount = 0;
             thread.isInCall = true;
-            thread.startNs = liveNowNs();
         });
     }
 
@@ -117,7 +115,6 @@ class Agent final : public CallObserver {
         }
         tryTo([&] {
             LiveCall ended = callOf(*tThread);
-            ended.startNs = tThread->startNs;
             ended.endNs = endNs;
             ended.result = result != nullptr ? *result : -1;
             ended.problem = result != nullptr ? keptProblem()
@@ -145,7 +142,7 @@ class Agent final : public CallObserver {
                 thread.commands.start(FrameKind::Call);
                 putCommand(thread.commands, event);
                 LiveCall none = callOf(thread);
-                none.startNs = none.endNs = event.timeNs;
+                none.endNs = event.timeNs;
                 sendCall(none, 1, thread.commands);
                 return;
             }

@@ -17,8 +17,8 @@ void exchangeCommand(Frame& frame, Numbered& numbered, Command& command) {
 // All of a call but its commands.
 template <typename Frame, typename Call>
 void exchangeCall(Frame& frame, Call& call) {
-    frame.exchange(call.thread, call.threadName, call.tid, call.startNs, call.endNs, call.result,
-                   call.line, call.problem, call.sections);
+    frame.exchange(call.thread, call.threadName, call.tid, call.endNs, call.result, call.line,
+                   call.problem, call.sections);
 }
 
 NumberedCommand getCommand(FrameReader& reader) {

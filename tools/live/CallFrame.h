@@ -25,9 +25,8 @@ struct NumberedCommand {
 struct LiveCall {
     uint32_t thread = 0;  // 0, 1, 2, ...; the number of a thread that has ended is used again
     std::string threadName;
-    uint32_t tid = 0;     // the kernel's id of the thread
-    int64_t startNs = 0;  // since the first call of the process
-    int64_t endNs = 0;
+    uint32_t tid = 0;   // the kernel's id of the thread
+    int64_t endNs = 0;  // since the first call of the process
     int32_t result = 0;
     std::string line;  // operation and arguments as a session's line; empty for a command outside
                        // of calls

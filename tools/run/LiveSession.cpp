@@ -12,6 +12,7 @@ using std::chrono::milliseconds;
 
 // How long later calls are held back for one that has not ended.
 constexpr milliseconds kPatience(50);
+constexpr int64_t kNsPerUs = 1000;
 
 }  // namespace
 
@@ -80,7 +81,7 @@ void LiveSession::tell(LiveCall& live) {
     played.call = &call;
     played.thread = live.threadName;
     played.result = live.result;
-    played.startNs = live.startNs;
+    played.startNs = call.atUs * kNsPerUs;  // so that a trace has the times of the summary
     played.endNs = live.endNs;
     played.commands = commands;
     played.sections = &live.sections;
@@ -108,7 +109,6 @@ void LiveSession::takeSections(LiveCall& live) {
 // The time at which the driver received the first command of the call, or at which a call without
 // commands ended. Calls are ordered by it.
 int64_t LiveSession::timeOf(const LiveCall& live) {
-    constexpr int64_t kNsPerUs = 1000;
     const int64_t timeNs = live.commands.empty() ? live.endNs : live.commands.front().timeNs;
     mLastUs = std::max(mLastUs, timeNs / kNsPerUs);
     return mLastUs;

@@ -98,9 +98,9 @@ TEST_F(Interposer, TakesEveryWayToOpenTheNode) {
     }
     EXPECT_EQ(fopen(VELK_NODE_PATH, "x"), nullptr);
     EXPECT_EQ(errno, EINVAL);
-    const int other = descriptorOf(freopen("/dev/zero", "r", fopen(VELK_NODE_PATH, "r")));
-    EXPECT_EQ(sendInit(other), -1);
-    close(other);
+    FILE* const other = freopen("/dev/zero", "r", fopen(VELK_NODE_PATH, "r"));
+    EXPECT_EQ(sendInit(fileno(other)), -1);
+    EXPECT_EQ(fclose(other), 0);
     EXPECT_EQ(open(VELK_NODE_PATH, O_RDONLY | O_DIRECTORY), -1);
     EXPECT_EQ(errno, ENOTDIR);
     EXPECT_EQ(controlNode().snapshot().closes.accepted, std::size(cases) + 1);

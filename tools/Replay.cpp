@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <map>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "KernelWatch.h"
 #include "common/Desk.h"
@@ -30,6 +33,30 @@ void refuseToOverwriteInputs(const Options& options) {
     inputs.push_back({"the session", options.session, options.session == "-" ? STDIN_FILENO : -1});
     refuseSharedFiles(inputs, outputFilesOf(options.common));
 }
+
+// Keeps what the session sets without an effect, to be said when nothing is drawn on the terminal.
+class PropertyDoubts : public CallListener {
+  public:
+    void onCall(const PlayedCall& played) override {
+        constexpr size_t kMost = 10;
+        const CallArguments& arguments = played.call->arguments;
+        if (!arguments.name || !arguments.value || mLines.size() == kMost) {
+            return;
+        }
+        const std::string doubt = doubtAboutProperty(*arguments.name, *arguments.value);
+        if (!doubt.empty()) {
+            mLines.try_emplace(doubt, played.call->line);
+        }
+    }
+    void say(const std::string& session) const {
+        for (const auto& [doubt, line] : mLines) {
+            sayError(kProgram, fmt::format("warning: {}:{}: {}", session, line, doubt));
+        }
+    }
+
+  private:
+    std::map<std::string, uint64_t> mLines;  // the first one of each doubt
+};
 
 // A session without a call is an error unless it is empty, and then it is to be said.
 void judgeSilence(const InputFile& input, uint64_t calls, PlayResult& result) {
@@ -66,7 +93,10 @@ int replay(const Options& options) {
     setUpDesk(kProgram, options.common);
     Outputs outputs(options.common, input.name(), input.size());
     BlockQueue queue;
-    Player player(queue, options.speed, outputs.listeners());
+    PropertyDoubts doubts;
+    std::vector<CallListener*> listeners = outputs.listeners();
+    listeners.push_back(&doubts);
+    Player player(queue, options.speed, std::move(listeners));
     const SignalWatcher signals([&player] { player.stop(); });
 
     const auto start = steady_clock::now();
@@ -83,6 +113,7 @@ int replay(const Options& options) {
         kernel->compareCounts(summary.driver);
     }
     const std::vector<std::string> failures = outputs.finish();
+    doubts.say(input.name());
     if (summary.error) {
         sayError(kProgram, *summary.error);
     }

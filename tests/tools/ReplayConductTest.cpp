@@ -104,6 +104,11 @@ TEST_F(Replay, PropertiesComeFromTheCommandLineAndFromTheSession) {
         EXPECT_NE(doubted.err.find(doubt), std::string::npos) << doubted.err;
     }
     EXPECT_EQ(runTool(off, setProperty + kInit + kUninit).status, 0);
+    std::string misspelt = setProperty;
+    misspelt.replace(misspelt.find("forceoff"), 8, "forcOff");
+    EXPECT_TRUE(runTool(with({"-q"}), misspelt)
+                        .err.starts_with("velk-replay: warning: standard input:1: vendor.debug."
+                                         "velk.forcOff: unknown to the library"));
 }
 
 TEST_F(Replay, LogsGoToFiles) {

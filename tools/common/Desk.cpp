@@ -33,8 +33,9 @@ constexpr std::array kProperties = {KnownProperty{"vendor.debug.velk.debuglog", 
                                     KnownProperty{"vendor.debug.velk.latencySpec", false},
                                     KnownProperty{"vendor.debug.velk.jitterSpec", false}};
 
-// Why a property has no effect, empty when it may have one.
-std::string doubtAbout(const std::string& name, const std::string& value) {
+}  // namespace
+
+std::string doubtAboutProperty(const std::string& name, const std::string& value) {
     const auto* const known = std::ranges::find(kProperties, name, &KnownProperty::name);
     if (known == kProperties.end()) {
         std::string names;
@@ -57,8 +58,6 @@ std::string doubtAbout(const std::string& name, const std::string& value) {
     return "";
 }
 
-}  // namespace
-
 void setUpDesk(std::string_view program, const CommonOptions& options) {
     TuningResult tuning = loadTuning(options.tuning);
     if (const auto* error = std::get_if<TuningError>(&tuning)) {
@@ -66,7 +65,7 @@ void setUpDesk(std::string_view program, const CommonOptions& options) {
     }
     installTuning(std::get<std::shared_ptr<const TuningData>>(std::move(tuning)));
     for (const auto& [name, value] : options.properties) {
-        if (const std::string doubt = doubtAbout(name, value); !doubt.empty()) {
+        if (const std::string doubt = doubtAboutProperty(name, value); !doubt.empty()) {
             sayError(program, "warning: --property: " + doubt);
         }
         property_set(name.c_str(), value.c_str());

@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +16,9 @@ namespace desk {
 // whose text names the file at fault. Warns of properties that the library does
 // not know, and of values that it does not take, in the name of the program.
 void setUpDesk(std::string_view program, const CommonOptions& options);
+
+// Why setting a property has no effect, with its name; empty when it may have one.
+std::string doubtAboutProperty(const std::string& name, const std::string& value);
 
 // What setUpDesk reads.
 std::vector<NamedFile> inputFilesOf(const CommonOptions& options);

@@ -157,7 +157,7 @@ std::optional<int> parseCommandLine(CLI::App& app, int argc, const char* const* 
         }
         const auto output = LineSink::toStandardOutput();
         output->write(help.str());
-        if (!output->close()) {
+        if (!output->close() && !output->isAbandoned()) {
             sayError(app.get_name(), describeFailure(*output));
             return kExitBadInput;
         }

@@ -292,6 +292,8 @@ TEST_P(Sweep, AReaderThatLeavesEndsThePrintingAlone) {
         expectNoHarm(outcome);
         EXPECT_EQ(outcome.status, mWhole.status) << outcome.err;
         EXPECT_EQ(differencesBut(outcome, stream == STDOUT_FILENO ? "out" : ""), Words());
+        const bool isTool = GetParam().environment.empty();
+        EXPECT_TRUE(!isTool || mTool.run({"--help"}, {{stream, abandoned}}).status == 0);
     }
     for (const auto& [option, output] : GetParam().outputs) {
         if (option == "--record") {

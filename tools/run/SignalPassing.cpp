@@ -30,8 +30,10 @@ void SignalPassing::pass(pid_t process) {
     while (read(mSignals.get(), &info, sizeof info) == sizeof info) {
         const auto signal = static_cast<int>(info.ssi_signo);
         mReceived = mReceived != 0 ? mReceived : signal;
-        const bool isOfTerminal = info.ssi_code == SI_KERNEL;
-        if (process > 0 && !isOfTerminal) {
+        // A terminal that closes tells the leader of its session alone.
+        const bool isForLeader = signal == SIGHUP && getsid(0) == getpid();
+        const bool hasProgramGotIt = info.ssi_code == SI_KERNEL && !isForLeader;
+        if (process > 0 && !hasProgramGotIt) {
             kill(process, signal);
         }
     }

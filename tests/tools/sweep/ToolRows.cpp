@@ -97,6 +97,12 @@ const std::vector<ToolRow>& toolRows() {
              .libraries = {VELK_NODE_LIBRARY},
              .oneByOne = 9,
              .isUnwatched = true},
+            {.name = "programThatOpensTheNode",
+             .program = VELK_NODE_WAYS,
+             .troubles = {1},
+             .speaker = "node-ways",
+             .libraries = {VELK_NODE_LIBRARY},
+             .isUnwatched = true},
 #ifdef VELK_RUN
             {.name = "runOfAProgram",
              .program = VELK_RUN,

@@ -211,6 +211,9 @@ bool isNodeDescriptor(int descriptor) {
 }
 
 int openNode(int flags) {
+    if ((flags & O_PATH) != 0) {  // opens no driver
+        return real::openat(AT_FDCWD, pathBehindNode(), flags, 0);
+    }
     const int callersErrno = errno;
     const int descriptor = makeDescriptor(flags);
     if (descriptor < 0) {

@@ -60,7 +60,9 @@ int flagsOfMode(const char* mode) {
     }
     const int oneWay = text.front() == 'r' ? O_RDONLY : O_WRONLY;
     const int access = text.find('+') != std::string_view::npos ? O_RDWR : oneWay;
-    return access | (text.find('e') != std::string_view::npos ? O_CLOEXEC : 0);
+    return access | (text.front() == 'r' ? 0 : O_CREAT) |
+           (text.find('x') != std::string_view::npos ? O_EXCL : 0) |
+           (text.find('e') != std::string_view::npos ? O_CLOEXEC : 0);
 }
 
 FILE* openStream(const char* path, const char* mode) {

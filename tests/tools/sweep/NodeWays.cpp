@@ -37,6 +37,8 @@ constexpr Way kWays[] = {
         {"open", openNode, 0},
         {"openat", [] { return openat(AT_FDCWD, VELK_NODE_PATH, O_RDWR); }, 0},
         {"fopen", [] { return descriptorOf(fopen(VELK_NODE_PATH, "r+")); }, 0},
+        {"fopen as a new file", [] { return descriptorOf(fopen(VELK_NODE_PATH, "wx")); }, EEXIST},
+        {"O_PATH", [] { return open(VELK_NODE_PATH, O_PATH); }, EBADF},
         {"dup", [] { return dup(openNode()); }, 0},
         {"dup2", [] { return dup2(openNode(), 700); }, 0},
         {"dup3", [] { return dup3(openNode(), 701, O_CLOEXEC); }, 0},
